@@ -1,0 +1,38 @@
+#pragma once
+
+#include <compare>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace orrery {
+
+/// An instant: the time since the reference date, 1 January 2001, 00:00:00 UTC. The default is that date.
+struct Date {
+    std::int64_t seconds = 0;
+    std::int32_t nanoseconds = 0; // 0 … 999,999,999, added to seconds
+
+    friend auto operator<=>(const Date&, const Date&) = default;
+};
+
+/// "yyyy-mm-dd hh:mm:ss +0000": the date in UTC at whole seconds.
+[[nodiscard]] std::string dateDescription(const Date& date);
+
+/// The date of a text "yyyy-mm-dd hh:mm:ss ±hhmm"; std::nullopt for any other text (no trimming, every field in range).
+[[nodiscard]] std::optional<Date> dateWithString(std::string_view text);
+
+[[nodiscard]] Date currentDate();
+
+/// The user's calendar and time zone.
+class Calendar {
+public:
+    virtual ~Calendar() = default;
+    /// Ordinal of the date's day within its year, 1 … 366, in local time.
+    [[nodiscard]] virtual int ordinalDayInYear(const Date& date) const = 0;
+};
+
+/// The Gregorian calendar in the time zone of the environment (TZ, else the system's). Lives as long as the program.
+[[nodiscard]] const Calendar& currentCalendar();
+
+} // namespace orrery

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "platform/Date.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace orrery {
+
+// Paths are byte strings as the system has them; they need not be UTF-8.
+
+[[nodiscard]] bool fileExists(const std::string& path);
+
+/// The file's modification date with the resolution of the file system; std::nullopt when it cannot be read.
+[[nodiscard]] std::optional<Date> modificationDate(const std::string& path);
+
+/// A file opened for reading without blocking on a FIFO or device: only regular files are taken. Move-only.
+class ReadableFile {
+public:
+    /// @throws OrreryError naming the path and the system's reason, or that it is no regular file
+    explicit ReadableFile(const std::string& path);
+    ReadableFile(ReadableFile&& other) noexcept;
+    ReadableFile& operator=(ReadableFile&& other) noexcept;
+    ReadableFile(const ReadableFile&) = delete;
+    ReadableFile& operator=(const ReadableFile&) = delete;
+    ~ReadableFile();
+
+    /// Up to `capacity` bytes from `offset`, fewer only at the end of the file, 0 behind it. Interrupted and short
+    /// reads are carried on.
+    /// @throws OrreryError naming the path, the position and the system's reason
+    std::size_t readAt(char* buffer, std::size_t capacity, std::uint64_t offset) const;
+    [[nodiscard]] std::uint64_t size() const; // bytes now; another program may still change it
+    [[nodiscard]] const std::string& path() const { return m_path; }
+
+private:
+    std::string m_path;
+    int m_descriptor = -1;
+};
+
+/// The whole file. @throws OrreryError as ReadableFile, or when it is larger than `limit` bytes
+[[nodiscard]] std::string readWholeFile(const std::string& path, std::uint64_t limit = 1ULL << 32U);
+
+/// Replaces the file at the path by the bytes, whole or not at all: a temporary file beside the target is written,
+/// synced and renamed over it, and the directory is synced. Symbolic links are followed, an existing file's mode is
+/// kept. Returns only when the new file is on the disk.
+/// @throws OrreryError naming the path, the system's reason and that the old file is unchanged
+void replaceFile(const std::string& path, std::string_view bytes);
+
+/// The path made absolute against the current directory, "." and ".." removed as text; links are not followed.
+[[nodiscard]] std::string absolutePath(const std::string& path);
+
+/// The path as an absolute "file://" URL, bytes outside the unreserved set percent-encoded.
+[[nodiscard]] std::string fileUrl(const std::string& absolutePath);
+
+/// Where the running program's auxiliary executable of that name lies: beside the program, or in
+/// ../libexec/orrery seen from there. Always absolute; std::nullopt when no executable file is found.
+[[nodiscard]] std::optional<std::string> pathForAuxiliaryExecutable(const std::string& name);
+
+/// Bytes of memory that a new block can take now without swapping: the least of what the system, the control group
+/// and the process limits leave.
+[[nodiscard]] std::uint64_t availableMemory();
+
+} // namespace orrery

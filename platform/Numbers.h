@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+// Reading and printing numbers. Nothing here depends on the locale.
+namespace orrery {
+
+/// A number scanned from the front of a text.
+struct ScannedFloat {
+    float value = 0;
+    std::size_t length = 0; // characters used; 0 when the text does not begin with a number
+};
+
+/// Scans one number at the very start of the text: optional sign, digits with an optional "." fraction (at least one
+/// digit), optional exponent (taken only when it has digits). No white space, no hexadecimal, no "inf" or "nan".
+/// Rounds to the nearest single; beyond the range of a single the value is ±infinity, below it ±0 or a denormal.
+[[nodiscard]] ScannedFloat scanFloat(std::string_view text);
+
+/// Lenient conversion of a setup's text: white space is skipped, then the leading number is taken; 0 without one.
+[[nodiscard]] float floatValue(std::string_view text);
+
+/// The shortest decimal text that reads back as the same number; "inf", "-inf" or "nan" when it is not finite.
+[[nodiscard]] std::string shortestText(float value);
+[[nodiscard]] std::string shortestText(double value);
+
+/// A pair of numbers in braces, "{ 1, 1 }".
+struct Point {
+    double x = 0;
+    double y = 0;
+    friend bool operator==(const Point&, const Point&) = default;
+};
+
+/// Reads the point form: blanks allowed anywhere around the numbers; a single number is the first of the pair; a text
+/// without numbers is (0, 0).
+[[nodiscard]] Point pointFromString(std::string_view text);
+
+} // namespace orrery

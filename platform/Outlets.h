@@ -1,0 +1,99 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// What a document says to its window, in the document's own words. A window implements these, a test records them,
+/// and a document without a window has none.
+namespace orrery {
+
+/// Text of the engine.
+class StatusView {
+public:
+    virtual ~StatusView() = default;
+    virtual void setString(std::string_view text) = 0;
+    virtual void appendString(std::string_view text) = 0; // arrival order, may split a line
+    virtual void setNeedsDisplay() = 0;
+};
+
+/// Turns while something of unknown length goes on.
+class ProgressWheel {
+public:
+    virtual ~ProgressWheel() = default;
+    virtual void startAnimation() = 0;
+    virtual void stopAnimation() = 0;
+};
+
+enum class ButtonState { Mixed = -1, Off = 0, On = 1 };
+
+/// A button that stays on or off; a click changes its state before the action is sent.
+class TwoStateButton {
+public:
+    virtual ~TwoStateButton() = default;
+    [[nodiscard]] virtual ButtonState state() const = 0;
+    virtual void setState(ButtonState state) = 0;
+    virtual void setEnabled(bool enabled) = 0;
+};
+
+/// A slider; the rotation slider's maximum is the length of a full turn.
+class Slider {
+public:
+    virtual ~Slider() = default;
+    [[nodiscard]] virtual double maxValue() const = 0;
+    virtual void setNeedsDisplay() = 0;
+};
+
+/// A table or outline that shows a list of the document's.
+class ListView {
+public:
+    virtual ~ListView() = default;
+    virtual void reloadData() = 0;                                     // the list changed
+    virtual void selectRows(const std::vector<std::size_t>& rows) = 0; // exactly these
+};
+
+/// The rows of the sweep or response variables, one per variable in list order. In a row, the role chooser has the
+/// tag 3 and the controls of the held value have the tags 1 and 2.
+class SettingsRows {
+public:
+    virtual ~SettingsRows() = default;
+    virtual void reloadData() = 0;
+    virtual void setControlEnabled(std::size_t row, int tag, bool enabled) = 0;
+};
+
+/// A question or message. Buttons count from 0 in the order given.
+struct AlertText {
+    std::string message;
+    std::string informative;
+    std::vector<std::string> buttons = {"OK"};
+};
+
+/// Messages to the person at the window.
+class Alerts {
+public:
+    virtual ~Alerts() = default;
+    /// Asks and waits for the answer; the application takes nothing else meanwhile. Returns the button's number.
+    [[nodiscard]] virtual std::size_t runModal(const AlertText& text) = 0;
+    /// Shows a sheet on the document's window and returns at once; `answered` comes later with the button's number.
+    virtual void beginSheet(const AlertText& text, std::function<void(std::size_t)> answered) = 0;
+    /// Asks for the user's attention once, when the application is not active.
+    virtual void requestUserAttention() = 0;
+};
+
+/// What an open panel is asked to allow.
+struct OpenPanelRequest {
+    std::vector<std::string> fileTypes; // endings without the dot, in order
+    bool allowsMultipleSelection = false;
+    bool canChooseDirectories = false;
+};
+
+class OpenPanel {
+public:
+    virtual ~OpenPanel() = default;
+    /// Shows the panel as a sheet; `chosen` comes later with the path, and never when the user cancels.
+    virtual void beginSheet(const OpenPanelRequest& request, std::function<void(const std::string&)> chosen) = 0;
+};
+
+} // namespace orrery

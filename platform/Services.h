@@ -1,0 +1,29 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace orrery {
+
+/// The companion program's remote object.
+class RemoteObject {
+public:
+    virtual ~RemoteObject() = default;
+    /// Hands over the paths, in order. Returns at once; `done` comes later with the empty text, or with why it failed
+    /// (no answer within 5 s included).
+    virtual void importWaves(const std::vector<std::string>& paths, std::function<void(std::string_view)> done) = 0;
+};
+
+/// Programs of this machine that published an object under a name.
+class NamedServices {
+public:
+    virtual ~NamedServices() = default;
+    /// The object published under the name; nullptr when there is none. Does not wait for the other program.
+    [[nodiscard]] virtual std::shared_ptr<RemoteObject> rootProxy(const std::string& registeredName) = 0;
+};
+
+} // namespace orrery

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace orrery {
+
+/// Whether the bytes are well-formed UTF-8 (no overlong forms, no surrogates, nothing above U+10FFFF).
+[[nodiscard]] bool isValidUtf8(std::string_view bytes);
+
+/// The code point that starts at `position`, which moves behind it. A malformed sequence gives U+FFFD and moves over
+/// its longest well-formed beginning, at least one byte.
+[[nodiscard]] char32_t nextCodePoint(std::string_view utf8, std::size_t& position);
+
+void appendUtf8(std::string& text, char32_t codePoint);
+
+/// Decodes a stream of bytes that arrives in pieces: what it returns is always well-formed UTF-8.
+/// A sequence that a piece cuts is carried into the next piece; each malformed sequence becomes one U+FFFD.
+class Utf8Decoder {
+public:
+    [[nodiscard]] std::string decode(std::string_view piece);
+    /// The end of the stream: U+FFFD when a sequence was left incomplete, else empty.
+    [[nodiscard]] std::string finish();
+
+private:
+    std::string m_carried; // an incomplete but so far well-formed sequence, at most 3 bytes
+};
+
+} // namespace orrery

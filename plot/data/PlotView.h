@@ -1,0 +1,79 @@
+#pragma once
+
+#include "plot/data/Camera.h"
+#include "run/ResponseVariable.h"
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace orrery {
+
+/// The vertices of one curve or surface within the plot's array, counted in vertices.
+struct VertexRange {
+    std::uint32_t first = 0;
+    std::uint32_t count = 0;
+    friend bool operator==(const VertexRange&, const VertexRange&) = default;
+};
+
+/// What the document says to the drawing of its plot. Implemented by the GL view, and by a store without a window.
+class PlotView {
+public:
+    virtual ~PlotView() = default;
+
+    virtual void setDimensions(std::uint32_t dimensions) = 0; // 2 or 3
+    virtual void setLabels(const std::vector<std::string>& labels) = 0;
+    /// Replaces the plot's data; all three empty clear the plot. The view takes its own copy (into a GPU buffer).
+    /// Layout of `data`: 2-D x, y, z per vertex; 3-D normal x, y, z, then position x, y, z.
+    virtual void setSurfaces(std::span<const float> data, std::uint32_t size, std::vector<VertexRange> ranges) = 0;
+    virtual void setColors(const std::vector<Color>& colors) = 0;
+    virtual void setNeedsDisplay() = 0;
+
+    [[nodiscard]] virtual CameraRecord& camera() = 0;
+    [[nodiscard]] virtual float yRotation() const = 0;
+    virtual void setYRotation(float degrees) = 0;
+    [[nodiscard]] virtual float lightHeight() const = 0;
+    virtual void setLightHeight(float height) = 0;
+    virtual void updateProjection() = 0;
+};
+
+/// A plot view without a surface: keeps what it is given. Camera, light and rotation work as in any view.
+class StoredPlotView : public PlotView {
+public:
+    void setDimensions(std::uint32_t dimensions) override { m_dimensions = dimensions; }
+    void setLabels(const std::vector<std::string>& labels) override { m_labels = labels; }
+    void setSurfaces(std::span<const float> data, std::uint32_t size, std::vector<VertexRange> ranges) override;
+    void setColors(const std::vector<Color>& colors) override { m_colors = colors; }
+    void setNeedsDisplay() override { ++m_displayRequests; }
+
+    [[nodiscard]] CameraRecord& camera() override { return m_camera; }
+    [[nodiscard]] float yRotation() const override { return m_yRotation; }
+    void setYRotation(float degrees) override { m_yRotation = degrees; }
+    [[nodiscard]] float lightHeight() const override { return m_lightHeight; }
+    void setLightHeight(float height) override { m_lightHeight = height; }
+    void updateProjection() override { ++m_projectionUpdates; }
+
+    [[nodiscard]] std::uint32_t dimensions() const { return m_dimensions; }
+    [[nodiscard]] const std::vector<std::string>& labels() const { return m_labels; }
+    [[nodiscard]] const std::vector<float>& vertices() const { return m_vertices; }
+    [[nodiscard]] const std::vector<VertexRange>& ranges() const { return m_ranges; }
+    [[nodiscard]] const std::vector<Color>& colors() const { return m_colors; }
+    [[nodiscard]] unsigned displayRequests() const { return m_displayRequests; }
+    [[nodiscard]] unsigned projectionUpdates() const { return m_projectionUpdates; }
+
+private:
+    std::uint32_t m_dimensions = 0;
+    std::vector<std::string> m_labels;
+    std::vector<float> m_vertices;
+    std::vector<VertexRange> m_ranges;
+    std::vector<Color> m_colors;
+    CameraRecord m_camera;
+    float m_yRotation = 0;
+    float m_lightHeight = 0;
+    unsigned m_displayRequests = 0;
+    unsigned m_projectionUpdates = 0;
+};
+
+} // namespace orrery

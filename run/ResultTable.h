@@ -1,0 +1,68 @@
+#pragma once
+
+#include "platform/OrreryError.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace orrery {
+
+/// The result table's name in the temporary directory.
+inline constexpr std::string_view resultTableName = "Zephyr.txt";
+/// `temporaryDirectory` ends in "/".
+[[nodiscard]] std::string resultTablePath(const std::string& temporaryDirectory);
+
+/// The table does not exist or cannot be opened: "FileNotFoundException", "Data file Not Found".
+class ResultTableMissing : public OrreryError {
+public:
+    explicit ResultTableMissing(const std::string& path, const std::string& reason);
+};
+
+/// What is taken from a table: `rows` rows of `leadingFields` fields that are passed over and `columns` values.
+struct TableShape {
+    std::uint32_t rows = 0;
+    std::size_t leadingFields = 0; // number of sweep variables + 1
+    std::size_t columns = 0;       // number of response variables
+};
+
+/// Greatest value of a column that has none above it: −2³¹.
+inline constexpr float noMaximum = -2147483648.0F;
+
+struct ResultTable {
+    std::vector<float> cells;             // row-major, rows × columns; 0 where there was no number
+    std::vector<float> maxima;            // per column, noMaximum at least
+    std::uint32_t rowsFound = 0;          // rows of the table that were there, whole
+    std::uint64_t cellsWithoutNumber = 0; // in the rows found
+    std::uint32_t firstRowWithout = 0;    // the first such row, counted from 0
+    bool lastLineUnterminated = false;    // the last row taken has no line end
+
+    /// What the user should know, one sentence each ("12 of 100 rows …"); empty when the table was as promised.
+    [[nodiscard]] std::vector<std::string> notes(const TableShape& shape) const;
+};
+
+struct TableReadOptions {
+    std::size_t blockSize = 256U << 10U; // bytes read at a time
+    unsigned threads = 1;
+    /// Called now and then with the bytes read so far; false cancels the reading.
+    std::function<bool(std::uint64_t bytesRead)> progress;
+};
+
+/// Checks that a block of that shape fits into memory. @throws OrreryError with the number of rows and the bytes
+void requireBlockFits(const TableShape& shape);
+
+/// Reads the table's bytes, header line first. A cell without a number is 0; a table that ends early leaves 0 in the
+/// rest, and a number that the end of such a table may have cut is none.
+/// A value is a plain number, or a group "{1, 2}" whose value is the sum of its numbers in single precision; other
+/// characters before a number are passed over.
+[[nodiscard]] ResultTable parseResultTable(std::string_view bytes, const TableShape& shape);
+
+/// The same for the file at the path, in one pass over blocks of it; nothing is mapped, so the engine may still write.
+/// @throws ResultTableMissing, or OrreryError when the file cannot be read, is not text, or the block does not fit
+[[nodiscard]] ResultTable readResultTable(const std::string& path, const TableShape& shape,
+                                          const TableReadOptions& options = {});
+
+} // namespace orrery

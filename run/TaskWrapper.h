@@ -1,0 +1,49 @@
+#pragma once
+
+#include "platform/ChildProcess.h"
+#include "platform/Utf8.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace orrery {
+
+/// Hears of an engine's run. All calls on the main thread.
+class TaskWrapperController {
+public:
+    virtual ~TaskWrapperController() = default;
+    virtual void appendOutput(std::string_view text) = 0; // every piece, not empty, in order, well-formed UTF-8
+    virtual void processStarted() = 0;                    // once, before the child is created
+    virtual void processFinished() = 0;                   // once, after the child has been told to terminate
+};
+
+/// Runs the engine once: starts it, passes on what it writes, notices the end of its output, stops it on request.
+/// The end of a run is the end of the output, never the exit status, which is not read.
+class TaskWrapper {
+public:
+    /// `arguments`: the executable's absolute path, then its arguments. The controller is not owned. Starts nothing.
+    TaskWrapper(TaskWrapperController* controller, std::vector<std::string> arguments, ChildProcessLauncher& launcher);
+    TaskWrapper(const TaskWrapper&) = delete;
+    TaskWrapper& operator=(const TaskWrapper&) = delete;
+    ~TaskWrapper(); // stops first, so a controller that is still set hears processFinished
+
+    void startProcess();
+    /// Delivers what the pipe holds now, stops listening, terminates the child and reports the end. Once reported,
+    /// it reports nothing again.
+    void stopProcess();
+    void clearController() { m_controller = nullptr; }
+
+private:
+    void getData(std::string_view bytes);
+    void deliver(std::string_view text);
+
+    TaskWrapperController* m_controller;
+    std::vector<std::string> m_arguments;
+    ChildProcessLauncher& m_launcher;
+    std::unique_ptr<ChildProcess> m_task;
+    Utf8Decoder m_decoder;
+};
+
+} // namespace orrery
