@@ -20,7 +20,8 @@ public:
                                                                 // left behind still holds the pipe; says what
     };
 
-    /// Ends and reaps a running child in the background, as terminate() does; no event is delivered any more.
+    /// Ends and reaps a running child in the background, as terminate() does; no event is delivered any more. Legal
+    /// inside an event.
     virtual ~ChildProcess() = default;
 
     /// Starts `command` (an absolute path and its arguments) in a process group of its own, with standard input from
@@ -39,7 +40,7 @@ public:
     virtual void terminate() = 0;
 };
 
-/// Makes children and outlives them; what still runs when it goes is killed and reaped.
+/// Makes children and outlives them; what they left running when it goes is killed and reaped at once.
 class ChildProcessLauncher {
 public:
     virtual ~ChildProcessLauncher() = default;

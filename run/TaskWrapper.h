@@ -3,7 +3,9 @@
 #include "platform/ChildProcess.h"
 #include "platform/Utf8.h"
 
+#include <cstddef>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -27,23 +29,28 @@ public:
     TaskWrapper(TaskWrapperController* controller, std::vector<std::string> arguments, ChildProcessLauncher& launcher);
     TaskWrapper(const TaskWrapper&) = delete;
     TaskWrapper& operator=(const TaskWrapper&) = delete;
-    ~TaskWrapper(); // stops first, so a controller that is still set hears processFinished
+    ~TaskWrapper(); // stops first, so a controller that is still set hears processFinished; legal in every callback
 
-    void startProcess();
+    void startProcess(); // at most once
     /// Delivers what the pipe holds now, stops listening, terminates the child and reports the end. Once reported,
-    /// it reports nothing again.
+    /// it reports nothing again; without a start there is nothing to report. Legal in every callback.
     void stopProcess();
     void clearController() { m_controller = nullptr; }
 
 private:
-    void getData(std::string_view bytes);
+    enum class State { Created, Running, Stopping, Stopped }; // Stopping: delivering what is left
+
+    void getData(std::span<const std::byte> bytes);
     void deliver(std::string_view text);
+    void finish();
 
     TaskWrapperController* m_controller;
     std::vector<std::string> m_arguments;
     ChildProcessLauncher& m_launcher;
     std::unique_ptr<ChildProcess> m_task;
-    Utf8Decoder m_decoder;
+    Utf8Decoder m_decoder; // carries a character that two pieces share
+    State m_state = State::Created;
+    std::shared_ptr<char> m_alive = std::make_shared<char>(); // expires with this: a callback may destroy it
 };
 
 } // namespace orrery
