@@ -1,0 +1,115 @@
+// The document's camera, light and rotation: properties that live in the plot view.
+#include "document/MyDocument.h"
+#include "plot/data/Camera.h"
+
+namespace orrery {
+
+namespace {
+
+float coordinate(PlotView* view, Vector3 CameraRecord::*vector, double Vector3::*axis) {
+    return view == nullptr ? 0.0F : static_cast<float>(view->camera().*vector.*axis);
+}
+
+void setCoordinate(PlotView* view, Vector3 CameraRecord::*vector, double Vector3::*axis, float value) {
+    if (view == nullptr) return;
+    view->camera().*vector.*axis = static_cast<double>(value);
+    // Near and far plane follow the depths alone.
+    if (axis == &Vector3::z) view->updateProjection();
+    view->setNeedsDisplay();
+}
+
+} // namespace
+
+float MyDocument::eyeXPos() const {
+    return coordinate(m_outlets.glView, &CameraRecord::viewPos, &Vector3::x);
+}
+float MyDocument::eyeYPos() const {
+    return coordinate(m_outlets.glView, &CameraRecord::viewPos, &Vector3::y);
+}
+float MyDocument::eyeZPos() const {
+    return coordinate(m_outlets.glView, &CameraRecord::viewPos, &Vector3::z);
+}
+void MyDocument::setEyeXPos(float x) {
+    setCoordinate(m_outlets.glView, &CameraRecord::viewPos, &Vector3::x, x);
+}
+void MyDocument::setEyeYPos(float y) {
+    setCoordinate(m_outlets.glView, &CameraRecord::viewPos, &Vector3::y, y);
+}
+void MyDocument::setEyeZPos(float z) {
+    setCoordinate(m_outlets.glView, &CameraRecord::viewPos, &Vector3::z, z);
+}
+
+float MyDocument::eyeXDir() const {
+    return coordinate(m_outlets.glView, &CameraRecord::viewDir, &Vector3::x);
+}
+float MyDocument::eyeYDir() const {
+    return coordinate(m_outlets.glView, &CameraRecord::viewDir, &Vector3::y);
+}
+float MyDocument::eyeZDir() const {
+    return coordinate(m_outlets.glView, &CameraRecord::viewDir, &Vector3::z);
+}
+void MyDocument::setEyeXDir(float x) {
+    setCoordinate(m_outlets.glView, &CameraRecord::viewDir, &Vector3::x, x);
+}
+void MyDocument::setEyeYDir(float y) {
+    setCoordinate(m_outlets.glView, &CameraRecord::viewDir, &Vector3::y, y);
+}
+void MyDocument::setEyeZDir(float z) {
+    setCoordinate(m_outlets.glView, &CameraRecord::viewDir, &Vector3::z, z);
+}
+
+float MyDocument::lightHeight() const {
+    return m_outlets.glView == nullptr ? 0.0F : m_outlets.glView->lightHeight();
+}
+
+void MyDocument::setLightHeight(float height) {
+    if (m_outlets.glView == nullptr) return;
+    m_outlets.glView->setLightHeight(height);
+    redrawPlot();
+}
+
+void MyDocument::resetCamera() {
+    setEyeXPos(0);
+    setEyeYPos(1);
+    setEyeZPos(4);
+    setEyeXDir(0);
+    setEyeYDir(-2);
+    setEyeZDir(-10);
+    setLightHeight(1);
+    if (m_outlets.glView == nullptr) return;
+    CameraRecord& camera = m_outlets.glView->camera();
+    camera.aperture = 40;
+    camera.rotPoint = {0, 0, 0};
+    camera.viewUp = {0, 1, 0};
+}
+
+double MyDocument::rotationSliderMax() const {
+    constexpr double fullTurn = 360;
+    return m_outlets.yRotationSlider == nullptr ? fullTurn : m_outlets.yRotationSlider->maxValue();
+}
+
+float MyDocument::yRotation() const {
+    if (m_outlets.glView == nullptr) return 0;
+    return wrappedRotation(m_outlets.glView->yRotation(), static_cast<float>(rotationSliderMax()));
+}
+
+void MyDocument::setYRotation(float sliderValue) {
+    const float step = circularStep(m_yRotationSliderValue, sliderValue, static_cast<float>(rotationSliderMax()));
+    if (m_outlets.glView != nullptr) m_outlets.glView->setYRotation(m_outlets.glView->yRotation() + step);
+    m_yRotationSliderValue = sliderValue;
+    redrawPlot();
+    if (m_outlets.yRotationSlider != nullptr) m_outlets.yRotationSlider->setNeedsDisplay();
+}
+
+void MyDocument::incYRotation(float step) {
+    if (m_outlets.glView != nullptr) m_outlets.glView->setYRotation(m_outlets.glView->yRotation() + step);
+    m_yRotationSliderValue += step;
+    redrawPlot();
+}
+
+void MyDocument::animationTimer() {
+    constexpr float degreesPerTick = 0.5F;
+    if (m_isAnimated) setYRotation(m_yRotationSliderValue + degreesPerTick);
+}
+
+} // namespace orrery

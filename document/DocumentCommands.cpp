@@ -1,0 +1,176 @@
+// The document's port lists, results and commands.
+#include "document/MyDocument.h"
+#include "model/PortPaths.h"
+#include "platform/OrreryError.h"
+#include "run/Export.h"
+#include "run/IndexSet.h"
+#include "run/ResponseVariables.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace orrery {
+
+bool MyDocument::validateTag(std::int32_t tag) {
+    bool enabled = false;
+    if (tag == runTag) {
+        enabled = m_dictionary.contains(setup_key::modelPath);
+    } else if (tag == sendTag) {
+        enabled = exportFilesExist(m_dictionary, resultTablePath());
+    }
+    if (m_outlets.startStopButton != nullptr) m_outlets.startStopButton->setEnabled(enabled);
+    return enabled;
+}
+
+bool MyDocument::validateMenuItem(std::int32_t tag) {
+    return (tag != runTag && tag != sendTag) || validateTag(tag);
+}
+
+bool MyDocument::outlineViewWriteItems(const std::vector<const ModelNode*>& items, Pasteboard& pasteboard) const {
+    if (items.empty()) return false;
+    const std::optional<PortReference> port = portReference(*items.front());
+    if (!port) return false;
+    const std::string type(port->direction == PortDirection::Input ? inputPathPboardType : outputPathPboardType);
+    pasteboard.declareTypes({type});
+    pasteboard.setData(archivePortPath(port->path), type);
+    return true;
+}
+
+bool MyDocument::tableViewWriteRows(PortList table, const std::vector<std::size_t>& rows,
+                                    Pasteboard& pasteboard) const {
+    const std::string type(rowPboardType(table));
+    pasteboard.declareTypes({type});
+    pasteboard.setData(archiveRows(rows), type);
+    return true;
+}
+
+DropDecision MyDocument::tableViewValidateDrop(PortList table, const Pasteboard& pasteboard) {
+    return validateDrop(table, pasteboard.types());
+}
+
+bool MyDocument::tableViewAcceptDrop(PortList table, const Pasteboard& pasteboard, std::size_t row,
+                                     DropOperation operation) {
+    const std::vector<std::string> types = pasteboard.types();
+    const auto holds = [&types](std::string_view type) { return std::ranges::find(types, type) != types.end(); };
+    if (holds(inputPathPboardType) || holds(outputPathPboardType)) {
+        if (!holds(portPboardType(table))) return false;
+        const auto path = unarchivePortPath(pasteboard.dataForType(std::string(portPboardType(table))));
+        if (!path) return false;
+        controller(table).drop(*path, row, operation);
+    } else {
+        if (!holds(rowPboardType(table))) return false;
+        const auto rows = unarchiveRows(pasteboard.dataForType(std::string(rowPboardType(table))));
+        if (!rows) return false;
+        controller(table).move(*rows, row);
+    }
+    updateChangeCount(ChangeKind::Done);
+    return true;
+}
+
+void MyDocument::addOrRemove(PortList list, int segment) {
+    updateChangeCount(ChangeKind::Done);
+    if (segment == 1) {
+        controller(list).removeSelected();
+    } else if (segment == 0) {
+        controller(list).addObject(newEntry(list));
+    }
+}
+
+void MyDocument::clearSweepForRun() {
+    setIndependentVariables({});
+    redrawPlot();
+}
+
+void MyDocument::runStateChanged() {
+    if (m_runObserver) m_runObserver();
+}
+
+std::string MyDocument::resultTablePath() const {
+    return m_tablePath.empty() ? orrery::resultTablePath(m_services.run.temporaryDirectory) : m_tablePath;
+}
+
+void MyDocument::constructIndependentVariables() {
+    m_grid = orrery::constructIndependentVariables(m_dictionary, *m_services.calendar);
+    if (m_outlets.independentVariableSettings != nullptr) m_outlets.independentVariableSettings->reloadData();
+}
+
+void MyDocument::setIndependentVariables(std::vector<IndependentVariable> variables) {
+    m_grid.variables = std::move(variables);
+    if (m_outlets.independentVariableSettings != nullptr) m_outlets.independentVariableSettings->reloadData();
+}
+
+void MyDocument::setDependentVariables(std::vector<ResponseVariable> variables) {
+    m_dependentVariables = std::move(variables);
+    if (m_outlets.dependentVariableSettings != nullptr) m_outlets.dependentVariableSettings->reloadData();
+}
+
+void MyDocument::constructDependentVariables() {
+    const std::string path = resultTablePath();
+    try {
+        ResponseVariables built = orrery::constructDependentVariables(m_modelTree, independentVariables().size(), path);
+        setResponseVariableLabels(std::move(built.labels));
+        setDependentVariables(std::move(built.variables));
+    } catch (const ResultTableMissing&) {
+        if (m_outlets.alerts != nullptr) {
+            (void)m_outlets.alerts->runModal(
+                {"File Not Found", fmt::format("The data file, {}, was not found.", path), {"OK"}});
+        } else if (m_services.run.message) {
+            m_services.run.message(fmt::format("File Not Found: The data file, {}, was not found.", path));
+        }
+        throw;
+    }
+}
+
+void MyDocument::getSimulationData() {
+    setSimulationData({});
+    const TableShape shape{nRowsOfData(), independentVariables().size() + 1, m_dependentVariables.size()};
+    ResultTable table = readResultTable(resultTablePath(), shape, m_services.tableReading);
+    m_tableNotes = table.notes(shape);
+    setSimulationData(std::move(table.cells));
+    setYMax(std::move(table.maxima));
+}
+
+std::vector<std::string> MyDocument::buildResults() {
+    m_tableNotes.clear();
+    try {
+        constructIndependentVariables();
+        constructDependentVariables();
+        getSimulationData();
+    } catch (...) {
+        // What an earlier run left does not fit the new grid.
+        setDependentVariables({});
+        setResponseVariableLabels({});
+        setSimulationData({});
+        setYMax({});
+        throw;
+    }
+    return m_tableNotes;
+}
+
+std::vector<std::uint32_t> MyDocument::makeCurrentIndexSet() const {
+    return currentIndexSet(m_grid.variables);
+}
+
+void MyDocument::saveToDorado() {
+    const auto companion = m_services.namedServices == nullptr
+                               ? nullptr
+                               : m_services.namedServices->rootProxy(std::string(companionServiceName));
+    if (!companion) {
+        showSheet(
+            {"Could not open communication with Dorado.", "Please start Dorado if it is not already running.", {"OK"}});
+        return;
+    }
+    try {
+        companion->importWaves(exportPaths(m_dictionary, resultTablePath()),
+                               [this, alive = std::weak_ptr<int>(m_alive)](std::string_view failure) {
+                                   if (alive.expired() || failure.empty()) return;
+                                   showSheet({"Dorado did not take the files.", std::string(failure)});
+                               });
+    } catch (const OrreryError& error) {
+        showSheet({"The results cannot be sent to Dorado.", error.what()});
+    }
+}
+
+} // namespace orrery

@@ -1,0 +1,73 @@
+// The document's plot: what the user's choice of axes and responses makes the plot view show.
+#include "document/MyDocument.h"
+#include "plot/data/PlotLayout.h"
+#include "plot/data/VertexData.h"
+
+#include <cstdint>
+#include <utility>
+
+namespace orrery {
+
+void MyDocument::setupPlotView() {
+    m_layout = orrery::plotLayout(m_grid.variables, m_dependentVariables);
+    if (m_layout.dimensions == 0 || m_layout.nSurfaces == 0) {
+        clearPlot();
+        return;
+    }
+    const std::vector<std::uint32_t> indices = makeCurrentIndexSet();
+    if (m_outlets.glView == nullptr) return;
+    m_outlets.glView->setDimensions(m_layout.dimensions);
+    m_outlets.glView->setLabels(m_layout.labels);
+    makePlotForDimensions(m_layout.dimensions, indices);
+    m_outlets.glView->setColors(surfaceColors(m_dependentVariables));
+    m_outlets.glView->setNeedsDisplay();
+}
+
+void MyDocument::clearPlot() {
+    if (m_outlets.glView == nullptr) return;
+    m_outlets.glView->setSurfaces({}, 0, {});
+    m_outlets.glView->setNeedsDisplay();
+}
+
+void MyDocument::makePlotForDimensions(std::uint32_t dimensions, const std::vector<std::uint32_t>& indices) {
+    const std::vector<float> vertices = dimensions == 2 ? make2DVertexData(indices) : make3DVertexData(indices);
+    if (m_outlets.glView == nullptr) return;
+    m_outlets.glView->setSurfaces(vertices, static_cast<std::uint32_t>(vertices.size()), vertexRanges(m_layout));
+}
+
+std::vector<float> MyDocument::make2DVertexData(const std::vector<std::uint32_t>& indices) {
+    resetCamera(); // curves are drawn without a camera; a later surface starts from its defaults
+    return orrery::make2DVertexData(m_layout, {m_simulationData, m_yMax, m_dependentVariables, indices});
+}
+
+std::vector<float> MyDocument::make3DVertexData(const std::vector<std::uint32_t>& indices) const {
+    return orrery::make3DVertexData(m_layout, {m_simulationData, m_yMax, m_dependentVariables, indices});
+}
+
+void MyDocument::updatePlot(const SettingsSender& sender) {
+    constexpr int roleChooser = 3;
+    if (sender.tag == roleChooser && sender.row < m_grid.variables.size()) {
+        const RoleChange change = claimAxisRole(m_grid.variables, sender.row);
+        if (SettingsRows* rows = m_outlets.independentVariableSettings) {
+            for (const int tag : {2, 1}) {
+                for (const std::size_t row : change.disabled) {
+                    rows->setControlEnabled(row, tag, false);
+                }
+                for (const std::size_t row : change.enabled) {
+                    rows->setControlEnabled(row, tag, true);
+                }
+            }
+        }
+    }
+    setupPlotView();
+}
+
+void MyDocument::redrawPlot() {
+    if (m_outlets.glView != nullptr) m_outlets.glView->setNeedsDisplay();
+}
+
+void MyDocument::tabViewDidSelectTabViewItem(std::string_view identifier) {
+    if (identifier == "2") redrawPlot();
+}
+
+} // namespace orrery

@@ -1,0 +1,252 @@
+#include "document/MyDocument.h"
+
+#include "document/setup/ModelPath.h"
+#include "document/setup/SetupReader.h"
+#include "document/setup/SetupWriter.h"
+#include "platform/Files.h"
+#include "platform/Log.h"
+#include "platform/OrreryError.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <chrono>
+#include <exception>
+#include <utility>
+
+namespace orrery {
+
+namespace {
+
+constexpr std::initializer_list<std::string_view> observedWhenNew = {
+    setup_key::stepsPerDay, setup_key::modelPath, setup_key::dimensions, setup_key::runLength, setup_key::reportStep};
+constexpr std::initializer_list<std::string_view> observedWhenOpened = {setup_key::startDay,  setup_key::stepsPerDay,
+                                                                        setup_key::modelPath, setup_key::dimensions,
+                                                                        setup_key::runLength, setup_key::reportStep};
+
+// The interval is kept as a single-precision number of seconds, 0.01666666753590107.
+constexpr auto animationInterval =
+    std::chrono::nanoseconds(static_cast<std::int64_t>(static_cast<double>(1.0F / 60.0F) * 1e9));
+
+} // namespace
+
+MyDocument::MyDocument(DocumentServices services) : m_services(std::move(services)), m_run(*this, m_services.run) {
+    if (m_services.calendar == nullptr) m_services.calendar = &currentCalendar();
+    for (const PortList list : {PortList::Outputs, PortList::Initializations, PortList::Steppers}) {
+        m_controllers.emplace_back(list, [this]() -> SetupDictionary& { return m_dictionary; });
+    }
+}
+
+MyDocument::~MyDocument() {
+    close();
+}
+
+void MyDocument::initWithType(std::string_view /*typeName*/) {
+    if (!m_hasDictionary) setTheDictionary(defaultSetup());
+    observe(observedWhenNew);
+}
+
+void MyDocument::setTheDictionary(SetupDictionary dictionary) {
+    m_dictionary = std::move(dictionary);
+    m_hasDictionary = true;
+    for (ListController& controller : m_controllers) {
+        controller.rearrangeObjects();
+    }
+}
+
+void MyDocument::observe(std::initializer_list<std::string_view> keys) {
+    for (const std::string_view key : keys) {
+        m_dictionary.addObserver(key, [this](std::string_view changed) { observeValueForKeyPath(changed); });
+    }
+}
+
+void MyDocument::observeValueForKeyPath(std::string_view /*key*/) {
+    updateChangeCount(ChangeKind::Done);
+}
+
+void MyDocument::updateChangeCount(ChangeKind kind) {
+    switch (kind) {
+    case ChangeKind::Done:
+        ++m_changeCount;
+        break;
+    case ChangeKind::Undone:
+        --m_changeCount;
+        break;
+    case ChangeKind::Cleared:
+        m_changeCount = 0;
+        break;
+    }
+    if (m_changeObserver) m_changeObserver();
+}
+
+XmlDocument MyDocument::convertToXML() const {
+    return setupToXml(m_dictionary);
+}
+
+void MyDocument::convertFromXML(const XmlDocument& document) {
+    setTheDictionary(setupFromXml(document, m_filePath.value_or("setup")));
+}
+
+bool MyDocument::loadDataRepresentation(std::string_view bytes, std::string_view /*typeName*/) {
+    LoadedSetup loaded = readSetup(bytes, m_filePath.value_or("setup"));
+    if (!loaded.parsed) {
+        logLine(loaded.fault);
+        m_unparsedBytes = bytes;
+    }
+    setTheDictionary(std::move(loaded.dictionary));
+    observe(observedWhenOpened);
+    return true;
+}
+
+void MyDocument::readFromFile(const std::string& path) {
+    const std::string bytes = readWholeFile(path);
+    const auto before = std::exchange(m_filePath, path);
+    try {
+        loadDataRepresentation(bytes, "");
+    } catch (...) {
+        m_filePath = before;
+        throw;
+    }
+}
+
+void MyDocument::writeToURL(const std::string& path, std::string_view /*typeName*/) {
+    if (m_services.userDefaults != nullptr) {
+        std::optional<std::string> location;
+        if (m_filePath) location = fileUrl(absolutePath(*m_filePath));
+        m_services.userDefaults->setObject(location, "lastPath");
+    }
+    const std::string bytes = setupFileBytes(m_dictionary, path);
+    keepUnparsedFile(path);
+    replaceFile(path, bytes);
+    m_unparsedBytes.clear();
+}
+
+void MyDocument::keepUnparsedFile(const std::string& path) {
+    if (m_unparsedBytes.empty() || !fileExists(path) || readWholeFile(path) != m_unparsedBytes) return;
+    std::string kept = path + "~";
+    for (int number = 2; fileExists(kept); ++number) {
+        kept = fmt::format("{}~{}", path, number);
+    }
+    replaceFile(kept, m_unparsedBytes);
+    logLine(fmt::format("{} was no setup file; its old content is kept as {}", path, kept));
+}
+
+void MyDocument::saveToFile(const std::string& path) {
+    writeToURL(path, "");
+    m_filePath = path;
+    updateChangeCount(ChangeKind::Cleared);
+}
+
+void MyDocument::saveDocument(std::function<void(bool)> didSave) {
+    if (m_saveHandler) {
+        m_saveHandler(std::move(didSave));
+        return;
+    }
+    bool saved = false;
+    try {
+        if (!m_filePath) throw OrreryError("The document has no file yet.", {}, "Save it under a name first.");
+        saveToFile(*m_filePath);
+        saved = true;
+    } catch (const std::exception& error) {
+        showSheet({"The document could not be saved.", error.what()});
+    }
+    didSave(saved);
+}
+
+void MyDocument::setOutlets(const DocumentOutlets& outlets) {
+    m_outlets = outlets;
+    m_run.setOutlets({outlets.statusView, outlets.progressWheel, outlets.startStopButton, outlets.alerts});
+    controller(PortList::Outputs).setView(outlets.outputTable);
+    controller(PortList::Initializations).setView(outlets.inputTable);
+    controller(PortList::Steppers).setView(outlets.stepperTable);
+}
+
+void MyDocument::awakeFromNib() {
+    if (const std::string path = modelFilePath(); !path.empty()) {
+        try {
+            makeModelTree(path);
+            setModelModification(modificationDate(path));
+        } catch (const std::exception& failure) {
+            reportImportFailure(failure);
+        }
+    }
+    if (m_services.run.runLoop != nullptr) {
+        m_timer = m_services.run.runLoop->repeat(animationInterval, [this] { animationTimer(); });
+    }
+    resetCamera();
+    setLightSliderMax(20);
+    setLightSliderMin(-5);
+}
+
+void MyDocument::close() {
+    m_timer.reset();
+    m_alive.reset();
+}
+
+std::string MyDocument::modelFilePath() const {
+    const std::string_view path = m_dictionary.textOrEmpty(setup_key::modelPath);
+    if (path.empty()) return {};
+    return resolvedModelPath(std::string(path), m_filePath.value_or(""));
+}
+
+void MyDocument::makeModelTree(const std::string& path) {
+    m_modelTree = nodesFromDictionaries(dictionariesFromModelFile(path), path);
+    if (m_outlets.outlineView != nullptr) m_outlets.outlineView->reloadData();
+}
+
+void MyDocument::updateModelTree() {
+    const std::string path = modelFilePath();
+    if (path.empty()) return;
+    const std::optional<Date> date = modificationDate(path);
+    if (!date || date == m_modelModification) return;
+    makeModelTree(path);
+    setModelModification(date);
+}
+
+void MyDocument::refreshModel() {
+    try {
+        updateModelTree();
+    } catch (const std::exception& failure) {
+        reportImportFailure(failure);
+    }
+}
+
+void MyDocument::selectModel() {
+    if (m_outlets.openPanel == nullptr) return;
+    OpenPanelRequest request;
+    request.fileTypes = {"xml", "kestrelxmldoc"};
+    m_outlets.openPanel->beginSheet(request, [this, alive = std::weak_ptr<int>(m_alive)](const std::string& path) {
+        if (!alive.expired()) useModel(path);
+    });
+}
+
+void MyDocument::useModel(const std::string& path) {
+    m_dictionary.setText(setup_key::modelPath, path);
+    try {
+        makeModelTree(path);
+        setModelModification(modificationDate(path));
+    } catch (const std::exception& failure) {
+        reportImportFailure(failure);
+    }
+}
+
+void MyDocument::reportImportFailure(const std::exception& failure) {
+    logLine(failure.what());
+    showSheet({"The model could not be imported.", failure.what()});
+}
+
+void MyDocument::showSheet(const AlertText& text) {
+    if (m_outlets.alerts != nullptr) {
+        m_outlets.alerts->beginSheet(text, [](std::size_t) {});
+    } else if (m_services.run.message) {
+        m_services.run.message(fmt::format("{} {}", text.message, text.informative));
+    }
+}
+
+void applicationDidBecomeActive(const std::vector<MyDocument*>& documents) {
+    for (MyDocument* document : documents) {
+        document->refreshModel();
+    }
+}
+
+} // namespace orrery

@@ -1,0 +1,256 @@
+#pragma once
+
+#include "document/DocumentOutlets.h"
+#include "document/setup/SetupDictionary.h"
+#include "model/ListController.h"
+#include "model/ModelTree.h"
+#include "model/PortLists.h"
+#include "platform/Pasteboard.h"
+#include "platform/Services.h"
+#include "platform/UserDefaults.h"
+#include "platform/XmlDocument.h"
+#include "plot/data/PlotLayout.h"
+#include "run/ResultTable.h"
+#include "run/RunControl.h"
+#include "run/SweepVariables.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <initializer_list>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace orrery {
+
+/// What a document needs of the platform; nothing is owned, and all of it outlives the document.
+struct DocumentServices {
+    RunServices run;
+    UserDefaults* userDefaults = nullptr;
+    NamedServices* namedServices = nullptr; // absent: no companion can be reached
+    const Calendar* calendar = nullptr;     // absent: the user's current calendar
+    TableReadOptions tableReading;
+};
+
+/// A change to a document's count of changes.
+enum class ChangeKind { Done = 0, Undone = 1, Cleared = 2 };
+
+/// Commands that a tag ties to their enabling rule, on the toolbar and in menus.
+enum CommandTag : std::int32_t { runTag = 1, sendTag = 2 };
+
+/// The control that sends an action from a row of settings.
+struct SettingsSender {
+    int tag = 0;         // 3: role chooser of a sweep variable; 1 and 2: controls of its held value
+    std::size_t row = 0; // position of the variable in its list
+};
+
+/// One simulation setup and everything derived from it: the hub between window, model, run and plot.
+///
+/// It owns the setup dictionary (all that is saved), the model tree, the last run's variables and data, and the
+/// engine's wrapper. It reaches its window through outlets that may be absent. Most operations are short calls into
+/// the folders model/, run/ and plot/. Main thread only.
+class MyDocument : private RunHost {
+public:
+    /// A document without a setup, as opening a file starts with.
+    explicit MyDocument(DocumentServices services);
+    MyDocument(const MyDocument&) = delete;
+    MyDocument& operator=(const MyDocument&) = delete;
+    ~MyDocument() override;
+
+    // -- The setup and its changes --------------------------------------------------------------------------------
+    /// Makes this a new, untitled setup: the defaults unless a setup is present, and its observation.
+    void initWithType(std::string_view typeName);
+    [[nodiscard]] SetupDictionary& theDictionary() { return m_dictionary; }
+    [[nodiscard]] const SetupDictionary& theDictionary() const { return m_dictionary; }
+    void setTheDictionary(SetupDictionary dictionary); // observation is not carried over
+    void observeValueForKeyPath(std::string_view key);
+    void updateChangeCount(ChangeKind kind);
+    [[nodiscard]] bool isDocumentEdited() const override { return m_changeCount != 0; }
+    /// Called after every change of the edited state or the count.
+    void setChangeObserver(std::function<void()> observer) { m_changeObserver = std::move(observer); }
+    [[nodiscard]] static std::string_view windowNibName() { return "MyDocument"; }
+    void windowControllerDidLoadNib() {} // the base behaviour suffices
+
+    // -- The setup file -------------------------------------------------------------------------------------------
+    [[nodiscard]] XmlDocument convertToXML() const;
+    void convertFromXML(const XmlDocument& document);
+    /// Takes over a setup file's bytes. @throws OrreryError when required elements are missing; the document is then
+    /// unchanged. Bytes that do not parse are logged and give an empty setup.
+    bool loadDataRepresentation(std::string_view bytes, std::string_view typeName);
+    /// Reads the file and takes its path. @throws OrreryError
+    void readFromFile(const std::string& path);
+    /// Writes the setup file whole, or throws OrreryError and leaves the old file. Stores the user default "lastPath".
+    void writeToURL(const std::string& path, std::string_view typeName);
+    /// writeToURL, then the document is at that path and unedited.
+    void saveToFile(const std::string& path);
+    [[nodiscard]] std::optional<std::string> filePath() const override { return m_filePath; }
+    void setFilePath(std::optional<std::string> path) { m_filePath = std::move(path); }
+    /// How a save that a run asks for is done (a window may have to ask for a name); by default saveToFile.
+    void setSaveHandler(std::function<void(std::function<void(bool)>)> handler) { m_saveHandler = std::move(handler); }
+
+    // -- The window -----------------------------------------------------------------------------------------------
+    void setOutlets(const DocumentOutlets& outlets);
+    [[nodiscard]] const DocumentOutlets& outlets() const { return m_outlets; }
+    /// The window has been loaded: imports the model, starts the animation timer, resets camera and light bounds. A
+    /// model that cannot be imported is told in a sheet, and the rest is set up all the same.
+    void awakeFromNib();
+    /// The window closes: nothing calls the document any more.
+    void close();
+    bool validateTag(std::int32_t tag);
+    [[nodiscard]] bool validateMenuItem(std::int32_t tag);
+    void tabViewDidSelectTabViewItem(std::string_view identifier);
+
+    // -- The model ------------------------------------------------------------------------------------------------
+    /// The model file's path as the setup has it, made absolute from the setup file's directory; empty without one.
+    [[nodiscard]] std::string modelFilePath() const;
+    /// @throws OrreryError as nodesFromDictionaries; the old tree then stays
+    void makeModelTree(const std::string& path);
+    /// Imports the model anew when its file's modification date has changed. @throws as makeModelTree
+    void updateModelTree();
+    void refreshModel(); // updateModelTree, a failure told in a sheet
+    void selectModel();
+    void useModel(const std::string& path); // what selectModel does with the chosen file
+    [[nodiscard]] const ModelTree& modelTree() const { return m_modelTree; }
+    [[nodiscard]] const std::optional<Date>& modelModification() const { return m_modelModification; }
+    void setModelModification(std::optional<Date> date) { m_modelModification = date; }
+
+    // -- The port lists -------------------------------------------------------------------------------------------
+    [[nodiscard]] ListController& controller(PortList list) { return m_controllers[static_cast<std::size_t>(list)]; }
+    bool outlineViewWriteItems(const std::vector<const ModelNode*>& items, Pasteboard& pasteboard) const;
+    bool tableViewWriteRows(PortList table, const std::vector<std::size_t>& rows, Pasteboard& pasteboard) const;
+    [[nodiscard]] static DropDecision tableViewValidateDrop(PortList table, const Pasteboard& pasteboard);
+    bool tableViewAcceptDrop(PortList table, const Pasteboard& pasteboard, std::size_t row, DropOperation operation);
+    void addOrRemoveOutput(int segment) { addOrRemove(PortList::Outputs, segment); }
+    void addOrRemoveInitialization(int segment) { addOrRemove(PortList::Initializations, segment); }
+    void addOrRemoveStepper(int segment) { addOrRemove(PortList::Steppers, segment); }
+
+    // -- The run --------------------------------------------------------------------------------------------------
+    void runSimulation() { m_run.runSimulation(); }
+    void simulationStartOrAbort() { m_run.simulationStartOrAbort(); }
+    void abortSimulation() { m_run.abortSimulation(); }
+    void checkForDirtyModelDocument() { m_run.checkForDirtyModelDocument(); }
+    void doRun() { m_run.doRun(); }
+    [[nodiscard]] RunControl& runControl() { return m_run; }
+    /// Called when a run was started, waits for its turn or has ended.
+    void setRunObserver(std::function<void()> observer) { m_runObserver = std::move(observer); }
+
+    // -- Results --------------------------------------------------------------------------------------------------
+    void constructIndependentVariables();
+    void constructDependentVariables(); // @throws ResultTableMissing after its alert, OrreryError
+    void getSimulationData();           // @throws OrreryError
+    /// The three in their order. A failure leaves no response variables and no data behind.
+    std::vector<std::string> buildResults() override;
+    /// Where the results are read, when not from the temporary directory.
+    void setResultTablePath(std::string path) { m_tablePath = std::move(path); }
+    [[nodiscard]] std::string resultTablePath() const;
+    [[nodiscard]] std::vector<IndependentVariable>& independentVariables() { return m_grid.variables; }
+    [[nodiscard]] const std::vector<IndependentVariable>& independentVariables() const { return m_grid.variables; }
+    void setIndependentVariables(std::vector<IndependentVariable> variables);
+    [[nodiscard]] std::vector<ResponseVariable>& dependentVariables() { return m_dependentVariables; }
+    [[nodiscard]] const std::vector<ResponseVariable>& dependentVariables() const { return m_dependentVariables; }
+    void setDependentVariables(std::vector<ResponseVariable> variables);
+    [[nodiscard]] const std::vector<std::string>& responseVariableLabels() const { return m_responseVariableLabels; }
+    void setResponseVariableLabels(std::vector<std::string> labels) { m_responseVariableLabels = std::move(labels); }
+    [[nodiscard]] const std::vector<float>& simulationData() const { return m_simulationData; }
+    void setSimulationData(std::vector<float> data) { m_simulationData = std::move(data); }
+    [[nodiscard]] const std::vector<float>& yMax() const { return m_yMax; }
+    void setYMax(std::vector<float> maxima) { m_yMax = std::move(maxima); }
+    [[nodiscard]] std::uint32_t nRowsOfData() const { return m_grid.nRowsOfData; }
+    [[nodiscard]] std::vector<std::uint32_t> makeCurrentIndexSet() const;
+    void saveToDorado();
+
+    // -- The plot -------------------------------------------------------------------------------------------------
+    void setupPlotView();
+    void updateScale() { setupPlotView(); }
+    void updatePlot(const SettingsSender& sender);
+    void makePlotForDimensions(std::uint32_t dimensions, const std::vector<std::uint32_t>& indices);
+    [[nodiscard]] std::vector<float> make2DVertexData(const std::vector<std::uint32_t>& indices);
+    [[nodiscard]] std::vector<float> make3DVertexData(const std::vector<std::uint32_t>& indices) const;
+    [[nodiscard]] const PlotLayout& plotLayout() const { return m_layout; } // nSurfaces, xEdges, zEdges, xQuads, zQuads
+
+    // -- Camera, light, rotation: they read and write the plot view, and are 0 without one --------------------------
+    [[nodiscard]] float eyeXPos() const;
+    [[nodiscard]] float eyeYPos() const;
+    [[nodiscard]] float eyeZPos() const;
+    void setEyeXPos(float x);
+    void setEyeYPos(float y);
+    void setEyeZPos(float z);
+    [[nodiscard]] float eyeXDir() const;
+    [[nodiscard]] float eyeYDir() const;
+    [[nodiscard]] float eyeZDir() const;
+    void setEyeXDir(float x);
+    void setEyeYDir(float y);
+    void setEyeZDir(float z);
+    [[nodiscard]] float lightHeight() const;
+    void setLightHeight(float height);
+    [[nodiscard]] float lightSliderMax() const { return m_lightSliderMax; }
+    [[nodiscard]] float lightSliderMin() const { return m_lightSliderMin; }
+    void setLightSliderMax(float max) { m_lightSliderMax = max; }
+    void setLightSliderMin(float min) { m_lightSliderMin = min; }
+    void resetCamera();
+    [[nodiscard]] float yRotation() const;
+    void setYRotation(float sliderValue);
+    void incYRotation(float step);
+    void animationTimer(); // one tick
+    void toggleAnimatedRotation() { m_isAnimated = !m_isAnimated; }
+    [[nodiscard]] bool isAnimated() const { return m_isAnimated; }
+    [[nodiscard]] float yRotationSliderValue() const { return m_yRotationSliderValue; }
+
+private:
+    void saveDocument(std::function<void(bool)> didSave) override;
+    void clearSweepForRun() override;
+    void runStateChanged() override;
+
+    void observe(std::initializer_list<std::string_view> keys);
+    void keepUnparsedFile(const std::string& path);
+    void addOrRemove(PortList list, int segment);
+    void moveDroppedRows(PortList table, const std::vector<std::size_t>& rows, std::size_t row);
+    void reportImportFailure(const std::exception& failure);
+    void showSheet(const AlertText& text);
+    void clearPlot();
+    void redrawPlot();
+    [[nodiscard]] double rotationSliderMax() const;
+
+    DocumentServices m_services;
+    DocumentOutlets m_outlets;
+    std::function<void()> m_changeObserver;
+    std::function<void()> m_runObserver;
+    std::function<void(std::function<void(bool)>)> m_saveHandler;
+
+    SetupDictionary m_dictionary;
+    bool m_hasDictionary = false; // a setup was installed
+    int m_changeCount = 0;
+    std::optional<std::string> m_filePath;
+    std::string m_unparsedBytes; // of the file that was opened, when it was no setup; kept beside the first save
+    std::vector<ListController> m_controllers; // indexed by PortList
+
+    ModelTree m_modelTree;
+    std::optional<Date> m_modelModification; // of the model file at the last import
+
+    SweepGrid m_grid;
+    std::vector<ResponseVariable> m_dependentVariables;
+    std::vector<std::string> m_responseVariableLabels;
+    std::vector<float> m_simulationData; // nRowsOfData × response variables, row-major
+    std::vector<float> m_yMax;           // per response variable
+    std::vector<std::string> m_tableNotes;
+    std::string m_tablePath;
+
+    PlotLayout m_layout;
+    std::unique_ptr<RunLoop::Source> m_timer;
+    bool m_isAnimated = false;
+    float m_yRotationSliderValue = 0;
+    float m_lightSliderMax = 0;
+    float m_lightSliderMin = 0;
+
+    RunControl m_run;
+    std::shared_ptr<int> m_alive = std::make_shared<int>(0); // expires with this document: panels answer later
+};
+
+/// The application came to the front: refreshes the model of every document whose model file has changed, in order. A
+/// document whose import fails is told so in its own window, and the others go on.
+void applicationDidBecomeActive(const std::vector<MyDocument*>& documents);
+
+} // namespace orrery

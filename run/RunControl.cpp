@@ -1,0 +1,280 @@
+#include "run/RunControl.h"
+
+#include "platform/Files.h"
+#include "platform/Log.h"
+#include "platform/OrreryError.h"
+#include "run/ResultTable.h"
+
+#include <fmt/format.h>
+
+#include <array>
+#include <chrono>
+#include <exception>
+#include <new>
+#include <utility>
+#include <variant>
+
+namespace orrery {
+
+namespace {
+
+constexpr auto turnInterval = std::chrono::milliseconds(250);
+
+// Buttons of the unsaved-changes alert, in its order.
+enum SaveAnswer : std::size_t { Save = 0, Cancel = 1, DontSave = 2 };
+
+const AlertText unsavedChanges{
+    "The Orrery Document has unsaved changes.", "Save before running simulation?", {"Save", "Cancel", "Don't Save"}};
+const AlertText engineMissing{"Error", "Couldn't find Zephyr.", {"OK"}};
+const AlertText alreadyRunning{"A simulation of this document is running.",
+                               "Abort it and start again? Its results will not be read.",
+                               {"Abort and Run", "Cancel"}};
+
+AlertText someoneElseRuns(const RunLock::Holder& holder) {
+    const std::string who = holder.description.empty() ? "Another simulation" : holder.description;
+    const std::string process = holder.processId > 0 ? fmt::format(" (process {})", holder.processId) : "";
+    return {"Another simulation is running.",
+            fmt::format("{}{} uses the temporary directory, which holds one result table. Wait for its turn, or "
+                        "start Orrery with another TMPDIR.",
+                        who, process),
+            {"Wait", "Cancel"}};
+}
+
+std::string ageText(std::int64_t seconds) {
+    struct Unit {
+        std::int64_t seconds;
+        const char* name;
+    };
+    static constexpr std::array units{Unit{86400, "day"}, Unit{3600, "hour"}, Unit{60, "minute"}, Unit{1, "second"}};
+    for (const Unit& unit : units) {
+        if (const std::int64_t count = seconds / unit.seconds; count > 0) {
+            return fmt::format("{} {}{}", count, unit.name, count == 1 ? "" : "s");
+        }
+    }
+    return "less than a second";
+}
+
+} // namespace
+
+RunControl::RunControl(RunHost& host, RunServices services) : m_host(host), m_services(std::move(services)) {}
+
+RunControl::~RunControl() {
+    if (m_searchTask) m_searchTask->clearController();
+}
+
+void RunControl::runSimulation() {
+    if (m_state == State::Running) {
+        askWhetherToAbortRunning();
+        return;
+    }
+    if (!m_host.isDocumentEdited()) {
+        checkForDirtyModelDocument();
+        return;
+    }
+    if (m_outlets.alerts == nullptr) {
+        showSheet({unsavedChanges.message, "Save it before running the simulation.", {"OK"}}, {});
+        return;
+    }
+    switch (m_outlets.alerts->runModal(unsavedChanges)) {
+    case Save:
+        m_host.saveDocument([this, alive = std::weak_ptr<int>(m_alive)](bool saved) {
+            if (!alive.expired()) documentDidSave(saved);
+        });
+        break;
+    case DontSave:
+        checkForDirtyModelDocument();
+        break;
+    default:
+        break;
+    }
+}
+
+void RunControl::documentDidSave(bool /*saved*/) {
+    // The engine reads whatever file exists, so a failed save, which was reported, does not stop the run.
+    checkForDirtyModelDocument();
+}
+
+void RunControl::checkForDirtyModelDocument() {
+    doRun();
+}
+
+void RunControl::doRun() {
+    if (m_state == State::Running) {
+        askWhetherToAbortRunning();
+        return;
+    }
+    const std::optional<std::string> enginePath = m_services.enginePath();
+    if (!enginePath) {
+        logLine("Couldn't find Zephyr");
+        showSheet(engineMissing, {});
+        return;
+    }
+    startWhenFree(*enginePath);
+}
+
+void RunControl::simulationStartOrAbort() {
+    if (m_outlets.startStopButton == nullptr) return;
+    switch (m_outlets.startStopButton->state()) {
+    case ButtonState::On:
+        runSimulation();
+        break;
+    case ButtonState::Off:
+        abortSimulation();
+        break;
+    case ButtonState::Mixed:
+        break;
+    }
+}
+
+void RunControl::abortSimulation() {
+    m_isAborted = true;
+    if (m_state == State::Waiting) {
+        m_turn.reset();
+        setButton(ButtonState::Off);
+        setState(State::Idle);
+    }
+    if (m_searchTask) m_searchTask->stopProcess();
+}
+
+void RunControl::askWhetherToAbortRunning() {
+    showSheet(alreadyRunning, [this](std::size_t button) {
+        if (button != 0) return;
+        abortSimulation();
+        runSimulation();
+    });
+}
+
+void RunControl::startWhenFree(const std::string& enginePath) {
+    auto lock = RunLock::tryAcquire(m_services.temporaryDirectory, m_host.filePath().value_or("untitled setup"));
+    if (auto* ours = std::get_if<RunLock>(&lock)) {
+        startEngine(enginePath, std::move(*ours));
+    } else if (m_waitsForTurn) {
+        if (m_state != State::Waiting && m_services.message) {
+            const AlertText text = someoneElseRuns(std::get<RunLock::Holder>(lock));
+            m_services.message(fmt::format("{} {}", text.message, text.informative));
+        }
+        waitForTurn(enginePath);
+    } else {
+        askWhetherToWait(std::get<RunLock::Holder>(lock), enginePath);
+    }
+}
+
+void RunControl::askWhetherToWait(const RunLock::Holder& holder, const std::string& enginePath) {
+    showSheet(someoneElseRuns(holder), [this, enginePath](std::size_t button) {
+        if (button == 0) {
+            waitForTurn(enginePath);
+        } else {
+            setButton(ButtonState::Off);
+        }
+    });
+}
+
+void RunControl::waitForTurn(const std::string& enginePath) {
+    setButton(ButtonState::On);
+    setState(State::Waiting);
+    m_turn = m_services.runLoop->repeat(turnInterval, [this, enginePath] {
+        auto lock = RunLock::tryAcquire(m_services.temporaryDirectory, m_host.filePath().value_or("untitled setup"));
+        if (auto* ours = std::get_if<RunLock>(&lock)) {
+            const std::string path = enginePath; // the timer's callback goes with the timer
+            RunLock taken = std::move(*ours);
+            m_turn.reset();
+            startEngine(path, std::move(taken));
+        }
+    });
+}
+
+void RunControl::startEngine(const std::string& enginePath, RunLock lock) {
+    m_turn.reset();
+    m_lock = std::move(lock);
+    m_isAborted = false;
+    m_resultsBuilt = false;
+    m_tableDateBefore = modificationDate(resultTablePath(m_services.temporaryDirectory));
+    m_host.clearSweepForRun();
+    setButton(ButtonState::On);
+    m_searchTask.reset();
+    std::vector<std::string> arguments = {enginePath};
+    if (auto path = m_host.filePath()) arguments.push_back(*path);
+    m_searchTask = std::make_unique<TaskWrapper>(this, std::move(arguments), *m_services.launcher);
+    logLine("Starting task.");
+    setState(State::Running);
+    m_searchTask->startProcess();
+}
+
+void RunControl::processStarted() {
+    if (m_outlets.statusView != nullptr) m_outlets.statusView->setString("");
+    if (m_outlets.progressWheel != nullptr) m_outlets.progressWheel->startAnimation();
+}
+
+void RunControl::appendOutput(std::string_view text) {
+    appendStatus(text);
+}
+
+void RunControl::processFinished() {
+    if (m_isAborted) {
+        appendStatus("Aborted");
+    } else {
+        appendStatus("Processing output\u2026");
+        finishResults();
+    }
+    m_lock.reset();
+    if (m_outlets.progressWheel != nullptr) m_outlets.progressWheel->stopAnimation();
+    setButton(ButtonState::Off);
+    if (m_outlets.statusView != nullptr) m_outlets.statusView->setNeedsDisplay();
+    if (m_outlets.alerts != nullptr) m_outlets.alerts->requestUserAttention();
+    setState(State::Idle);
+}
+
+void RunControl::finishResults() {
+    std::string failure;
+    try {
+        if (const std::string note = staleTableNote(); !note.empty()) appendStatus("\n" + note);
+        for (const std::string& note : m_host.buildResults()) {
+            appendStatus("\n" + note);
+        }
+        m_resultsBuilt = true;
+        return;
+    } catch (const ResultTableMissing& missing) {
+        // The document has shown its alert already.
+        appendStatus(fmt::format("\n{}", missing.what()));
+        return;
+    } catch (const std::bad_alloc&) {
+        failure = "The results need more memory than there is.";
+    } catch (const std::exception& error) {
+        failure = error.what();
+    }
+    appendStatus("\n" + failure);
+    showSheet({"The results could not be read.", failure, {"OK"}}, {});
+}
+
+std::string RunControl::staleTableNote() const {
+    const std::optional<Date> date = modificationDate(resultTablePath(m_services.temporaryDirectory));
+    if (!date || !m_tableDateBefore || *date != *m_tableDateBefore) return {};
+    const std::int64_t age = currentDate().seconds - date->seconds;
+    return fmt::format("The result table was not written by this run: it is {} old.", ageText(age));
+}
+
+void RunControl::appendStatus(std::string_view text) {
+    if (m_outlets.statusView != nullptr) m_outlets.statusView->appendString(text);
+}
+
+void RunControl::showSheet(const AlertText& text, std::function<void(std::size_t)> answered) {
+    if (m_outlets.alerts == nullptr) {
+        if (m_services.message) m_services.message(fmt::format("{} {}", text.message, text.informative));
+        return;
+    }
+    m_outlets.alerts->beginSheet(
+        text, [alive = std::weak_ptr<int>(m_alive), answered = std::move(answered)](std::size_t button) {
+            if (!alive.expired() && answered) answered(button);
+        });
+}
+
+void RunControl::setButton(ButtonState state) {
+    if (m_outlets.startStopButton != nullptr) m_outlets.startStopButton->setState(state);
+}
+
+void RunControl::setState(State state) {
+    m_state = state;
+    m_host.runStateChanged();
+}
+
+} // namespace orrery
