@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Files.h"
 #include "platform/OrreryError.h"
 
 #include <cstddef>
@@ -21,6 +22,9 @@ class ResultTableMissing : public OrreryError {
 public:
     explicit ResultTableMissing(const std::string& path, const std::string& reason);
 };
+
+/// @throws ResultTableMissing
+[[nodiscard]] ReadableFile openResultTable(const std::string& path);
 
 /// What is taken from a table: `rows` rows of `leadingFields` fields that are passed over and `columns` values.
 struct TableShape {

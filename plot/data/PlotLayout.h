@@ -22,7 +22,7 @@ struct PlotLayout {
     std::vector<std::string> labels; // names of the axis variables, x first, then z
 
     /// Vertices of one curve or surface, and floats per vertex.
-    [[nodiscard]] std::uint32_t verticesPerSurface() const;
+    [[nodiscard]] std::uint64_t verticesPerSurface() const;
     [[nodiscard]] std::uint32_t floatsPerVertex() const { return dimensions == 3 ? 6 : 3; }
 };
 

@@ -28,11 +28,16 @@ struct PlotSource {
 /// x = i ÷ (xEdges ÷ 2) − 1, y = value × scale × 2 ÷ M − 1, in the precision and order that the functions state.
 /// A row behind the end of the row list or of the block is never read; its value counts as 0.
 /// @throws AssertionFailure "Inconsistent float count" when the layout's count of surfaces is not that of `responses`
+/// @throws OrreryError when the vertices would not fit into memory or 32 bits
 [[nodiscard]] std::vector<float> make2DVertexData(const PlotLayout& layout, const PlotSource& source);
 
 /// Surfaces: two triangles per grid cell, normal and position per vertex, cells x-major, flat normals.
 /// y = value × scale ÷ M; both axes run from −1 to 1. @throws as make2DVertexData
 [[nodiscard]] std::vector<float> make3DVertexData(const PlotLayout& layout, const PlotSource& source);
+
+/// The same into memory that the caller has: `vertices` must hold exactly the layout's floats.
+void write2DVertexData(const PlotLayout& layout, const PlotSource& source, std::span<float> vertices);
+void write3DVertexData(const PlotLayout& layout, const PlotSource& source, std::span<float> vertices);
 
 /// One range per curve or surface: (s × P, P).
 [[nodiscard]] std::vector<VertexRange> vertexRanges(const PlotLayout& layout);

@@ -1,0 +1,252 @@
+#include "plot/data/VertexData.h"
+
+#include "platform/Files.h"
+#include "platform/OrreryError.h"
+#include "run/ResultTable.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+namespace orrery {
+
+namespace {
+
+/// The heights of one curve or surface: a column's values at the grid points times a factor.
+class Heights {
+public:
+    Heights(const PlotSource& source, std::size_t column, double perUnit)
+        : m_cells(source.cells), m_rows(source.rows), m_columns(source.responses.size()), m_column(column),
+          m_factor(static_cast<float>(static_cast<double>(source.responses[column].scale()) * perUnit)) {}
+
+    [[nodiscard]] float at(std::size_t point) const {
+        const std::size_t cell = point < m_rows.size() ? m_rows[point] * m_columns + m_column : m_cells.size();
+        return cell < m_cells.size() ? m_cells[cell] * m_factor : 0.0F;
+    }
+
+private:
+    std::span<const float> m_cells;
+    std::span<const std::uint32_t> m_rows;
+    std::size_t m_columns;
+    std::size_t m_column;
+    float m_factor;
+};
+
+/// Position of a grid point on an axis that −1 and +1 bound when `half` is half the number of cells.
+float axisPosition(std::size_t index, float half) {
+    return static_cast<float>(index) / half - 1.0F;
+}
+
+float halfOf(std::int32_t count) {
+    return static_cast<float>(static_cast<double>(count) * 0.5);
+}
+
+float* writeCurve(std::size_t points, float half, const Heights& heights, float* out) {
+    for (std::size_t i = 0; i < points; ++i) {
+        *out++ = axisPosition(i, half);
+        *out++ = heights.at(i) - 1.0F;
+        *out++ = 0.0F;
+    }
+    return out;
+}
+
+struct Vector {
+    float x, y, z;
+};
+
+Vector operator-(const Vector& a, const Vector& b) {
+    return {a.x - b.x, a.y - b.y, a.z - b.z};
+}
+
+Vector cross(const Vector& a, const Vector& b) {
+    return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
+}
+
+/// The direction of a normal whose squared length single precision cannot hold; up when it has none.
+[[gnu::cold]] Vector extremeNormal(const Vector& normal) {
+    const double length = std::hypot(double{normal.x}, double{normal.y}, double{normal.z});
+    if (!(length > 0) || !std::isfinite(length)) {
+        return {0, 1, 0};
+    }
+    return {static_cast<float>(normal.x / length), static_cast<float>(normal.y / length),
+            static_cast<float>(normal.z / length)};
+}
+
+Vector unitNormal(const Vector& a, const Vector& b) {
+    const Vector normal = cross(a, b);
+    const float squared = normal.x * normal.x + normal.y * normal.y + normal.z * normal.z;
+    if (!(squared > 1e-30F && squared < 1e30F)) {
+        return extremeNormal(normal);
+    }
+    const float length = std::sqrt(squared);
+    return {normal.x / length, normal.y / length, normal.z / length};
+}
+
+float* writeVertex(const Vector& normal, const Vector& position, float* out) {
+    const float values[] = {normal.x, normal.y, normal.z, position.x, position.y, position.z};
+    return std::copy(std::begin(values), std::end(values), out);
+}
+
+/// The cells between two neighbouring grid lines of x. The arrays run along z.
+struct Strip {
+    float x0, x1;
+    const float* z;
+    const float* y0; // heights at x0
+    const float* y1; // heights at x1
+};
+
+float* writeStrip(const Strip& strip, std::size_t cells, float* out) {
+    for (std::size_t k = 0; k < cells; ++k) {
+        const Vector p1{strip.x0, strip.y0[k], strip.z[k]};
+        const Vector p2{strip.x0, strip.y0[k + 1], strip.z[k + 1]};
+        const Vector p3{strip.x1, strip.y1[k + 1], strip.z[k + 1]};
+        const Vector p4{strip.x1, strip.y1[k], strip.z[k]};
+        const Vector first = unitNormal(p1 - p2, p2 - p3);
+        const Vector second = unitNormal(p1 - p3, p3 - p4);
+        out = writeVertex(first, p1, out);
+        out = writeVertex(first, p2, out);
+        out = writeVertex(first, p3, out);
+        out = writeVertex(second, p1, out);
+        out = writeVertex(second, p3, out);
+        out = writeVertex(second, p4, out);
+    }
+    return out;
+}
+
+float* writeSurface(const PlotLayout& layout, const Heights& heights, float* out) {
+    const auto cells = static_cast<std::size_t>(layout.zQuads);
+    const std::size_t edges = cells + 1;
+    const float halfX = halfOf(layout.xQuads);
+    const float halfZ = halfOf(layout.zQuads);
+    std::vector<float> z(edges);
+    std::vector<float> y0(edges);
+    std::vector<float> y1(edges);
+    for (std::size_t k = 0; k < edges; ++k) {
+        z[k] = axisPosition(k, halfZ);
+        y1[k] = heights.at(k);
+    }
+    for (std::size_t i = 0; i < static_cast<std::size_t>(layout.xQuads); ++i) {
+        std::swap(y0, y1);
+        for (std::size_t k = 0; k < edges; ++k) {
+            y1[k] = heights.at((i + 1) * edges + k);
+        }
+        out = writeStrip({axisPosition(i, halfX), axisPosition(i + 1, halfX), z.data(), y0.data(), y1.data()}, cells,
+                         out);
+    }
+    return out;
+}
+
+/// Calls write(column) for every included response variable.
+template <typename Write>
+void forEachIncluded(std::span<const ResponseVariable> responses, Write write) {
+    for (std::size_t column = 0; column < responses.size(); ++column) {
+        if (responses[column].includep()) {
+            write(column);
+        }
+    }
+}
+
+/// Greatest finite value of the column, or of its absolute values; `least` when there is none above it.
+float greatestFinite(const PlotSource& source, std::size_t column, bool absolute, float least) {
+    for (std::size_t cell = column; cell < source.cells.size(); cell += source.responses.size()) {
+        const float value = absolute ? std::fabs(source.cells[cell]) : source.cells[cell];
+        least = std::isfinite(value) && value > least ? value : least;
+    }
+    return least;
+}
+
+std::size_t floatCount(const PlotLayout& layout) {
+    const std::uint64_t perSurface = layout.verticesPerSurface() * layout.floatsPerVertex();
+    const auto surfaces = static_cast<std::uint64_t>(std::max(layout.nSurfaces, 0));
+    constexpr std::uint64_t most = std::numeric_limits<std::uint32_t>::max();
+    if (surfaces > 0 && (perSurface > most / surfaces || perSurface * surfaces * sizeof(float) > availableMemory())) {
+        throw OrreryError(fmt::format("A plot of {} responses with {} vertices each does not fit into memory.",
+                                      surfaces, layout.verticesPerSurface()),
+                          {}, "Include fewer responses, or put a variable with fewer values on an axis.");
+    }
+    return perSurface * surfaces;
+}
+
+void requireFloatCount(const PlotLayout& layout, const PlotSource& source, std::size_t floats) {
+    const auto included = std::ranges::count_if(source.responses, &ResponseVariable::includep);
+    if (included != layout.nSurfaces ||
+        floats != static_cast<std::uint64_t>(included) * layout.verticesPerSurface() * layout.floatsPerVertex()) {
+        throw AssertionFailure("Inconsistent float count");
+    }
+}
+
+} // namespace
+
+float overallMaximum(const PlotSource& source) {
+    float maximum = noMaximum;
+    forEachIncluded(source.responses, [&](std::size_t column) {
+        const bool usable = column < source.maxima.size() && std::isfinite(source.maxima[column]);
+        maximum = std::max(maximum, usable ? source.maxima[column] : greatestFinite(source, column, false, noMaximum));
+    });
+    if (maximum > 0.0F) {
+        return maximum;
+    }
+    float largest = 0;
+    forEachIncluded(source.responses,
+                    [&](std::size_t column) { largest = greatestFinite(source, column, true, largest); });
+    return largest > 0.0F ? largest : 1.0F;
+}
+
+std::vector<float> make2DVertexData(const PlotLayout& layout, const PlotSource& source) {
+    std::vector<float> vertices(floatCount(layout));
+    write2DVertexData(layout, source, vertices);
+    return vertices;
+}
+
+std::vector<float> make3DVertexData(const PlotLayout& layout, const PlotSource& source) {
+    std::vector<float> vertices(floatCount(layout));
+    write3DVertexData(layout, source, vertices);
+    return vertices;
+}
+
+void write2DVertexData(const PlotLayout& layout, const PlotSource& source, std::span<float> vertices) {
+    requireFloatCount(layout, source, vertices.size());
+    if (vertices.empty()) {
+        return;
+    }
+    const double perUnit = 2.0 / static_cast<double>(overallMaximum(source));
+    const auto points = static_cast<std::size_t>(layout.xEdges);
+    float* out = vertices.data();
+    forEachIncluded(source.responses, [&](std::size_t column) {
+        out = writeCurve(points, halfOf(layout.xEdges), Heights(source, column, perUnit), out);
+    });
+}
+
+void write3DVertexData(const PlotLayout& layout, const PlotSource& source, std::span<float> vertices) {
+    requireFloatCount(layout, source, vertices.size());
+    if (vertices.empty()) {
+        return;
+    }
+    const double perUnit = 1.0 / static_cast<double>(overallMaximum(source));
+    float* out = vertices.data();
+    forEachIncluded(source.responses,
+                    [&](std::size_t column) { out = writeSurface(layout, Heights(source, column, perUnit), out); });
+}
+
+std::vector<VertexRange> vertexRanges(const PlotLayout& layout) {
+    const auto count = static_cast<std::uint32_t>(layout.verticesPerSurface());
+    std::vector<VertexRange> ranges;
+    for (std::int32_t surface = 0; surface < layout.nSurfaces; ++surface) {
+        ranges.push_back({static_cast<std::uint32_t>(surface) * count, count});
+    }
+    return ranges;
+}
+
+std::vector<Color> surfaceColors(std::span<const ResponseVariable> responses) {
+    std::vector<Color> colors;
+    forEachIncluded(responses, [&](std::size_t column) {
+        const Color& color = responses[column].color();
+        colors.push_back({color.red, color.green, color.blue, 0.9F});
+    });
+    return colors;
+}
+
+} // namespace orrery

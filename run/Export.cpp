@@ -1,0 +1,42 @@
+#include "run/Export.h"
+
+#include "platform/Files.h"
+#include "platform/Numbers.h"
+#include "platform/OrreryError.h"
+
+#include <algorithm>
+
+namespace orrery {
+
+bool isSingleRun(const SetupDictionary& setup) {
+    return pointFromString(setup.textOrEmpty(setup_key::dimensions)) == Point{1, 1};
+}
+
+std::vector<std::string> exportPaths(const SetupDictionary& setup, const std::string& tablePath) {
+    if (isSingleRun(setup)) {
+        return {tablePath};
+    }
+    std::vector<std::string> paths;
+    for (const Entry& output : setup.entries(setup_key::outputs)) {
+        paths.emplace_back(output.text("outputPath"));
+        if (paths.back().empty()) {
+            throw OrreryError("The output " + quotedForMessage(std::string(output.text("portPath"))) +
+                                  " has no path of a result file.",
+                              {}, "Type its path into the outputs table.");
+        }
+    }
+    return paths;
+}
+
+bool exportFilesExist(const SetupDictionary& setup, const std::string& tablePath) {
+    if (isSingleRun(setup)) {
+        return fileExists(tablePath);
+    }
+    const EntryList& outputs = setup.entries(setup_key::outputs);
+    return !outputs.empty() && std::ranges::all_of(outputs, [](const Entry& output) {
+        const std::string* path = output.find("outputPath");
+        return path != nullptr && fileExists(*path);
+    });
+}
+
+} // namespace orrery
