@@ -74,7 +74,8 @@ public:
 
 private:
     using Value = std::variant<std::string, Date, EntryList>;
-    void changed(std::string_view key);
+    void set(std::string_view key, Value value);
+    void changed(const std::string& key);
 
     std::map<std::string, Value, std::less<>> m_values;
     std::multimap<std::string, Observer, std::less<>> m_observers;
