@@ -1,0 +1,54 @@
+#include "plot/picture/PlotPicture.h"
+
+#include "platform/Files.h"
+#include "platform/OrreryError.h"
+#include "platform/egl/EglSurface.h"
+#include "platform/qt/QtTextRasterizer.h"
+#include "plot/GlCheck.h"
+#include "plot/OpenGLPlotView.h"
+
+namespace orrery {
+
+namespace {
+
+/// What a new window's camera is set to.
+void resetView(PlotView& view) {
+    CameraRecord& camera = view.camera();
+    camera.viewPos = {0, 1, 4};
+    camera.viewDir = {0, -2, -10};
+    camera.viewUp = {0, 1, 0};
+    camera.aperture = 40.0;
+    view.setLightHeight(1.0F);
+}
+
+/// Applied behind the build, which may reset the camera.
+void applyRequest(const PlotPictureRequest& request, PlotView& view) {
+    view.camera().viewPos = request.eye.value_or(view.camera().viewPos);
+    view.camera().viewDir = request.lookAt.value_or(view.camera().viewDir);
+    view.setLightHeight(request.lightHeight.value_or(view.lightHeight()));
+    view.setYRotation(request.yRotation);
+}
+
+} // namespace
+
+Pixels renderPlot(const PlotPictureRequest& request, TextRasterizer& rasterizer, const PlotBuilder& build) {
+    EglSurface surface(request.width, request.height, request.samples);
+    if (const std::string missing = missingGlFeature(); !missing.empty()) {
+        throw OrreryError(missing, {}, "Install a newer OpenGL driver.");
+    }
+    OpenGLPlotView view(surface, rasterizer);
+    view.prepareOpenGL();
+    resetView(view);
+    build(view);
+    applyRequest(request, view);
+    view.drawRect();
+    return surface.readPixels();
+}
+
+void renderPlotPng(const std::string& path, const PlotPictureRequest& request, const PlotBuilder& build) {
+    const OffscreenGui gui;
+    QtTextRasterizer rasterizer;
+    replaceFile(path, encodePng(renderPlot(request, rasterizer, build)));
+}
+
+} // namespace orrery
