@@ -22,6 +22,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace orrery {
@@ -114,6 +115,7 @@ public:
     void selectModel();
     void useModel(const std::string& path); // what selectModel does with the chosen file
     [[nodiscard]] const ModelTree& modelTree() const { return m_modelTree; }
+    void setModelTree(ModelTree tree) { m_modelTree = std::move(tree); } // for one that was read already
     [[nodiscard]] const std::optional<Date>& modelModification() const { return m_modelModification; }
     void setModelModification(std::optional<Date> date) { m_modelModification = date; }
 

@@ -1,0 +1,40 @@
+# The front: everything is done by CMake with the presets of CMakePresets.json.
+.DEFAULT_GOAL := help
+.PHONY: help run test bench lint format clean
+sample := samples/crop-two-steppers.orrery
+configured = test -f build/$(1)/build.ninja || cmake --preset $(1)
+
+help: ## Say what there is to make
+	@awk -F ':.*## ' '/^[a-z]+:.*## / { printf "make %-8s %s\n", $$1, $$2 }' Makefile
+
+run: ## Build, run a sample through the engine, print what came out
+	@scripts/install-packages build
+	$(call configured,dev) -DORRERY_TESTS=OFF -DORRERY_BENCH=OFF
+	cmake --build --preset dev --target orrery-batch Zephyr
+	build/dev/bin/orrery-batch run --report $(sample)
+
+test: ## Build everything and run the tests
+	@scripts/install-packages build test
+	cmake --preset dev -DORRERY_TESTS=ON
+	cmake --build --preset dev
+	ctest --preset dev
+
+bench: ## Measure the hot paths in a release build
+	@scripts/install-packages build bench
+	cmake --preset release -DORRERY_TESTS=OFF -DORRERY_BENCH=ON
+	cmake --build --preset release
+	for bench in build/release/bin/*Bench; do $$bench || exit 1; done
+
+lint: ## Check format, clang-tidy, and that every header compiles alone
+	@scripts/install-packages build test lint
+	scripts/check-format
+	cmake --preset dev -DORRERY_TESTS=ON
+	cmake --build --preset dev --target check-headers
+	scripts/check-tidy
+
+format: ## Format all sources
+	@scripts/install-packages lint
+	scripts/check-format --fix
+
+clean: ## Remove everything that was built
+	rm -rf build

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+namespace CLI {
+class App;
+}
+
+namespace orrery {
+
+inline constexpr int exitDone = 0;
+inline constexpr int exitFailed = 1;
+inline constexpr int exitUsage = 2;
+inline constexpr int exitInterrupted = 130;
+
+/// What a subcommand does once its options are read; returns the program's exit code.
+using Action = std::function<int()>;
+
+/// A subcommand: `build` adds its options to the parser and returns what it does with them.
+struct Command {
+    const char* name;
+    const char* help;
+    Action (*build)(CLI::App& parser);
+};
+
+[[nodiscard]] Action buildNewCommand(CLI::App& parser);
+[[nodiscard]] Action buildShowCommand(CLI::App& parser);
+[[nodiscard]] Action buildRewriteCommand(CLI::App& parser);
+[[nodiscard]] Action buildModelCommand(CLI::App& parser);
+[[nodiscard]] Action buildSweepCommand(CLI::App& parser);
+[[nodiscard]] Action buildRunCommand(CLI::App& parser);
+[[nodiscard]] Action buildResultsCommand(CLI::App& parser);
+[[nodiscard]] Action buildPlotCommand(CLI::App& parser);
+[[nodiscard]] Action buildReportCommand(CLI::App& parser);
+
+/// Writes the text to standard error as it is. What cannot be written is lost: nothing is left to tell it to.
+void writeToStandardError(std::string_view text);
+/// Writes "orrery-batch: " and the message to standard error, as one line in one write.
+void printMessage(const std::string& message);
+
+} // namespace orrery

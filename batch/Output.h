@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace orrery {
+
+/// Where a command's result goes: standard output, or a file that appears whole at the end.
+class Output {
+public:
+    /// `target`: a file's path, or "-" for standard output.
+    explicit Output(std::string target);
+
+    void write(std::string_view text);
+    /// Puts out what is still held. Without it a file is left as it was.
+    /// @throws OrreryError when the target did not take everything, as write() does
+    void finish();
+
+private:
+    void flush();
+    [[nodiscard]] bool toStandardOutput() const { return m_target == "-"; }
+
+    std::string m_target;
+    std::string m_held;
+};
+
+} // namespace orrery

@@ -1,0 +1,179 @@
+#include "batch/Command.h"
+#include "batch/JsonWriter.h"
+#include "batch/Output.h"
+#include "batch/ResultJson.h"
+#include "batch/SetupFiles.h"
+#include "platform/Numbers.h"
+#include "platform/OrreryError.h"
+#include "plot/data/VertexData.h"
+#include "run/IndexSet.h"
+
+#include <CLI/CLI.hpp>
+
+#include <charconv>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace orrery {
+namespace {
+
+struct PlotOptions {
+    std::string setup;
+    std::string table;
+    std::string axis1;
+    std::string axis2;
+    std::vector<std::string> hold;
+    std::vector<std::string> include;
+    std::vector<std::string> scale;
+    std::string json = "-";
+};
+
+/// "#3" as 3.
+std::optional<std::size_t> position(std::string_view choice) {
+    std::size_t number = 0;
+    if (!choice.starts_with('#')) {
+        return std::nullopt;
+    }
+    const auto [end, error] = std::from_chars(choice.data() + 1, choice.data() + choice.size(), number);
+    return error == std::errc() && end == choice.data() + choice.size() ? std::optional(number) : std::nullopt;
+}
+
+/// The item of that name, or at that position of the list ("#i", from 0).
+template <typename Item>
+Item& chosen(std::vector<Item>& items, const std::string& choice, const std::string& kind, const std::string& file) {
+    std::vector<std::string> names;
+    for (Item& item : items) {
+        if (item.name() == choice) {
+            return item;
+        }
+        names.push_back(item.name());
+    }
+    if (const auto place = position(choice); place && *place < items.size()) {
+        return items[*place];
+    }
+    throw OrreryError("no " + kind + " '" + quotedForMessage(choice) + "'" + suggestion(choice, names), {.file = file},
+                      "Choose by name, or by position from #0.");
+}
+
+using Assignment = std::pair<std::string, float>;
+
+/// "NAME=NUMBER" in its two halves; the name may hold a "=" itself.
+Assignment assignment(const std::string& text, const std::string& option) {
+    const std::size_t equals = text.rfind('=');
+    if (equals != std::string::npos) {
+        const std::string_view number = std::string_view(text).substr(equals + 1);
+        const ScannedFloat scanned = scanFloat(number);
+        if (scanned.length == number.size() && scanned.length > 0) {
+            return {text.substr(0, equals), scanned.value};
+        }
+    }
+    throw CLI::ValidationError(option, "'" + quotedForMessage(text) + "' is not of the form NAME=NUMBER");
+}
+
+std::vector<Assignment> assignments(const std::vector<std::string>& texts, const std::string& option) {
+    std::vector<Assignment> result;
+    for (const std::string& text : texts) {
+        result.push_back(assignment(text, option));
+    }
+    return result;
+}
+
+void chooseAxes(std::vector<IndependentVariable>& variables, const PlotOptions& options,
+                const std::vector<Assignment>& holds) {
+    std::uint32_t role = 0;
+    for (const std::string* axis : {&options.axis1, &options.axis2}) {
+        ++role;
+        if (!axis->empty()) {
+            chosen(variables, *axis, "sweep variable", options.setup).setFunction(role);
+        }
+    }
+    for (const auto& [name, value] : holds) {
+        chosen(variables, name, "sweep variable", options.setup).setConstant(value);
+    }
+}
+
+void chooseResponses(std::vector<ResponseVariable>& responses, const PlotOptions& options,
+                     const std::vector<Assignment>& scales) {
+    for (const std::string& name : options.include) {
+        chosen(responses, name, "response", options.setup).setValue("includep", true);
+    }
+    for (const auto& [name, value] : scales) {
+        chosen(responses, name, "response", options.setup).setValue("scale", value);
+    }
+}
+
+void writeRanges(JsonWriter& json, const std::vector<VertexRange>& ranges) {
+    json.key("ranges");
+    json.beginArray();
+    for (const VertexRange& range : ranges) {
+        json.beginArray();
+        json.value(range.first);
+        json.value(range.count);
+        json.endArray();
+    }
+    json.endArray();
+}
+
+void writePlot(JsonWriter& json, const PlotLayout& layout, const PlotSource& source) {
+    const bool drawn = layout.dimensions != 0 && layout.nSurfaces != 0;
+    json.beginObject();
+    json.member("dimensions", layout.dimensions);
+    json.key("labels");
+    json.values(layout.labels);
+    writeRanges(json, drawn ? vertexRanges(layout) : std::vector<VertexRange>());
+    json.key("indices");
+    json.values(source.rows);
+    json.key("colors");
+    json.beginArray();
+    for (const Color& color : surfaceColors(source.responses)) {
+        writeColor(json, color);
+    }
+    json.endArray();
+    json.key("vertices");
+    json.values(!drawn                   ? std::vector<float>()
+                : layout.dimensions == 2 ? make2DVertexData(layout, source)
+                                         : make3DVertexData(layout, source));
+    json.endObject();
+}
+
+int plot(const PlotOptions& options) {
+    const std::vector<Assignment> holds = assignments(options.hold, "--hold"); // wrong usage shows before any file
+    const std::vector<Assignment> scales = assignments(options.scale, "--scale");
+    Results results = loadResults(options.setup, tablePathOr(options.table));
+    std::vector<IndependentVariable>& variables = results.grid.variables;
+    std::vector<ResponseVariable>& responses = results.responses.variables;
+    chooseAxes(variables, options, holds);
+    chooseResponses(responses, options, scales);
+    const std::vector<std::uint32_t> rows = currentIndexSet(variables);
+    Output output(options.json);
+    JsonWriter json(output);
+    writePlot(json, plotLayout(variables, responses),
+              {.cells = results.table.cells, .maxima = results.table.maxima, .responses = responses, .rows = rows});
+    output.write("\n");
+    output.finish();
+    return exitDone;
+}
+
+} // namespace
+
+Action buildPlotCommand(CLI::App& parser) {
+    const auto options = std::make_shared<PlotOptions>();
+    parser.add_option("SETUP", options->setup, "The setup file that was run")->required();
+    parser.add_option("--table", options->table, "The result table (default: the last run's)");
+    parser.add_option("--axis1", options->axis1, "Sweep variable with the role 1: a name, or #i from 0");
+    parser.add_option("--axis2", options->axis2, "Sweep variable with the role 2");
+    parser.add_option("--hold", options->hold, "V=VALUE, where a variable off the axes is held")
+        ->allow_extra_args(false);
+    parser.add_option("--include", options->include, "Response to draw: a name, or #i from 0")->allow_extra_args(false);
+    parser.add_option("--scale", options->scale, "R=S, factor on a response")->allow_extra_args(false);
+    parser.add_option("--json", options->json, "File to write, - for standard output");
+    return [options] { return plot(*options); };
+}
+
+} // namespace orrery

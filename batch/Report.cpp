@@ -1,0 +1,131 @@
+#include "batch/Report.h"
+
+#include "platform/Numbers.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+#include <string_view>
+
+namespace orrery {
+namespace {
+
+constexpr std::size_t courseWidth = 40;
+
+/// Sum and count of finite values, with their bounds.
+struct Statistics {
+    double sum = 0;
+    double least = std::numeric_limits<double>::infinity();
+    double greatest = -std::numeric_limits<double>::infinity();
+    std::uint64_t count = 0;
+
+    void add(double value) {
+        if (std::isfinite(value)) {
+            sum += value;
+            least = std::min(least, value);
+            greatest = std::max(greatest, value);
+            ++count;
+        }
+    }
+    [[nodiscard]] double mean() const { return sum / static_cast<double>(count); } // not a number without values
+};
+
+/// Per value of the first sweep variable, the mean of the column over all others; `all` takes every cell.
+std::vector<double> courseOverFirst(const ReportSource& source, std::size_t column, Statistics& all) {
+    const IndependentVariable& first = source.variables.front();
+    std::vector<double> course;
+    for (std::uint32_t index = 0; index < first.stridesPerCycle(); ++index) {
+        Statistics slice;
+        for (std::uint32_t row = index * first.stride(); row < (index + 1) * first.stride(); ++row) {
+            const double value = static_cast<double>(source.cells[row * source.responses.size() + column]);
+            slice.add(value);
+            all.add(value);
+        }
+        course.push_back(slice.mean());
+    }
+    return course;
+}
+
+/// Characters on the screen, counting one for each code point.
+std::size_t displayWidth(std::string_view text) {
+    return static_cast<std::size_t>(
+        std::ranges::count_if(text, [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U; }));
+}
+
+std::string padded(std::string_view text, std::size_t width) {
+    return std::string(text) + std::string(width - std::min(width, displayWidth(text)), ' ');
+}
+
+std::size_t widest(const auto& named) {
+    std::size_t width = 8;
+    for (const auto& item : named) {
+        width = std::max(width, displayWidth(item.name()));
+    }
+    return width;
+}
+
+std::string gridText(const ReportSource& source) {
+    const std::size_t width = widest(source.variables);
+    std::string text = "Grid\n";
+    for (const IndependentVariable& variable : source.variables) {
+        text += fmt::format("  {}  {} to {} by {}, {} values\n", padded(variable.name(), width),
+                            shortestText(variable.start()), shortestText(variable.stop()),
+                            shortestText(variable.step()), variable.stridesPerCycle());
+    }
+    return text + fmt::format("  {} rows\n", source.nRowsOfData);
+}
+
+std::string responseText(const ReportSource& source) {
+    if (source.responses.empty()) {
+        return "No responses: no recorded output of the model stands in the table's header.\n";
+    }
+    const std::size_t width = widest(source.responses);
+    std::string text = fmt::format("{}  {:>10} {:>10} {:>10}  mean over {}\n", padded("Response", width + 2), "minimum",
+                                   "mean", "maximum", source.variables.front().name());
+    for (std::size_t column = 0; column < source.responses.size(); ++column) {
+        Statistics all;
+        const std::vector<double> course = courseOverFirst(source, column, all);
+        text += fmt::format("  {}  ", padded(source.responses[column].name(), width));
+        text += all.count == 0 ? "no numbers\n"
+                               : fmt::format("{:>10.5} {:>10.5} {:>10.5}  {}\n", all.least, all.mean(), all.greatest,
+                                             blockCourse(course, courseWidth));
+    }
+    return text;
+}
+
+} // namespace
+
+std::string reportText(const ReportSource& source) {
+    std::string text = gridText(source) + "\n" + responseText(source) + "\nFiles\n";
+    for (const std::string& file : source.files) {
+        text += "  " + file + "\n";
+    }
+    return text;
+}
+
+std::string blockCourse(std::span<const double> values, std::size_t width) {
+    constexpr std::array<std::string_view, 8> blocks{"▁", "▂", "▃", "▄", "▅", "▆", "▇", "█"};
+    const std::size_t characters = std::min(values.size(), width);
+    Statistics all;
+    std::vector<double> heights;
+    for (std::size_t i = 0; i < characters; ++i) {
+        Statistics shared;
+        for (std::size_t j = i * values.size() / characters; j < (i + 1) * values.size() / characters; ++j) {
+            shared.add(values[j]);
+        }
+        heights.push_back(shared.mean());
+        all.add(heights.back());
+    }
+    std::string text;
+    for (const double height : heights) {
+        const double share = all.greatest > all.least ? (height - all.least) / (all.greatest - all.least) : 0;
+        text += std::isfinite(height) ? blocks.at(static_cast<std::size_t>(std::min(share * 8, 7.0))) : " ";
+    }
+    return text;
+}
+
+} // namespace orrery

@@ -1,0 +1,99 @@
+#include "batch/Command.h"
+#include "batch/JsonWriter.h"
+#include "batch/Output.h"
+#include "batch/ResultJson.h"
+#include "batch/SetupFiles.h"
+#include "platform/Numbers.h"
+
+#include <CLI/CLI.hpp>
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace orrery {
+namespace {
+
+struct ResultOptions {
+    std::string setup;
+    std::string table;
+    std::string csv;
+    bool summary = false;
+};
+
+/// A field of a CSV line, in quotes where it must be.
+std::string csvField(const std::string& text) {
+    if (text.find_first_of(",\"\r\n") == std::string::npos) {
+        return text;
+    }
+    std::string quoted = "\"";
+    for (const char character : text) {
+        quoted.append(character == '"' ? 2 : 1, character);
+    }
+    return quoted + '"';
+}
+
+void writeCsvHeader(Output& output, const Results& results) {
+    const char* separator = "";
+    for (const IndependentVariable& variable : results.grid.variables) {
+        output.write(separator + csvField(variable.name()));
+        separator = ",";
+    }
+    for (const ResponseVariable& response : results.responses.variables) {
+        output.write(separator + csvField(response.name()));
+    }
+    output.write("\n");
+}
+
+/// One line per row: the value of every sweep variable there, then every response.
+void writeCsv(Output& output, const Results& results) {
+    writeCsvHeader(output, results);
+    const std::size_t columns = results.responses.variables.size();
+    for (std::uint32_t row = 0; row < results.grid.nRowsOfData; ++row) {
+        const char* separator = "";
+        for (const IndependentVariable& variable : results.grid.variables) {
+            const std::uint32_t index = row / variable.stride() % variable.stridesPerCycle();
+            output.write(separator + shortestText(valueAtIndex(variable, index)));
+            separator = ",";
+        }
+        for (std::size_t column = 0; column < columns; ++column) {
+            output.write(separator + shortestText(results.table.cells[row * columns + column]));
+        }
+        output.write("\n");
+    }
+}
+
+int printResults(const ResultOptions& options) {
+    const Results results = loadResults(options.setup, tablePathOr(options.table));
+    Output output(options.csv.empty() ? "-" : options.csv);
+    if (options.csv.empty()) {
+        JsonWriter json(output);
+        writeResults(json,
+                     {.labels = results.responses.labels,
+                      .responses = results.responses.variables,
+                      .nRowsOfData = results.grid.nRowsOfData,
+                      .maxima = results.table.maxima,
+                      .cells = results.table.cells},
+                     options.summary);
+        output.write("\n");
+    } else {
+        writeCsv(output, results);
+    }
+    output.finish();
+    return exitDone;
+}
+
+} // namespace
+
+Action buildResultsCommand(CLI::App& parser) {
+    const auto options = std::make_shared<ResultOptions>();
+    parser.add_option("SETUP", options->setup, "The setup file that was run")->required();
+    parser.add_option("--table", options->table, "The result table (default: the last run's)");
+    auto* summary = parser.add_flag("--summary", options->summary, "Leave the data out");
+    parser.add_option("--csv", options->csv, "Write the data as CSV to a file, - for standard output")
+        ->excludes(summary);
+    return [options] { return printResults(*options); };
+}
+
+} // namespace orrery

@@ -1,0 +1,83 @@
+#include "batch/Command.h"
+#include "batch/JsonWriter.h"
+#include "batch/Output.h"
+#include "batch/SetupFiles.h"
+#include "document/setup/SetupWriter.h"
+#include "platform/Date.h"
+#include "platform/Files.h"
+
+#include <CLI/CLI.hpp>
+
+#include <array>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace orrery {
+namespace {
+
+constexpr std::array keysInOrder{setup_key::modelPath, setup_key::stepsPerDay, setup_key::startDay,
+                                 setup_key::runLength, setup_key::reportStep,  setup_key::dimensions,
+                                 setup_key::gcd,       setup_key::outputs,     setup_key::initializations,
+                                 setup_key::steppers};
+
+void writeEntries(JsonWriter& json, const EntryList& entries) {
+    json.beginArray();
+    for (const Entry& entry : entries) {
+        json.beginObject();
+        for (const auto& [key, value] : entry) {
+            json.member(key, value);
+        }
+        json.endObject();
+    }
+    json.endArray();
+}
+
+/// The dictionary under its own keys; an absent key is absent.
+void writeSetup(JsonWriter& json, const SetupDictionary& setup) {
+    json.beginObject();
+    for (const std::string_view key : keysInOrder) {
+        if (const std::string* text = setup.text(key)) {
+            json.member(key, *text);
+        } else if (const EntryList* entries = setup.list(key)) {
+            json.key(key);
+            writeEntries(json, *entries);
+        } else if (key == setup_key::startDay && setup.startDay()) {
+            json.member(key, dateDescription(*setup.startDay()));
+        }
+    }
+    json.endObject();
+}
+
+int show(const std::string& setupPath) {
+    const SetupDictionary setup = loadSetup(setupPath);
+    Output output("-");
+    JsonWriter json(output);
+    writeSetup(json, setup);
+    output.write("\n");
+    output.finish();
+    return exitDone;
+}
+
+int rewrite(const std::string& setupPath, const std::string& outPath) {
+    replaceFile(outPath, setupFileBytes(loadSetup(setupPath), outPath));
+    return exitDone;
+}
+
+} // namespace
+
+Action buildShowCommand(CLI::App& parser) {
+    const auto setup = std::make_shared<std::string>();
+    parser.add_option("SETUP", *setup, "The setup file")->required();
+    return [setup] { return show(*setup); };
+}
+
+Action buildRewriteCommand(CLI::App& parser) {
+    const auto setup = std::make_shared<std::string>();
+    const auto out = std::make_shared<std::string>();
+    parser.add_option("SETUP", *setup, "The setup file to read")->required();
+    parser.add_option("OUT", *out, "The setup file to write; an old one is replaced whole")->required();
+    return [setup, out] { return rewrite(*setup, *out); };
+}
+
+} // namespace orrery

@@ -1,0 +1,96 @@
+#include "batch/SetupFiles.h"
+
+#include "batch/Command.h"
+#include "document/setup/ModelPath.h"
+#include "document/setup/SetupReader.h"
+#include "platform/Files.h"
+#include "platform/OrreryError.h"
+#include "platform/TemporaryDirectory.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstddef>
+#include <string_view>
+#include <utility>
+
+namespace orrery {
+namespace {
+
+/// The fewest single characters to insert, remove or exchange that turn one text into the other.
+std::size_t editDistance(std::string_view from, std::string_view to) {
+    std::vector<std::size_t> row(to.size() + 1);
+    for (std::size_t i = 0; i < row.size(); ++i) {
+        row[i] = i;
+    }
+    for (std::size_t i = 0; i < from.size(); ++i) {
+        std::size_t diagonal = std::exchange(row[0], i + 1);
+        for (std::size_t j = 0; j < to.size(); ++j) {
+            const std::size_t exchanged = diagonal + (from[i] == to[j] ? 0 : 1);
+            diagonal = row[j + 1];
+            row[j + 1] = std::min({exchanged, row[j] + 1, diagonal + 1});
+        }
+    }
+    return row.back();
+}
+
+std::string listed(const std::vector<std::string>& names) {
+    constexpr std::size_t most = 8;
+    std::string text;
+    for (std::size_t i = 0; i < std::min(names.size(), most); ++i) {
+        text += (i == 0 ? "'" : ", '") + quotedForMessage(names[i]) + "'";
+    }
+    return names.size() > most ? text + ", …" : text;
+}
+
+} // namespace
+
+SetupDictionary loadSetup(const std::string& setupPath) {
+    LoadedSetup loaded = readSetup(readWholeFile(setupPath), setupPath);
+    if (!loaded.parsed) {
+        throw OrreryError(loaded.fault);
+    }
+    return std::move(loaded.dictionary);
+}
+
+ModelTree loadModel(const SetupDictionary& setup, const std::string& setupPath) {
+    const std::string modelPath = resolvedModelPath(setup.textOrEmpty(setup_key::modelPath), setupPath);
+    if (modelPath.empty()) {
+        throw OrreryError("names no model.", {.file = setupPath},
+                          "Give it one, for example with the option --model of "
+                          "orrery-batch new.");
+    }
+    return nodesFromDictionaries(readModelFile(modelPath), modelPath);
+}
+
+std::string tablePathOr(const std::string& tablePath) {
+    return tablePath.empty() ? resultTablePath(temporaryDirectory()) : tablePath;
+}
+
+Results loadResults(const std::string& setupPath, const std::string& tablePath) {
+    const SetupDictionary setup = loadSetup(setupPath);
+    Results results{.grid = constructIndependentVariables(setup, currentCalendar()), .responses = {}, .table = {}};
+    const std::size_t sweepVariables = results.grid.variables.size();
+    results.responses = constructDependentVariables(loadModel(setup, setupPath), sweepVariables, tablePath);
+    const TableShape shape{.rows = results.grid.nRowsOfData,
+                           .leadingFields = sweepVariables + 1,
+                           .columns = results.responses.variables.size()};
+    results.table = readResultTable(tablePath, shape);
+    for (const std::string& note : results.table.notes(shape)) {
+        printMessage(tablePath + ": " + note);
+    }
+    return results;
+}
+
+std::string suggestion(const std::string& wrong, const std::vector<std::string>& valid) {
+    if (valid.empty()) {
+        return "; there is none";
+    }
+    const auto distance = [&](const std::string& name) { return editDistance(wrong, name); };
+    const std::string& nearest = *std::ranges::min_element(valid, {}, distance);
+    if (distance(nearest) <= std::max<std::size_t>(2, nearest.size() / 3)) {
+        return "; did you mean '" + quotedForMessage(nearest) + "'?";
+    }
+    return "; there is " + listed(valid);
+}
+
+} // namespace orrery

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "document/setup/SetupDictionary.h"
+#include "model/ModelTree.h"
+#include "run/ResponseVariables.h"
+#include "run/ResultTable.h"
+#include "run/SweepVariables.h"
+
+#include <string>
+
+namespace orrery {
+
+/// The setup in the file. @throws OrreryError also when its bytes are no XML document
+[[nodiscard]] SetupDictionary loadSetup(const std::string& setupPath);
+
+/// The model that the setup in the file names. @throws OrreryError also when it names none
+[[nodiscard]] ModelTree loadModel(const SetupDictionary& setup, const std::string& setupPath);
+
+/// The result table that a command reads: the one named, or the last run's in the temporary directory.
+[[nodiscard]] std::string tablePathOr(const std::string& tablePath);
+
+/// What a run left, read without running.
+struct Results {
+    SweepGrid grid;
+    ResponseVariables responses;
+    ResultTable table;
+};
+
+/// Reads the results of the setup from the table. What the user should know of the table goes to standard error.
+[[nodiscard]] Results loadResults(const std::string& setupPath, const std::string& tablePath);
+
+/// "; did you mean 'x'?" for the valid name that is nearest to the wrong one, or the valid ones when none is near.
+[[nodiscard]] std::string suggestion(const std::string& wrong, const std::vector<std::string>& valid);
+
+} // namespace orrery

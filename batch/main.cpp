@@ -1,0 +1,71 @@
+#include "batch/Command.h"
+
+#include <CLI/CLI.hpp>
+
+#include <array>
+#include <csignal>
+#include <cstddef>
+#include <exception>
+#include <iostream>
+#include <new>
+#include <string>
+#include <vector>
+
+namespace orrery {
+namespace {
+
+constexpr std::array commands{
+    Command{"new", "Make a setup file", buildNewCommand},
+    Command{"show", "Print a setup as JSON", buildShowCommand},
+    Command{"rewrite", "Read a setup and write it again", buildRewriteCommand},
+    Command{"model", "Print a model's levels, parts and ports as JSON", buildModelCommand},
+    Command{"sweep", "Print the grid that a setup sweeps as JSON", buildSweepCommand},
+    Command{"run", "Run a setup through the engine", buildRunCommand},
+    Command{"results", "Print the results of a run as JSON or CSV", buildResultsCommand},
+    Command{"plot", "Write the vertices of a plot of the results", buildPlotCommand},
+    Command{"report", "Print the results of a run for people", buildReportCommand},
+};
+
+int usage(const CLI::App& parser, const CLI::ParseError& error) {
+    if (error.get_exit_code() == 0) { // --help
+        return parser.exit(error) == 0 && std::cout.flush() ? exitDone : exitFailed;
+    }
+    printMessage(std::string(error.what()) + ". Ask for the options with --help.");
+    return exitUsage;
+}
+
+int run(int argc, char** argv) {
+    CLI::App parser{"Orrery without a window: sets up, runs and reads parameter sweeps.", "orrery-batch"};
+    parser.require_subcommand(1);
+    std::vector<Action> actions;
+    for (const Command& command : commands) {
+        actions.push_back(command.build(*parser.add_subcommand(command.name, command.help)));
+    }
+    try {
+        parser.parse(argc, argv);
+        for (std::size_t i = 0; i < commands.size(); ++i) {
+            if (parser.got_subcommand(commands.at(i).name)) {
+                return actions[i]();
+            }
+        }
+        return exitUsage;
+    } catch (const CLI::ParseError& error) {
+        return usage(parser, error);
+    }
+}
+
+} // namespace
+} // namespace orrery
+
+int main(int argc, char** argv) {
+    std::signal(SIGPIPE, SIG_IGN); // a reader that went away is a failed write, which is reported
+    std::signal(SIGXFSZ, SIG_IGN); // so is a file beyond the size limit
+    try {
+        return orrery::run(argc, argv);
+    } catch (const std::bad_alloc&) {
+        orrery::printMessage("there is not enough memory. Close other programs, or choose a smaller grid.");
+    } catch (const std::exception& error) {
+        orrery::printMessage(error.what());
+    }
+    return orrery::exitFailed;
+}
