@@ -1,5 +1,6 @@
 #include "platform/qt/QtTextRasterizer.h"
 
+#include "platform/Log.h"
 #include "platform/OrreryError.h"
 
 #include <QFont>
@@ -55,15 +56,36 @@ QImage drawn(const QString& line, const QFont& font, const QColor& color, int ma
     return image.convertToFormat(QImage::Format_RGBX8888); // no pixel is translucent, whatever the font engine did
 }
 
+/// Keeps Qt's advice about the session (no runtime directory and the like) out of the user's terminal.
+class QuietStart {
+public:
+    QuietStart() { previous = qInstallMessageHandler(&QuietStart::pass); }
+    QuietStart(const QuietStart&) = delete;
+    QuietStart& operator=(const QuietStart&) = delete;
+    ~QuietStart() { qInstallMessageHandler(previous); }
+
+private:
+    static void pass(QtMsgType type, const QMessageLogContext&, const QString& message) {
+        if (type == QtCriticalMsg || type == QtFatalMsg) {
+            logLine(message.toStdString());
+        }
+    }
+    static inline QtMessageHandler previous = nullptr;
+};
+
 } // namespace
 
 OffscreenGui::OffscreenGui() {
     if (QCoreApplication::instance() == nullptr) {
+        // The application keeps both references for its life, and takes the options that it knows out of the list.
         static std::array<char, 7> name{"orrery"};
         static std::array<char, 10> option{"-platform"};
         static std::array<char, 10> platform{"offscreen"};
-        static std::array<char*, 4> arguments{name.data(), option.data(), platform.data(), nullptr};
-        static int count = 3;
+        static std::array<char*, 4> arguments{};
+        static int count = 0;
+        arguments = {name.data(), option.data(), platform.data(), nullptr};
+        count = 3;
+        const QuietStart quiet;
         m_application = std::make_unique<QGuiApplication>(count, arguments.data());
     } else if (qobject_cast<QGuiApplication*>(QCoreApplication::instance()) == nullptr) {
         throw AssertionFailure("Text is drawn in an application without fonts.");
