@@ -1,0 +1,213 @@
+#include "platform/OrreryError.h"
+#include "plot/data/PlotLayout.h"
+#include "plot/data/VertexData.h"
+#include "run/IndexSet.h"
+#include "run/ResultTable.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <numeric>
+
+namespace orrery {
+namespace {
+
+using testing::ElementsAre;
+using testing::FloatEq;
+using testing::IsEmpty;
+using testing::Pointwise;
+
+constexpr float nan = std::numeric_limits<float>::quiet_NaN();
+constexpr float inf = std::numeric_limits<float>::infinity();
+
+IndependentVariable axis(const char* name, std::uint32_t function, std::uint32_t count) {
+    IndependentVariable variable;
+    variable.setName(name);
+    variable.setFunction(function);
+    variable.setStridesPerCycle(count);
+    return variable;
+}
+
+std::vector<ResponseVariable> responses(const std::vector<bool>& included, float scale = 1) {
+    std::vector<ResponseVariable> result(included.size());
+    for (std::size_t n = 0; n < included.size(); ++n) {
+        result[n].setValue("includep", static_cast<bool>(included[n]));
+        result[n].setValue("scale", scale);
+        result[n].setValue("color", Color{static_cast<float>(n), 0, 0.5F, 1});
+    }
+    return result;
+}
+
+/// A block of results, all rows of it on the axes, with the maxima that the table's reader gives.
+struct Results {
+    Results(std::vector<float> values, const std::vector<bool>& included, float scale = 1)
+        : cells(std::move(values)), variables(responses(included, scale)), maxima(variables.size(), noMaximum),
+          rows(cells.size() / variables.size()) {
+        for (std::size_t n = 0; n < cells.size(); ++n) {
+            float& maximum = maxima[n % maxima.size()];
+            maximum = cells[n] > maximum ? cells[n] : maximum;
+        }
+        std::iota(rows.begin(), rows.end(), 0U);
+    }
+
+    [[nodiscard]] PlotSource source() const { return {cells, maxima, variables, rows}; }
+    [[nodiscard]] PlotLayout layout(const std::vector<IndependentVariable>& axes) const {
+        return plotLayout(axes, variables);
+    }
+
+    std::vector<float> cells;
+    std::vector<ResponseVariable> variables;
+    std::vector<float> maxima;
+    std::vector<std::uint32_t> rows;
+};
+
+struct LayoutCase {
+    const char* name;
+    std::vector<IndependentVariable> axes;
+    std::uint32_t dimensions;
+    std::vector<std::int32_t> counts; // xEdges, xQuads, zEdges, zQuads
+    std::uint64_t vertices;
+    std::vector<std::string> labels;
+};
+
+class Layout : public testing::TestWithParam<LayoutCase> {};
+
+TEST_P(Layout, PutsTheAxisVariablesInListOrder) {
+    const LayoutCase& row = GetParam();
+    const PlotLayout layout = plotLayout(row.axes, responses({true, false, true}));
+    EXPECT_EQ(layout.dimensions, row.dimensions);
+    EXPECT_EQ((std::vector{layout.xEdges, layout.xQuads, layout.zEdges, layout.zQuads}), row.counts);
+    EXPECT_EQ(layout.verticesPerSurface(), row.vertices);
+    EXPECT_EQ(layout.labels, row.labels);
+    EXPECT_EQ(layout.nSurfaces, row.dimensions == 0 ? 0 : 2);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Axes, Layout,
+    testing::Values(
+        LayoutCase{"none", {axis("a", 0, 3), axis("day", 0, 5)}, 0, {0, 0, 0, 0}, 0, {}},
+        LayoutCase{"curve", {axis("a", 0, 3), axis("day", 2, 5)}, 2, {5, 4, 0, 0}, 5, {"day"}},
+        LayoutCase{"surface", {axis("a", 2, 3), axis("b", 0, 9), axis("c", 1, 4)}, 3, {3, 2, 4, 3}, 36, {"a", "c"}},
+        LayoutCase{"singleValueLeavesX", {axis("a", 1, 1), axis("b", 2, 4)}, 2, {4, 3, 0, 0}, 4, {"a", "b"}},
+        LayoutCase{"surfaceWithoutCells", {axis("a", 1, 3), axis("b", 2, 1)}, 3, {3, 2, 1, 0}, 0, {"a", "b"}},
+        LayoutCase{"noValuesOnEither", {axis("a", 1, 0), axis("b", 2, 0)}, 3, {0, -1, 0, -1}, 0, {"a", "b"}}),
+    [](const auto& row) { return row.param.name; });
+
+TEST(AxisRole, IsHeldByOneVariableAtATime) {
+    std::vector<IndependentVariable> variables = {axis("a", 1, 3), axis("b", 2, 3), axis("day", 1, 3)};
+    RoleChange change = claimAxisRole(variables, 2);
+    EXPECT_THAT(change.disabled, ElementsAre(2));
+    EXPECT_THAT(change.enabled, ElementsAre(0));
+    EXPECT_EQ(variables[0].function(), 0U);
+    EXPECT_EQ(variables[1].function(), 2U);
+    variables[2].setFunction(0);
+    change = claimAxisRole(variables, 2);
+    EXPECT_THAT(change.disabled, IsEmpty());
+    EXPECT_THAT(change.enabled, ElementsAre(2));
+}
+
+TEST(Curves, RunFromMinusOneAndReachOneAtTheMaximum) {
+    const Results results({9, 0, 0, 9, 0, 1, 9, 0, 2, 9, 0, 3, 9, 0, 4}, {false, false, true});
+    const auto vertices = make2DVertexData(results.layout({axis("day", 1, 5)}), results.source());
+    EXPECT_THAT(vertices, Pointwise(FloatEq(), {-1.0F, -1.0F, 0.0F, -0.6F, -0.5F, 0.0F, -0.2F, 0.0F, 0.0F, //
+                                                0.2F, 0.5F, 0.0F, 0.6F, 1.0F, 0.0F}));
+}
+
+TEST(Curves, NeverReadPastTheRowsOrTheBlock) {
+    Results results({4, 2, 4, 2}, {true});
+    const PlotLayout layout = results.layout({axis("day", 1, 4)});
+    results.rows = {0, 999};
+    const auto vertices = make2DVertexData(layout, results.source());
+    EXPECT_THAT((std::vector{vertices[1], vertices[4], vertices[7], vertices[10]}), ElementsAre(1, -1, -1, -1));
+}
+
+TEST(Surfaces, HaveTwoTrianglesACellWithFlatNormals) {
+    // One cell; along x from 0 to 1, along z from 0 to 2 on the far side only; scale 2 doubles the heights.
+    const Results results({0, 1, 2, 4}, {true}, 2);
+    const PlotLayout layout = results.layout({axis("a", 1, 2), axis("b", 2, 2)});
+    const auto vertices = make3DVertexData(layout, results.source());
+    const auto vertex = [&](std::size_t n) { return std::vector(&vertices[n * 6], &vertices[n * 6 + 6]); };
+    // Corners (x, y, z): (-1, 0, -1), (-1, 0.5, 1), (1, 2, 1), (1, 1, -1)
+    const float first = std::sqrt(3 * 3 + 4 * 4 + 1 * 1.0F);
+    const float second = std::sqrt(2 * 2 + 4 * 4 + 2 * 2.0F);
+    ASSERT_EQ(vertices.size(), 36U);
+    EXPECT_THAT(vertex(0), Pointwise(FloatEq(), {-3 / first, 4 / first, -1 / first, -1.0F, 0.0F, -1.0F}));
+    EXPECT_THAT(vertex(1), Pointwise(FloatEq(), {-3 / first, 4 / first, -1 / first, -1.0F, 0.5F, 1.0F}));
+    EXPECT_THAT(vertex(2), Pointwise(FloatEq(), {-3 / first, 4 / first, -1 / first, 1.0F, 2.0F, 1.0F}));
+    EXPECT_THAT(vertex(3), Pointwise(FloatEq(), {-2 / second, 4 / second, -2 / second, -1.0F, 0.0F, -1.0F}));
+    EXPECT_THAT(vertex(4), Pointwise(FloatEq(), {-2 / second, 4 / second, -2 / second, 1.0F, 2.0F, 1.0F}));
+    EXPECT_THAT(vertex(5), Pointwise(FloatEq(), {-2 / second, 4 / second, -2 / second, 1.0F, 1.0F, -1.0F}));
+}
+
+TEST(Surfaces, FollowOneAnotherWithCellsXMajor) {
+    std::vector<float> cells;
+    for (int point = 0; point < 12; ++point) {
+        cells.insert(cells.end(), {static_cast<float>(point), -1.0F, 11.0F});
+    }
+    const Results results(cells, {true, false, true});
+    const PlotLayout layout = results.layout({axis("a", 1, 3), axis("b", 2, 4)});
+    const auto vertices = make3DVertexData(layout, results.source());
+    ASSERT_EQ(vertices.size(), 2U * 216U);
+    EXPECT_THAT(vertexRanges(layout), ElementsAre(VertexRange{0, 36}, VertexRange{36, 36}));
+    for (std::size_t cell = 0; cell < 6; ++cell) {
+        const std::size_t i = cell / 3;
+        const std::size_t k = cell % 3;
+        const float* corner = &vertices[cell * 36];
+        EXPECT_FLOAT_EQ(corner[3], static_cast<float>(i) - 1);
+        EXPECT_FLOAT_EQ(corner[4], static_cast<float>(i * 4 + k) / 11);
+        EXPECT_FLOAT_EQ(corner[5], static_cast<float>(k) / 1.5F - 1);
+        EXPECT_THAT(std::vector(corner + 216, corner + 219), ElementsAre(0, 1, 0)); // the flat one
+        EXPECT_LT(corner[0], 0);                                                    // rises along x
+    }
+}
+
+TEST(Surfaces, HaveFiniteNormalsWhateverTheHeights) {
+    const Results results({1e30F, 1, nan, 4, inf, 6, 0, -1e30F, 9}, {true}, 1e20F);
+    const auto vertices = make3DVertexData(results.layout({axis("a", 1, 3), axis("b", 2, 3)}), results.source());
+    for (std::size_t n = 0; n < vertices.size(); n += 6) {
+        EXPECT_NEAR(std::hypot(vertices[n], vertices[n + 1], vertices[n + 2]), 1, 1e-6) << "vertex " << n / 6;
+    }
+}
+
+TEST(PlotData, IsRefusedWhenTheLayoutCountsOtherSurfaces) {
+    const Results results({1, 2, 3, 4}, {true});
+    PlotLayout layout = results.layout({axis("a", 1, 2), axis("b", 2, 2)});
+    layout.nSurfaces = 2;
+    EXPECT_THROW((void)make3DVertexData(layout, results.source()), AssertionFailure);
+    layout.nSurfaces = 1;
+    layout.xQuads = layout.zQuads = 1'000'000;
+    EXPECT_THROW((void)make3DVertexData(layout, results.source()), OrreryError);
+}
+
+struct MaximumCase {
+    const char* name;
+    std::vector<float> cells; // two columns
+    std::vector<bool> included;
+    float maximum;
+};
+
+class Maximum : public testing::TestWithParam<MaximumCase> {};
+
+TEST_P(Maximum, IsPositiveAndFinite) {
+    const MaximumCase& row = GetParam();
+    EXPECT_EQ(overallMaximum(Results(row.cells, row.included).source()), row.maximum);
+}
+
+INSTANTIATE_TEST_SUITE_P(Columns, Maximum,
+                         testing::Values(MaximumCase{"ofIncludedOnly", {1, 9, 3, 2}, {true, false}, 3},
+                                         MaximumCase{"overAllIncluded", {1, 9, 3, 2}, {true, true}, 9},
+                                         MaximumCase{"negativeBecomesAbsolute", {-1, -9, -3, 0}, {true, true}, 9},
+                                         MaximumCase{"allZeroBecomesOne", {0, 7, 0, 7}, {true, false}, 1},
+                                         MaximumCase{"infinityTakesNoPart", {inf, 2, 5, nan}, {true, true}, 5},
+                                         MaximumCase{"nothingFinite", {inf, nan, -inf, nan}, {true, true}, 1},
+                                         MaximumCase{"farBelow", {-4e9F, 0, -inf, 0}, {true, false}, 4e9F}),
+                         [](const auto& row) { return row.param.name; });
+
+TEST(SurfaceColors, AreThoseOfTheIncludedResponses) {
+    EXPECT_THAT(surfaceColors(responses({false, true})), ElementsAre(Color{1, 0, 0.5F, 0.9F}));
+}
+
+} // namespace
+} // namespace orrery

@@ -1,0 +1,62 @@
+#include "run/Export.h"
+
+#include "platform/OrreryError.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+namespace orrery {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+SetupDictionary spatialSetup(EntryList outputs) {
+    SetupDictionary setup;
+    setup.setText(setup_key::dimensions, "{ 10, 10 }");
+    setup.setList(setup_key::outputs, std::move(outputs));
+    return setup;
+}
+
+TEST(Export, SendsTheTableOfASingleRunAndTheOutputFilesOfASpatialOne) {
+    const EntryList outputs = {{{"portPath", "/P/b"}, {"outputPath", "/r/b"}},
+                               {{"portPath", "/P/a"}, {"outputPath", "/r/a"}}};
+    SetupDictionary setup = spatialSetup(outputs);
+    EXPECT_THAT(exportPaths(setup, "/t/Zephyr.txt"), ElementsAre("/r/b", "/r/a"));
+    for (const char* single : {"{ 1, 1 }", "{1,1}", "{1.0, 1e0}"}) {
+        setup.setText(setup_key::dimensions, single);
+        EXPECT_THAT(exportPaths(setup, "/t/Zephyr.txt"), ElementsAre("/t/Zephyr.txt")) << single;
+    }
+    setup.remove(setup_key::dimensions);
+    EXPECT_FALSE(isSingleRun(setup));
+}
+
+TEST(Export, NamesTheOutputWithoutAPath) {
+    const auto setup = spatialSetup({{{"portPath", "/P/b"}, {"outputPath", "/r/b"}}, {{"portPath", "/P/a"}}});
+    try {
+        (void)exportPaths(setup, "/t/Zephyr.txt");
+        FAIL() << "not refused";
+    } catch (const OrreryError& error) {
+        EXPECT_THAT(error.problem(), HasSubstr("/P/a"));
+    }
+}
+
+TEST(Export, IsPossibleOnlyWhenAllFilesAreThere) {
+    const std::string there = testing::TempDir() + "orrery_export_there";
+    std::ofstream(there) << "1";
+    const std::string missing = testing::TempDir() + "orrery_export_missing";
+
+    EXPECT_TRUE(exportFilesExist(spatialSetup({{{"outputPath", there}}, {{"outputPath", there}}}), missing));
+    EXPECT_FALSE(exportFilesExist(spatialSetup({{{"outputPath", there}}, {{"outputPath", missing}}}), there));
+    EXPECT_FALSE(exportFilesExist(spatialSetup({{{"outputPath", there}}, {{"portPath", "/P/a"}}}), there));
+    EXPECT_FALSE(exportFilesExist(spatialSetup({}), there));
+    SetupDictionary single;
+    single.setText(setup_key::dimensions, "{ 1, 1 }");
+    EXPECT_TRUE(exportFilesExist(single, there));
+    EXPECT_FALSE(exportFilesExist(single, missing));
+}
+
+} // namespace
+} // namespace orrery

@@ -1,0 +1,145 @@
+#include "run/ResponseVariables.h"
+
+#include "platform/OrreryError.h"
+#include "run/ResultTable.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <deque>
+
+namespace orrery {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+/// Builds nodes by hand, as a model file would give them.
+class Nodes {
+public:
+    ModelNode& add(ModelNode* parent, ModelNodeKind kind, const char* name, const char* recordp = nullptr) {
+        ModelNode& node = m_nodes.emplace_back();
+        node.kind = kind;
+        node.record = {{"name", name}, {"id", std::string("id-") + name}};
+        if (recordp != nullptr) {
+            node.record.set("recordp", recordp);
+        }
+        node.parent = parent;
+        if (parent != nullptr) {
+            parent->children.push_back(&node);
+        }
+        return node;
+    }
+
+private:
+    std::deque<ModelNode> m_nodes;
+};
+
+TEST(Recorders, AreTheRecordedOutputPortsInTreeOrder) {
+    Nodes nodes;
+    ModelNode& field = nodes.add(nullptr, ModelNodeKind::Level, "Field");
+    ModelNode& misleading = nodes.add(&field, ModelNodeKind::Part, "outputs"); // a part by kind, whatever its name
+    ModelNode& inner = nodes.add(&misleading, ModelNodeKind::PortGroup, "outputs");
+    nodes.add(&inner, ModelNodeKind::Port, "yield", "1");
+    ModelNode& inputs = nodes.add(&field, ModelNodeKind::PortGroup, "inputs");
+    nodes.add(&inputs, ModelNodeKind::Port, "rain", "1");
+    ModelNode& outputs = nodes.add(&field, ModelNodeKind::PortGroup, "outputs");
+    nodes.add(&outputs, ModelNodeKind::Port, "quiet", "no");
+    nodes.add(&outputs, ModelNodeKind::Port, "unset");
+    nodes.add(&outputs, ModelNodeKind::Port, "runoff", "True");
+
+    std::vector<ResponseVariable> recorders;
+    collectRecorders(field, recorders);
+    ASSERT_EQ(recorders.size(), 2U);
+    EXPECT_EQ(recorders[0].name(), "Field/outputs/yield"); // "/outputs/outputs/": one of the two is the part
+    EXPECT_EQ(recorders[1].name(), "Field/runoff");
+    EXPECT_EQ(recorders[1].identifier(), "id-runoff");
+    EXPECT_FALSE(recorders[1].includep());
+    EXPECT_EQ(recorders[1].scale(), 1.0F);
+}
+
+TEST(BooleanValue, ReadsLeniently) {
+    for (const char* yes : {"1", "yes", "True", "t", "Y", " \t+007", "-1", "00y", "9x"}) {
+        EXPECT_TRUE(booleanValue(yes)) << yes;
+    }
+    for (const char* no : {"", "0", "no", "false", "000", "on", "--1", "+ 1", ".5"}) {
+        EXPECT_FALSE(booleanValue(no)) << no;
+    }
+}
+
+TEST(HeaderLabels, AreSplitAtTabsWithoutTheLastCharacter) {
+    EXPECT_THAT(headerLabels("a\tb\t\tc\nrest"), ElementsAre("a", "b", "", "c"));
+    EXPECT_THAT(headerLabels("a\tb\r\n"), ElementsAre("a", "b\r"));
+    EXPECT_THAT(headerLabels("a\tbc"), ElementsAre("a", "b")); // cut: what stands last counts as the line feed
+    EXPECT_THAT(headerLabels("\n"), ElementsAre(""));
+    EXPECT_THAT(headerLabels("\x8e\n"), ElementsAre("\xc3\xa9")); // Mac OS Roman é
+    EXPECT_THAT(headerLabels(""), IsEmpty());
+    const auto longLine = headerLabels(std::string(9990, 'x') + "\t1234567890\t12\n");
+    EXPECT_THAT(longLine, ElementsAre(std::string(9990, 'x'), "1234567"));
+}
+
+std::vector<ResponseVariable> recorders(const std::vector<std::string>& names) {
+    std::vector<ResponseVariable> result;
+    for (const std::string& name : names) {
+        result.emplace_back(name, "id-" + name);
+    }
+    return result;
+}
+
+std::vector<std::string> namesOf(const ResponseVariables& responses) {
+    std::vector<std::string> names;
+    for (const ResponseVariable& variable : responses.variables) {
+        names.push_back(variable.name());
+    }
+    return names;
+}
+
+TEST(ResponseVariables, FollowTheHeaderAndSpreadOverTheHueCircle) {
+    const auto result = matchResponseVariables(recorders({"F/A/x", "F/A/y", "F/B/x", "z"}),
+                                               {"n", "a", "day", "z", "x", "x", "other"}, 2, "t.txt");
+    EXPECT_THAT(result.labels, ElementsAre("z", "x", "x", "other"));
+    EXPECT_THAT(namesOf(result), ElementsAre("z", "F/B/x", "F/B/x")); // the later x stands for both
+    const auto& colors = result.variables;
+    EXPECT_NEAR(colors[0].color().red, 1, 1e-6);
+    EXPECT_NEAR(colors[0].color().green, 0, 1e-6);
+    EXPECT_NEAR(colors[1].color().green, 1, 1e-6);
+    EXPECT_NEAR(colors[1].color().red, 0, 1e-6);
+    EXPECT_NEAR(colors[2].color().blue, 1, 1e-6);
+    EXPECT_NEAR(colors[2].color().green, 0, 1e-6);
+}
+
+TEST(ResponseVariables, NeedALabelForEveryRecorder) {
+    const auto two = recorders({"F/x", "F/y"});
+    EXPECT_THAT(namesOf(matchResponseVariables(two, {"n", "day", "y", "x"}, 1, "t")), ElementsAre("F/y", "F/x"));
+    EXPECT_THAT(namesOf(matchResponseVariables(two, {}, 1, "t")), IsEmpty());
+    try {
+        (void)matchResponseVariables(two, {"<html>", "day", "x"}, 1, "t.txt");
+        FAIL() << "not refused";
+    } catch (const OrreryError& error) {
+        EXPECT_EQ(error.place().text(), "t.txt:1");
+        EXPECT_THAT(error.problem(), testing::AllOf(HasSubstr("3 labels"), HasSubstr("need 4"), HasSubstr("<html>")));
+    }
+}
+
+TEST(ResponseVariables, ReportAMissingTableByItsPath) {
+    const std::string path = testing::TempDir() + "orrery_no_such_directory/Zephyr.txt";
+    try {
+        (void)constructDependentVariables(ModelTree(), 1, path);
+        FAIL() << "not reported";
+    } catch (const ResultTableMissing& error) {
+        EXPECT_THAT(error.problem(), HasSubstr(path));
+    }
+}
+
+TEST(ResponseVariable, RefusesAnotherKeyOrType) {
+    ResponseVariable variable("F/x", "i");
+    variable.setValue("scale", 2.5F);
+    EXPECT_EQ(variable.scale(), 2.5F);
+    EXPECT_THROW(variable.setValue("scale", true), AssertionFailure);
+    EXPECT_THROW(variable.setValue("size", 1.0F), AssertionFailure);
+    EXPECT_THROW((void)variable.value("size"), AssertionFailure);
+}
+
+} // namespace
+} // namespace orrery

@@ -1,0 +1,276 @@
+#include "run/ResultTable.h"
+
+#include "platform/Numbers.h"
+#include "run/RowScanner.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <charconv>
+#include <cmath>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <limits>
+#include <random>
+
+namespace orrery {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using namespace std::string_literals;
+
+constexpr float inf = std::numeric_limits<float>::infinity();
+
+// ---- What a table's text means: one leading field, two columns, two rows
+
+struct TableCase {
+    const char* name;
+    std::string rows; // behind the header line
+    std::vector<float> cells;
+    std::uint32_t rowsFound = 2;
+    std::uint64_t without = 0;
+};
+
+class TableText : public testing::TestWithParam<TableCase> {};
+
+TEST_P(TableText, BecomesCells) {
+    const TableCase& row = GetParam();
+    const TableShape shape{2, 1, 2};
+    const ResultTable table = parseResultTable("day\ta\tb\n" + row.rows, shape);
+    EXPECT_EQ(table.cells, row.cells);
+    EXPECT_EQ(table.rowsFound, row.rowsFound);
+    EXPECT_EQ(table.cellsWithoutNumber, row.without);
+    EXPECT_EQ(table.notes(shape).empty(), row.rowsFound == 2 && row.without == 0);
+    for (std::size_t column = 0; column < 2; ++column) {
+        EXPECT_EQ(table.maxima[column], std::max({row.cells[column], row.cells[2 + column], noMaximum}));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, TableText,
+    testing::Values(TableCase{"plain", "k\t1\t2\nk\t3\t4\n", {1, 2, 3, 4}},
+                    TableCase{"commasAndBlanks", "k 1.5,2.5\nk , 3 ,\t,-4 ,\n", {1.5F, 2.5F, 3, -4}},
+                    TableCase{"carriageReturns", "k\t1\t2\r\nk\t3\t4\r\n", {1, 2, 3, 4}},
+                    TableCase{"groups", "k\t{1, 2, 3.5} 7\nk {-1\t+2}{.5,.5}\n", {6.5F, 7, 1, 1}},
+                    TableCase{"groupAfterWords", "k a{b 1 2}3\nk {1 x 2}\t3\n", {3, 3, 1, 2}},
+                    TableCase{"unclosedGroup", "k\t{1\t2\nk\t3\t4\n", {3, 0, 3, 4}, 2, 1},
+                    TableCase{"emptyGroup", "k\t{}\t2\nk\t3\t{}\n", {2, 0, 3, 0}, 2, 2},
+                    TableCase{"wordsShift", "k\tnan\t2\nk\tinf 3\t-inf\n", {2, 0, 3, 0}, 2, 2},
+                    TableCase{"loneMinusStaysThere", "k\t- 5\nk\t1\t-\n", {0, 0, 1, 0}, 2, 3},
+                    TableCase{"lonePoint", "k\t.\t5\nk\t1.\t.5\n", {0, 0, 1, 0.5F}, 2, 2},
+                    TableCase{"minusInNumber", "k\t1-2\nk\t3.4.5\n", {1, -2, 3.4F, 0.5F}},
+                    TableCase{"exponents", "k\t1e3\t-2.5E-1\nk\t3e\t4e+\n", {1000, -0.25F, 3, 4}},
+                    TableCase{"tooManyCells", "k\t1\t2\t9\nk\t3\t4\t9\n", {1, 2, 3, 4}},
+                    TableCase{"shortRow", "k\t1\nk\t3\t4\n", {1, 0, 3, 4}, 2, 1},
+                    TableCase{"fieldAloneOnItsLine", "k\n1\t2\nk\t3\t4\n", {0, 0, 2, 0}, 2, 3},
+                    TableCase{"blankLinesAndFormFeeds", "\n \n\t\v\f\r\nk\t1\t2\n\n\nk\t3\t4\n\n", {1, 2, 3, 4}},
+                    TableCase{"fieldTouchesBytesOfAllKinds",
+                              "{9}\x80\0\t1\t2\nk\t\0\xff\t3\0\xca"
+                              "4\n"s,
+                              {1, 2, 3, 4}},
+                    TableCase{"beyondSingle", "k\t1e39\t-1e39\nk\t1e-60\t3e9\n", {inf, -inf, 0, 3e9F}},
+                    TableCase{"belowTheLeastMaximum", "k\t-3e9\t0\nk\t-4e9\t0\n", {-3e9F, 0, -4e9F, 0}},
+                    TableCase{"lastRowWithoutLineEnd", "k\t1\t2\nk\t3\t45", {1, 2, 3, 45}},
+                    TableCase{"nothing", "", {0, 0, 0, 0}, 0}, TableCase{"oneRow", "k\t-1\t-2\n", {-1, -2, 0, 0}, 1},
+                    TableCase{"cutInANumber", "k\t1\t23", {1, 0, 0, 0}, 0},
+                    TableCase{"cutInAnExponent", "k\t1\t2e-", {1, 0, 0, 0}, 0},
+                    TableCase{"cutInAGroup", "k\t1\t{2 3,", {1, 0, 0, 0}, 0},
+                    TableCase{"cutBehindANumber", "k\t1\t", {1, 0, 0, 0}, 0},
+                    TableCase{"cutInAField", "k\t1\t2\nk", {1, 2, 0, 0}, 2, 2}),
+    [](const auto& row) { return row.param.name; });
+
+TEST(ResultTable, NotesNameRowsFoundAndTheFirstRowWithoutANumber) {
+    const TableShape shape{3, 1, 2};
+    EXPECT_THAT(parseResultTable("h\nk 1 2\nk 1\nk", {3, 1, 2}).notes(shape),
+                ElementsAre(HasSubstr("first is in row 2")));
+    EXPECT_THAT(parseResultTable("h\nk 1 2\nk 1 2", shape).notes(shape),
+                ElementsAre(HasSubstr("holds 1 of 3 rows"), HasSubstr("Row 2 of the result table is cut off")));
+    EXPECT_THAT(parseResultTable("h without a line end", shape).notes(shape), ElementsAre(HasSubstr("0 of 3 rows")));
+}
+
+TEST(ResultTable, HasNoCellsWithoutRowsOrColumns) {
+    const ResultTable none = parseResultTable("h\nk 1 2\n", {0, 1, 2});
+    EXPECT_THAT(none.cells, IsEmpty());
+    EXPECT_THAT(none.maxima, ElementsAre(noMaximum, noMaximum));
+    const ResultTable noColumns = parseResultTable("h\nk 1 2\nk 3 4\n", {2, 1, 0});
+    EXPECT_THAT(noColumns.cells, IsEmpty());
+    EXPECT_EQ(noColumns.rowsFound, 2U);
+}
+
+TEST(ResultTable, IsRefusedBeforeAllocationWhenItsBlockDoesNotFit) {
+    for (const TableShape& shape : {TableShape{4294967295U, 2, 3U << 20U}, {4294967295U, 2, SIZE_MAX}}) {
+        try {
+            (void)parseResultTable("h\n", shape);
+            FAIL() << "not refused";
+        } catch (const OrreryError& error) {
+            EXPECT_THAT(error.problem(), HasSubstr("4294967295 rows"));
+        }
+    }
+}
+
+// ---- The plain number's own road gives what the exact one gives
+
+float exactFloat(std::string_view text) {
+    float value = 0;
+    std::from_chars(text.data(), text.data() + text.size(), value);
+    return value;
+}
+
+void expectSameBits(const std::string& number) {
+    const std::string row = number + "\t" + std::string(64, ' '); // room for the short road to look ahead
+    float value = -1;
+    EXPECT_EQ(scanRow({row.data(), row.data() + row.size(), row.data() + row.size()}, {&value, 1}), 0U) << number;
+    const float exact = exactFloat(number);
+    EXPECT_EQ(std::memcmp(&value, &exact, sizeof value), 0) << number << ": " << value << " is not " << exact;
+}
+
+TEST(PlainNumber, IsRoundedOnce) {
+    for (const char* number : {"0",
+                               "-0",
+                               "-0.0",
+                               "5.",
+                               ".5",
+                               "0.1",
+                               "16777217",
+                               "16777219",
+                               "16777217.0000001",
+                               "1.00000017881393432617187",
+                               "1.000000178813934326171874",
+                               "9007199254740993",
+                               "123456789012345678",
+                               "1234567890123456789",
+                               "123456789012345678901234567890",
+                               "0.000000000000000001",
+                               "0.0000000000000000000000000001",
+                               "99999999.99999999",
+                               "00000000000000000001",
+                               "340282346638528859811704183484516925440",
+                               "1e-45",
+                               "3.4e38",
+                               "1234567.8e-3"}) {
+        expectSameBits(number);
+    }
+    std::mt19937_64 random(11);
+    std::uniform_int_distribution<std::uint32_t> mantissa(1U << 23U, (1U << 24U) - 1);
+    for (int round = 0; round < 20'000; ++round) {
+        const int exponent = static_cast<int>(random() % 40) - 30;
+        const double halfWay = std::ldexp(static_cast<double>(mantissa(random)) + 0.5, exponent - 23);
+        expectSameBits(shortestText(halfWay)); // exactly between two singles, or as near as 17 digits come
+        expectSameBits(std::to_string(random() % 1'000'000'000) + "." + std::to_string(random() % 1'000'000'000));
+    }
+}
+
+// ---- Any text: the scanner against its definition spelled out, and every block size against the whole
+
+std::vector<float> rowByDefinition(std::string_view text, std::size_t columns) {
+    std::vector<float> cells;
+    const auto skip = [&] { text.remove_prefix(std::min(text.find_first_not_of("\t, \r"), text.size())); };
+    const auto scan = [&](float& value) {
+        skip();
+        const ScannedFloat scanned = scanFloat(text);
+        value = scanned.value;
+        text.remove_prefix(scanned.length);
+        return scanned.length > 0;
+    };
+    while (cells.size() < columns) {
+        skip();
+        const std::string_view passed = text.substr(0, text.find_first_of("0123456789-."));
+        text.remove_prefix(passed.size());
+        float& cell = cells.emplace_back(0.0F);
+        if (passed.find('{') == std::string_view::npos) {
+            scan(cell);
+        } else {
+            for (float part = 0; scan(part);) {
+                cell += part;
+            }
+        }
+    }
+    return cells;
+}
+
+/// Lines of numbers, mostly, with everything between them that a table may hold.
+std::string randomRow(std::mt19937& random) {
+    const std::array<const char*, 24> pieces = {"\t", "\t",   "\t",  ",",     " ",   "\r",   "{",   "}",
+                                                "-",  ".",    "nan", "e",     "+",   "x",    "{}",  "1e5",
+                                                "0",  "-0.5", "1.",  "1e999", "-.5", "\x8a", "7e-", "E+3"};
+    std::string row = "field\t";
+    const auto length = random() % 24;
+    for (unsigned n = 0; n < length; ++n) {
+        row += random() % 3 == 0 ? pieces.at(random() % pieces.size())
+                                 : shortestText(static_cast<float>(random()) * 1e-6F) + "\t";
+    }
+    return row;
+}
+
+std::string bitsOf(const std::vector<float>& values) {
+    return {reinterpret_cast<const char*>(values.data()), values.size() * sizeof(float)};
+}
+
+TEST(ResultTable, IsTheSameForAnyBlockSizeAndByDefinition) {
+    std::mt19937 random(5);
+    const TableShape shape{3000, 1, 5};
+    std::string text = "header\n";
+    std::vector<float> defined;
+    for (std::uint32_t row = 0; row < shape.rows; ++row) {
+        const std::string line = randomRow(random);
+        const auto cells = rowByDefinition(std::string_view(line).substr(5), shape.columns);
+        defined.insert(defined.end(), cells.begin(), cells.end());
+        text += line + (random() % 50 == 0 ? "\r\n\n \n" : "\n");
+    }
+    const ResultTable whole = parseResultTable(text, shape);
+    EXPECT_TRUE(bitsOf(whole.cells) == bitsOf(defined));
+    EXPECT_EQ(whole.rowsFound, shape.rows);
+
+    const std::string path = testing::TempDir() + "orrery_table.txt";
+    for (const std::size_t cut : {std::size_t{0}, std::size_t{1}, text.size() / 2}) {
+        const std::string_view left = std::string_view(text).substr(0, text.size() - cut);
+        std::ofstream(path, std::ios::binary) << left;
+        const ResultTable expected = parseResultTable(left, shape);
+        for (const std::size_t blockSize : {1U, 7U, 64U, 65536U}) {
+            TableReadOptions options;
+            options.blockSize = blockSize;
+            const ResultTable read = readResultTable(path, shape, options);
+            EXPECT_TRUE(bitsOf(read.cells) == bitsOf(expected.cells)) << blockSize << " bytes, " << cut << " cut";
+            EXPECT_EQ(read.maxima, expected.maxima);
+            EXPECT_EQ(read.notes(shape), expected.notes(shape));
+        }
+    }
+}
+
+// ---- Files
+
+TEST(ResultTableFile, OfOneEndlessLineIsRefused) {
+    const std::string path = testing::TempDir() + "orrery_endless.txt";
+    std::ofstream(path) << "header\n1 2";
+    std::filesystem::resize_file(path, std::uintmax_t{1} << 40U); // sparse: a terabyte of NULs
+    try {
+        (void)readResultTable(path, {2, 1, 1});
+        FAIL() << "not refused";
+    } catch (const OrreryError& error) {
+        EXPECT_THAT(error.problem(), HasSubstr("not a result table"));
+        EXPECT_EQ(error.place().file, path);
+    }
+    std::filesystem::remove(path);
+}
+
+TEST(ResultTableFile, ReadingCanBeCancelled) {
+    const std::string path = testing::TempDir() + "orrery_cancelled.txt";
+    std::ofstream(path) << "header\n" << std::string(100'000, '\n');
+    std::uint64_t seen = 0;
+    TableReadOptions options;
+    options.blockSize = 1000;
+    options.progress = [&](std::uint64_t bytes) { return (seen = bytes) < 5000; };
+    EXPECT_THROW((void)readResultTable(path, {2, 1, 1}, options), OrreryError);
+    EXPECT_EQ(seen, 5000U);
+}
+
+TEST(ResultTableFile, ThatIsMissingOrNoRegularFileIsReported) {
+    EXPECT_THROW((void)readResultTable(testing::TempDir() + "orrery_none.txt", {}), ResultTableMissing);
+    EXPECT_THROW((void)readResultTable(testing::TempDir(), {}), ResultTableMissing);
+}
+
+} // namespace
+} // namespace orrery
