@@ -1,0 +1,111 @@
+// How long the rows of a choice and the vertices of a plot take.
+
+#include "plot/data/PlotLayout.h"
+#include "plot/data/VertexData.h"
+#include "run/IndexSet.h"
+
+#include <benchmark/benchmark.h>
+
+#include <array>
+#include <cmath>
+#include <vector>
+
+namespace orrery {
+namespace {
+
+/// A grid of two axes and one held variable, which varies fastest (2), in the middle (1) or slowest (0).
+std::vector<IndependentVariable> gridWithHeld(std::size_t held, std::uint32_t axisCount, std::uint32_t heldCount) {
+    std::vector<IndependentVariable> variables(3);
+    std::uint32_t role = 1;
+    for (std::size_t n = 0; n < variables.size(); ++n) {
+        variables[n].setStridesPerCycle(n == held ? heldCount : axisCount);
+        variables[n].setStep(1);
+        variables[n].setConstant(static_cast<float>(heldCount / 2));
+        variables[n].setFunction(n == held ? 0 : role++);
+    }
+    std::uint32_t stride = 1;
+    for (auto variable = variables.rbegin(); variable != variables.rend(); ++variable) {
+        variable->setStride(stride);
+        stride *= variable->stridesPerCycle();
+    }
+    return variables;
+}
+
+void chooseRows(benchmark::State& state) {
+    const auto variables = gridWithHeld(static_cast<std::size_t>(state.range(0)), 1000, 20);
+    constexpr std::size_t columns = 8;
+    const std::vector<float> cells(std::size_t{20'000'000} * columns, 1.0F);
+    std::vector<float> chosen(1'000'000);
+    for (auto iteration : state) {
+        const auto rows = currentIndexSet(variables);
+        for (std::size_t n = 0; n < rows.size(); ++n) {
+            chosen[n] = cells[rows[n] * columns + 5];
+        }
+        benchmark::DoNotOptimize(chosen.data());
+        benchmark::ClobberMemory();
+    }
+}
+
+BENCHMARK(chooseRows)
+    ->Name("1,000,000 of 20,000,000 rows, one column; held axis is slowest (0) to fastest (2)")
+    ->DenseRange(0, 2)
+    ->Unit(benchmark::kMillisecond);
+
+/// A rippled surface of `cells` × `cells` cells.
+struct Surface {
+    explicit Surface(std::uint32_t cells)
+        : variables(gridWithHeld(0, cells + 1, 1)), responses(1), maxima{2.0F}, rows(currentIndexSet(variables)) {
+        responses[0].setValue("includep", true);
+        layout = plotLayout(variables, responses);
+        for (std::uint32_t n = 0; n < rows.size(); ++n) {
+            values.push_back(1.0F + std::sin(0.007F * static_cast<float>(n / (cells + 1))) *
+                                        std::cos(0.005F * static_cast<float>(n % (cells + 1))));
+        }
+    }
+    [[nodiscard]] PlotSource source() const { return {values, maxima, responses, rows}; }
+
+    std::vector<IndependentVariable> variables;
+    std::vector<ResponseVariable> responses;
+    std::array<float, 1> maxima;
+    std::vector<std::uint32_t> rows;
+    std::vector<float> values;
+    PlotLayout layout;
+};
+
+void countCells(benchmark::State& state) {
+    const auto cells = static_cast<double>(state.range(0) * state.range(0));
+    state.counters["s/cell"] =
+        benchmark::Counter(cells, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+}
+
+void writeMesh(benchmark::State& state) {
+    const Surface surface(static_cast<std::uint32_t>(state.range(0)));
+    std::vector<float> vertices = make3DVertexData(surface.layout, surface.source());
+    for (auto iteration : state) {
+        write3DVertexData(surface.layout, surface.source(), vertices);
+        benchmark::ClobberMemory();
+    }
+    countCells(state);
+}
+
+void makeMesh(benchmark::State& state) {
+    const Surface surface(static_cast<std::uint32_t>(state.range(0)));
+    for (auto iteration : state) {
+        benchmark::DoNotOptimize(make3DVertexData(surface.layout, surface.source()));
+    }
+    countCells(state);
+}
+
+BENCHMARK(writeMesh)
+    ->Name("surface into touched memory, cells a side")
+    ->Arg(300)
+    ->Arg(1000)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(makeMesh)
+    ->Name("surface into fresh memory, cells a side")
+    ->Arg(300)
+    ->Arg(1000)
+    ->Unit(benchmark::kMillisecond);
+
+} // namespace
+} // namespace orrery
