@@ -26,6 +26,14 @@ public:
     [[nodiscard]] std::string_view text(std::string_view key) const;
     [[nodiscard]] bool contains(std::string_view key) const { return find(key) != nullptr; }
 
+    /// The value under the key, to be changed in place or moved out; nullptr when the key is absent.
+    [[nodiscard]] std::string* find(std::string_view key) {
+        return const_cast<std::string*>(std::as_const(*this).find(key));
+    }
+
+    /// Adds a key that the caller knows to be absent, without looking for it.
+    void append(std::string key, std::string value) { m_items.emplace_back(std::move(key), std::move(value)); }
+    void reserve(std::size_t count) { m_items.reserve(count); }
     void set(std::string_view key, std::string value);
     void remove(std::string_view key);
 
