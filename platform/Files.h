@@ -31,7 +31,8 @@ public:
     /// reads are carried on.
     /// @throws OrreryError naming the path, the position and the system's reason
     std::size_t readAt(char* buffer, std::size_t capacity, std::uint64_t offset) const;
-    [[nodiscard]] std::uint64_t size() const; // bytes now; another program may still change it
+    [[nodiscard]] std::uint64_t size() const;    // bytes now; another program may still change it
+    [[nodiscard]] Date modificationDate() const; // now, of the file that is open
     [[nodiscard]] const std::string& path() const { return m_path; }
 
 private:
@@ -39,7 +40,7 @@ private:
     int m_descriptor = -1;
 };
 
-/// The whole file. @throws OrreryError as ReadableFile, or when it is larger than `limit` bytes
+/// The whole file. @throws OrreryError as ReadableFile, or when it is larger than `limit` bytes or changes meanwhile
 [[nodiscard]] std::string readWholeFile(const std::string& path, std::uint64_t limit = 1ULL << 32U);
 
 /// Replaces the file at the path by the bytes, whole or not at all: a temporary file beside the target is written,

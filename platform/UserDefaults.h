@@ -41,6 +41,7 @@ private:
     std::map<std::string, std::string>& values() const;
     std::string m_path;
     mutable std::optional<std::map<std::string, std::string>> m_values;
+    mutable bool m_damaged = false; // the file is there but could not be read
 };
 
 } // namespace orrery

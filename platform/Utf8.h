@@ -15,6 +15,10 @@ namespace orrery {
 
 void appendUtf8(std::string& text, char32_t codePoint);
 
+/// The text fit to be shown on one line: control characters and malformed bytes become "\n", "\t", "\r" or "\x1b",
+/// what could hide or reorder text (line separators, direction marks) becomes "\u{202e}".
+[[nodiscard]] std::string escapedForLine(std::string_view text);
+
 /// Decodes a stream of bytes that arrives in pieces: what it returns is always well-formed UTF-8.
 /// A sequence that a piece cuts is carried into the next piece; each malformed sequence becomes one U+FFFD.
 class Utf8Decoder {

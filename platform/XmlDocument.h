@@ -69,6 +69,10 @@ private:
     XmlElement* m_root = nullptr;
 };
 
+/// The first character of the text that no XML document can carry (a control character, malformed UTF-8); empty if
+/// none.
+[[nodiscard]] std::string_view firstCharacterNotInXml(std::string_view utf8);
+
 /// How bytes without a byte order mark and without a declared encoding are decoded.
 enum class XmlFallbackEncoding {
     Utf8,           ///< as XML says: UTF-8, anything else is an error

@@ -22,6 +22,7 @@ public:
 
     [[nodiscard]] int get() const { return m_descriptor; }
     [[nodiscard]] bool isOpen() const { return m_descriptor >= 0; }
+    [[nodiscard]] int release() { return std::exchange(m_descriptor, -1); }
     void reset() {
         if (m_descriptor >= 0) ::close(std::exchange(m_descriptor, -1));
     }

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "platform/Date.h"
+#include "platform/Files.h"
+
+#include <cstdint>
+#include <string>
+
+namespace orrery {
+
+/// What a file of that mode (of struct stat) is when it is no regular file: "a directory", "a named pipe", …
+[[nodiscard]] std::string fileKind(unsigned mode);
+
+/// @throws OrreryError when the file's size or date now differ from the bytes that were read and the date before
+void requireUnchanged(const ReadableFile& file, std::uint64_t bytesRead, const Date& dateBefore);
+
+} // namespace orrery
