@@ -1,6 +1,7 @@
 #include "batch/Command.h"
 #include "batch/JsonWriter.h"
 #include "batch/Output.h"
+#include "batch/PlotPicture.h"
 #include "batch/ResultJson.h"
 #include "batch/SetupFiles.h"
 #include "platform/Numbers.h"
@@ -31,7 +32,8 @@ struct PlotOptions {
     std::vector<std::string> hold;
     std::vector<std::string> include;
     std::vector<std::string> scale;
-    std::string json = "-";
+    std::string json; // empty: standard output, unless a picture was asked for
+    PictureOptions picture;
 };
 
 /// "#3" as 3.
@@ -142,21 +144,33 @@ void writePlot(JsonWriter& json, const PlotLayout& layout, const PlotSource& sou
     json.endObject();
 }
 
+void writeVertices(const std::string& target, const PlotLayout& layout, const PlotSource& source) {
+    Output output(target);
+    JsonWriter json(output);
+    writePlot(json, layout, source);
+    output.write("\n");
+    output.finish();
+}
+
 int plot(const PlotOptions& options) {
     const std::vector<Assignment> holds = assignments(options.hold, "--hold"); // wrong usage shows before any file
     const std::vector<Assignment> scales = assignments(options.scale, "--scale");
+    const PlotPictureRequest picture = pictureRequest(options.picture);
     Results results = loadResults(options.setup, tablePathOr(options.table));
     std::vector<IndependentVariable>& variables = results.grid.variables;
     std::vector<ResponseVariable>& responses = results.responses.variables;
     chooseAxes(variables, options, holds);
     chooseResponses(responses, options, scales);
     const std::vector<std::uint32_t> rows = currentIndexSet(variables);
-    Output output(options.json);
-    JsonWriter json(output);
-    writePlot(json, plotLayout(variables, responses),
-              {.cells = results.table.cells, .maxima = results.table.maxima, .responses = responses, .rows = rows});
-    output.write("\n");
-    output.finish();
+    const PlotLayout layout = plotLayout(variables, responses);
+    const PlotSource source{
+        .cells = results.table.cells, .maxima = results.table.maxima, .responses = responses, .rows = rows};
+    if (!options.picture.file.empty()) {
+        writePicture(options.picture.file, picture, layout, source);
+    }
+    if (!options.json.empty() || options.picture.file.empty()) {
+        writeVertices(options.json.empty() ? "-" : options.json, layout, source);
+    }
     return exitDone;
 }
 
@@ -172,7 +186,8 @@ Action buildPlotCommand(CLI::App& parser) {
         ->allow_extra_args(false);
     parser.add_option("--include", options->include, "Response to draw: a name, or #i from 0")->allow_extra_args(false);
     parser.add_option("--scale", options->scale, "R=S, factor on a response")->allow_extra_args(false);
-    parser.add_option("--json", options->json, "File to write, - for standard output");
+    parser.add_option("--json", options->json, "File for the vertices, - for standard output (default without --png)");
+    addPictureOptions(parser, options->picture);
     return [options] { return plot(*options); };
 }
 

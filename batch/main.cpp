@@ -22,7 +22,7 @@ constexpr std::array commands{
     Command{"sweep", "Print the grid that a setup sweeps as JSON", buildSweepCommand},
     Command{"run", "Run a setup through the engine", buildRunCommand},
     Command{"results", "Print the results of a run as JSON or CSV", buildResultsCommand},
-    Command{"plot", "Write the vertices of a plot of the results", buildPlotCommand},
+    Command{"plot", "Draw a plot of the results as a picture, or write its vertices", buildPlotCommand},
     Command{"report", "Print the results of a run for people", buildReportCommand},
 };
 

@@ -1,7 +1,6 @@
 #include "tests/plot/gl/Scene.h"
 
-#include "plot/data/PlotLayout.h"
-#include "plot/data/VertexData.h"
+#include "plot/data/ShowPlot.h"
 #include "run/IndependentVariable.h"
 #include "run/IndexSet.h"
 
@@ -39,7 +38,9 @@ std::vector<float> cellsOf(const Scene& scene) {
     std::vector<float> cells;
     for (std::uint32_t x = 0; x < scene.xCount; ++x) {
         for (std::uint32_t z = 0; z < scene.zCount; ++z) {
-            for (const auto& response : scene.responses) { cells.push_back(response(x, z)); }
+            for (const auto& response : scene.responses) {
+                cells.push_back(response(x, z));
+            }
         }
     }
     return cells;
@@ -57,15 +58,7 @@ void Scene::show(PlotView& view) const {
         maximum = std::max(maximum, cells[i]);
     }
     const std::vector<std::uint32_t> rows = currentIndexSet(variables);
-    const PlotLayout layout = plotLayout(variables, variablesShown);
-    const PlotSource source{cells, maxima, variablesShown, rows};
-    const std::vector<float> vertices =
-        layout.dimensions == 2 ? make2DVertexData(layout, source) : make3DVertexData(layout, source);
-    view.setDimensions(layout.dimensions);
-    view.setLabels(layout.labels);
-    view.setSurfaces(vertices, static_cast<std::uint32_t>(vertices.size()), vertexRanges(layout));
-    view.setColors(surfaceColors(variablesShown));
-    view.setNeedsDisplay();
+    showPlot(view, plotLayout(variables, variablesShown), {cells, maxima, variablesShown, rows});
 }
 
 } // namespace orrery::testing
