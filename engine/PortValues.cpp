@@ -30,6 +30,11 @@ std::size_t stageCountOf(const PortNetwork& network, const NetworkPart& part) {
                       "Write such a number.");
 }
 
+/// A splitter passes its input on by its nature; of other parts the user should know it.
+bool shouldCompute(const NetworkPart& part) {
+    return partClass(part) != PartClass::Level && part.className() != "KSINPUTSPLITTER";
+}
+
 } // namespace
 
 PortValues::PortValues(const PortNetwork& network, const std::set<std::size_t>& setPorts)
@@ -140,7 +145,7 @@ void PortValues::readDefaults(const std::set<std::size_t>& setPorts) {
         const NetworkPort& port = m_network.ports()[index];
         const NetworkPart& part = m_network.parts()[port.part];
         const bool input = port.direction == PortDirection::Input;
-        if (!input && partClass(part) != PartClass::Level && !isComputed(part, port)) {
+        if (!input && shouldCompute(part) && !isComputed(part, port)) {
             m_passingOutputs.push_back(index);
         }
         if (!input || port.source) {
