@@ -23,43 +23,29 @@ std::string settingText(const SetupDictionary& setup, const Field& field) {
     return day ? dateDescription(*day) : std::string();
 }
 
-/// A text that the file cannot hold, and why.
-struct Unwritable {
-    std::string culprit;
-    std::string lackedBy;
-};
-
-bool isXmlCharacter(char32_t codePoint) {
-    if (codePoint < 0x20) return codePoint == '\t' || codePoint == '\n' || codePoint == '\r';
-    return codePoint != 0xFFFE && codePoint != 0xFFFF;
+std::string codePointName(std::string_view character) {
+    std::size_t position = 0;
+    return fmt::format("U+{:04X}", static_cast<std::uint32_t>(nextCodePoint(character, position)));
 }
 
-std::optional<Unwritable> findUnwritable(std::string_view text) {
-    std::size_t position = 0;
-    while (position < text.size()) {
-        const std::size_t start = position;
-        const char32_t codePoint = nextCodePoint(text, position);
-        const std::string_view bytes = text.substr(start, position - start);
-        if (!isValidUtf8(bytes)) {
-            const auto byte = static_cast<unsigned char>(bytes.front());
-            return Unwritable{fmt::format("the byte {:02X}", byte), "is no valid UTF-8"};
-        }
-        const std::string number = fmt::format("U+{:04X}", static_cast<std::uint32_t>(codePoint));
-        if (!isXmlCharacter(codePoint)) return Unwritable{number, "XML cannot hold"};
-        if (!encodeMacRoman(bytes)) {
-            return Unwritable{fmt::format("{} \"{}\"", number, bytes),
-                              "Mac OS Roman, the encoding of setup files, lacks"};
-        }
+/// What of the text the file cannot hold, and why, in words; empty when it can hold all.
+std::string unwritablePart(std::string_view text) {
+    const std::string_view notXml = firstCharacterNotInXml(text);
+    if (!notXml.empty() && !isValidUtf8(notXml)) {
+        return fmt::format("the byte {:02X}, which is no valid UTF-8", static_cast<unsigned char>(notXml.front()));
     }
-    return std::nullopt;
+    if (!notXml.empty()) return codePointName(notXml) + ", which XML cannot hold";
+    const std::string notRoman = firstCharacterNotInMacRoman(text);
+    if (notRoman.empty()) return {};
+    return fmt::format("{} \"{}\", which Mac OS Roman, the encoding of setup files, lacks", codePointName(notRoman),
+                       notRoman);
 }
 
 void checkText(std::string_view text, const std::string& place, const std::string& fileName) {
-    const std::optional<Unwritable> fault = findUnwritable(text);
-    if (!fault) return;
-    throw OrreryError(
-        fmt::format("The {} holds {}, which {}. Nothing was saved.", place, fault->culprit, fault->lackedBy),
-        Place{fileName}, "Replace the character and save again.");
+    const std::string part = unwritablePart(text);
+    if (part.empty()) return;
+    throw OrreryError(fmt::format("The {} holds {}. Nothing was saved.", place, part), Place{fileName},
+                      "Replace the character and save again.");
 }
 
 void checkSettings(const SetupDictionary& setup, const std::string& fileName) {
@@ -82,8 +68,7 @@ void checkList(const SetupDictionary& setup, const setup_form::List& list, const
     const EntryList& entries = setup.entries(list.key);
     for (std::size_t index = 0; index < entries.size(); ++index) {
         for (const Field& field : list.fields) {
-            const std::string_view text = entries[index].text(field.key);
-            if (findUnwritable(text)) checkText(text, placeInList(field, list, index, entries[index]), fileName);
+            checkText(entries[index].text(field.key), placeInList(field, list, index, entries[index]), fileName);
         }
     }
 }
