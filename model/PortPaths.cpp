@@ -129,7 +129,7 @@ class NearestPort {
 public:
     explicit NearestPort(std::string_view wanted)
         : m_name(wanted.substr(wanted.rfind('/') + 1)), m_owner(wanted.substr(0, wanted.size() - m_name.size())),
-          m_nameLimit(std::max<std::size_t>(1, m_name.size() / 3)) {}
+          m_nameLimit(std::max<std::size_t>(1, m_name.size() * 2 / 5)) {}
 
     void offer(const ModelNode& port) {
         const std::size_t nameDistance = editDistance(m_name, port.name(), std::min(m_nameLimit, m_best));

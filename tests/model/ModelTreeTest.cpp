@@ -1,0 +1,271 @@
+#include "model/ModelTree.h"
+
+#include "ModelBuilding.h"
+#include "platform/Log.h"
+#include "platform/OrreryError.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <random>
+
+namespace orrery {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+/// "Field[Crop[<rain >biomass]]": a node's name, then its children; "<" stands before inputs, ">" before outputs.
+/// For shallow trees.
+std::string outline(const ModelNode& node) {
+    std::string children;
+    for (const ModelNode* child : node.children) {
+        EXPECT_EQ(child->parent, &node);
+        if (child->kind == ModelNodeKind::PortGroup) {
+            for (const ModelNode* port : child->children) {
+                children += (children.empty() ? "" : " ") + std::string(child->name() == "inputs" ? "<" : ">");
+                children += outline(*port);
+            }
+        } else {
+            children += (children.empty() ? "" : " ") + outline(*child);
+        }
+    }
+    return std::string(node.name()) + (children.empty() ? "" : "[" + children + "]");
+}
+
+std::string outline(const ModelTree& tree) {
+    std::string text = outline(*tree.root()) + " shown:";
+    for (const ModelNode* node : tree.topLevel()) {
+        text += " " + std::string(node->name());
+    }
+    return text;
+}
+
+struct TreeCase {
+    const char* name;
+    std::vector<ObjectText> objects;
+    const char* outline;
+};
+class BuiltTree : public testing::TestWithParam<TreeCase> {
+protected:
+    void SetUp() override {
+        setLogSink([](std::string_view) {});
+    }
+    void TearDown() override { setLogSink({}); }
+};
+
+TEST_P(BuiltTree, FollowsTheRelationships) {
+    EXPECT_EQ(outline(nodesFromDictionaries(records(GetParam().objects), "m.xml")), GetParam().outline);
+}
+
+const ObjectText rootLevel = {"KSLEVEL", "r", {{"name", "R"}}, {{"children", "a b"}}};
+const std::pair<std::string, std::string> inRoot = {"parent", "r"};
+
+INSTANTIATE_TEST_SUITE_P(
+    Models, BuiltTree,
+    testing::Values(
+        TreeCase{"childrenInTheirOrderTopLevelInRecordOrder",
+                 {{"KSHTL", "b", {{"name", "B"}}, {inRoot}}, rootLevel, {"KSTVDD", "a", {{"name", "A"}}, {inRoot}}},
+                 "R[A B] shown: B A"},
+        TreeCase{"outputsByVaridTextAbsentFirstEqualInRecordOrder",
+                 {{"KSLEVEL", "r", {}, {{"outputs", "p q s t u v"}, {"inputs", "y x"}}},
+                  {"KSOUTPUT", "v", {{"name", "v9"}, {"varid", "9"}}},
+                  {"KSOUTPUT", "p", {{"name", "p10"}, {"varid", "10"}}},
+                  {"KSOUTPUT", "q", {{"name", "q2"}, {"varid", "2"}}},
+                  {"KSOUTPUT", "u", {{"name", "u"}}},
+                  {"KSOUTPUT", "s", {{"name", "s2"}, {"varid", "2"}}},
+                  {"KSOUTPUT", "t", {{"name", "t"}, {"varid", ""}}},
+                  {"KSINPUT", "x", {{"varid", "1"}}},
+                  {"KSINPUT", "y", {{"name", "y"}, {"varid", "2"}}}},
+                 "KSLEVEL[<y <KSINPUT >u >t >p10 >q2 >s2 >v9] shown:"},
+        TreeCase{"lastOwnerWins",
+                 {{"KSLEVEL", "r", {{"name", "R"}}, {{"children", "a b a"}, {"inputs", "p"}, {"outputs", "p"}}},
+                  {"KSRANDOM", "a", {{"name", "A"}}, {{"inputs", "p q"}, inRoot}},
+                  {"KSFILE", "b", {{"name", "B"}}, {{"inputs", "q"}}},
+                  {"KSINPUT", "p", {{"name", "p"}}},
+                  {"KSINPUT", "q", {{"name", "q"}}}},
+                 "R[B[<q] A[<p]] shown: A"},
+        TreeCase{"lastParentlessLevelIsTheRoot",
+                 {{"KSLEVEL", "o", {{"name", "O"}}, {{"children", "a"}}},
+                  {"KSWEATHER", "w", {}, {}},
+                  {"KSLEVEL", "r", {{"name", "R"}}, {}},
+                  {"KSLOOKUP", "a", {{"name", "A"}}, {inRoot}}},
+                 "R shown: A"},
+        TreeCase{"templatesAreLeftOut",
+                 {{"KSTEMPLATE", "t", {{"name", "T"}}, {inRoot}}, {"KSLEVEL", "r", {{"name", "R"}}}},
+                 "R shown:"},
+        TreeCase{"onlyLevelsHaveChildren",
+                 {{"KSLEVEL", "r", {{"name", "R"}}, {{"children", "a"}}},
+                  {"KSEXPRESSION", "a", {{"name", "A"}}, {{"children", "missing"}}},
+                  {"KSINPUT", "p", {}, {{"inputs", "missing"}, inRoot}}},
+                 "R[A] shown:"},
+        TreeCase{"identifierUsedTwiceMeansTheLater",
+                 {{"KSLEVEL", "r", {{"name", "R"}}, {{"children", "a"}}},
+                  {"KS2DTVDD", "a", {{"name", "A"}}, {inRoot}},
+                  {"KSINPUTSPLITTER", "a", {{"name", "A2"}}, {inRoot}}},
+                 "R[A2] shown: A A2"},
+        TreeCase{"laterAttributeWins",
+                 {{"KSLEVEL", "r", {{"name", "R"}, {"name", "S"}}, {}}, {"KSRANDOM", nullptr, {}, {inRoot}}},
+                 "S shown: KSRANDOM"}),
+    [](const auto& row) { return row.param.name; });
+
+TEST(ModelTree, RecordsHoldTextsOnlyAndStayValidWhenTheTreeIsMoved) {
+    ModelTree tree = nodesFromDictionaries(
+        records({{"KSLEVEL", "r", {{"recordp", "1"}, {"attributes", "x"}, {"relationships", "y"}}}}), "m.xml");
+    const ModelNode* root = tree.root();
+    const ModelTree moved = std::move(tree);
+    EXPECT_EQ(moved.root(), root);
+    EXPECT_TRUE(root->record == (StringMap{{"class", "KSLEVEL"}, {"id", "r"}, {"recordp", "1"}, {"name", "KSLEVEL"}}));
+    EXPECT_TRUE(nodesFromDictionaries(std::optional<std::vector<ModelRecord>>(), "m.xml").empty());
+}
+
+struct FailureCase {
+    const char* name;
+    std::vector<ObjectText> objects;
+    const char* beginning;
+    const char* further;
+    std::size_t line;
+};
+class BadModel : public testing::TestWithParam<FailureCase> {};
+
+TEST_P(BadModel, IsRefusedWithPlaceAndCulprit) {
+    try {
+        (void)nodesFromDictionaries(records(GetParam().objects), "m.xml");
+        FAIL() << "the model was accepted";
+    } catch (const OrreryError& error) {
+        EXPECT_THAT(error.problem(), StartsWith(GetParam().beginning));
+        EXPECT_THAT(error.problem(), HasSubstr(GetParam().further));
+        EXPECT_EQ(error.place().file, "m.xml");
+        EXPECT_EQ(error.place().line, GetParam().line);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Models, BadModel,
+    testing::Values(
+        FailureCase{"notUpperCase", {{"KSLevel", "z"}}, "Couldn't find class for KSLevel", "\"z\"", 1},
+        FailureCase{"noType", {{"KSLEVEL", "r"}, {nullptr, "z"}}, "Couldn't find class for ", "no type", 2},
+        FailureCase{"noObjects", {}, "No root", "no model objects", 0},
+        FailureCase{"templatesOnly", {{"KSTEMPLATE", "t"}}, "No root", "", 0},
+        FailureCase{"emptyParentReference", {{"KSLEVEL", "r", {}, {{"parent", ""}}}}, "No root", "", 0},
+        FailureCase{"parentlessPartOnly", {{"KSRANDOM", "r"}}, "No root", "", 0},
+        FailureCase{"rootWithoutIdentifier", {{"KSLEVEL", "r"}, {"KSLEVEL", nullptr}}, "No root", "no identifier", 0},
+        FailureCase{"missingChild", {rootLevel}, "Failure to find child node", "names \"a\" among its \"children\"", 1},
+        FailureCase{"templateAsChild",
+                    {{"KSTEMPLATE", "t"}, {"KSLEVEL", "r", {}, {{"children", "t"}}}},
+                    "Failure to find child node",
+                    "template",
+                    2},
+        FailureCase{
+            "emptyReference", {{"KSLEVEL", "r", {}, {{"inputs", ""}}}}, "Failure to find child node", "empty", 1},
+        FailureCase{"missingOutputOfAPart",
+                    {{"KSLEVEL", "r"}, {"KSHTL", "h", {}, {{"outputs", "x"}}}},
+                    "Failure to find child node",
+                    "\"x\"",
+                    2},
+        FailureCase{"classBeforeRootBeforeChild", {rootLevel, {"NOVEL", "n"}}, "Couldn't find class for NOVEL", "", 2},
+        FailureCase{
+            "ownChild", {{"KSLEVEL", "r", {{"name", "R"}}, {{"children", "r"}}}}, "The level \"R\"", "ancestor", 1},
+        FailureCase{"ownInput",
+                    {{"KSLEVEL", "r"}, {"KSHTL", "h", {{"name", "H"}}, {{"inputs", "h"}}}},
+                    "The part \"H\"",
+                    "ancestor",
+                    2},
+        FailureCase{"cycleBesideTheRoot",
+                    {{"KSLEVEL", "r"},
+                     {"KSLEVEL", "a", {{"name", "A"}}, {{"children", "b"}, {"parent", "b"}}},
+                     {"KSLEVEL", "b", {}, {{"children", "a"}, {"parent", "a"}}}},
+                    "The level \"A\"",
+                    "ancestor",
+                    2}),
+    [](const auto& row) { return row.param.name; });
+
+std::vector<ModelRecord> chainOfLevels(std::size_t count) {
+    std::vector<ModelRecord> chain(count);
+    for (std::size_t index = 0; index < count; ++index) {
+        chain[index].className = "KSLEVEL";
+        chain[index].identifier = std::to_string(index);
+        if (index > 0) chain[index].relationships["parent"].targets = {std::to_string(index - 1)};
+        if (index + 1 < count) chain[index].relationships["children"].targets = {std::to_string(index + 1)};
+    }
+    return chain;
+}
+
+TEST(ModelTree, BoundsItsDepth) {
+    EXPECT_FALSE(nodesFromDictionaries(chainOfLevels(modelDepthLimit), "m.xml").empty());
+    EXPECT_THROW((void)nodesFromDictionaries(chainOfLevels(modelDepthLimit + 1), "m.xml"), OrreryError);
+    EXPECT_THROW((void)nodesFromDictionaries(chainOfLevels(200'000), "m.xml"), OrreryError);
+}
+
+TEST(ModelTree, TakesVeryManyAttributesAndSharedChildren) {
+    constexpr std::size_t count = 300'000;
+    std::vector<ModelRecord> model = records({{"KSLEVEL", "r"}, {"KSINPUT", "p"}});
+    for (std::size_t index = 0; index < count; ++index) {
+        model[0].attributes.push_back({{"name", std::to_string(index / 2)}, {"value", std::to_string(index)}});
+    }
+    model[0].relationships["inputs"].targets = std::vector<std::string>(count, "p");
+    const ModelTree tree = nodesFromDictionaries(std::move(model), "m.xml");
+    EXPECT_EQ(tree.root()->record.size(), count / 2 + 3);
+    EXPECT_EQ(tree.root()->record.text("7"), "15");
+    EXPECT_EQ(tree.root()->children[0]->children.size(), 1U);
+}
+
+TEST(ModelTree, LogsIdentifiersUsedTwiceWithoutFloodingTheLog) {
+    std::vector<std::string> log;
+    setLogSink([&log](std::string_view line) { log.emplace_back(line); });
+    std::vector<ObjectText> objects(101, ObjectText{"KSLEVEL", "twice"});
+    (void)nodesFromDictionaries(records(objects), "m.xml");
+    setLogSink({});
+    EXPECT_LT(log.size(), 20U);
+    EXPECT_THAT(log.front(), StartsWith("m.xml:2: identifier \"twice\""));
+    EXPECT_THAT(log.back(), HasSubstr("90 more"));
+}
+
+/// Attaches one after the other and moves a node at once, as the rule reads.
+class PlainOwners {
+public:
+    void attach(const std::string& owner, const std::string& child) {
+        const auto before = m_owner.find(child);
+        if (before != m_owner.end()) std::erase(m_children[before->second], child);
+        m_owner[child] = owner;
+        m_children[owner].push_back(child);
+    }
+    [[nodiscard]] const std::vector<std::string>& children(const std::string& owner) { return m_children[owner]; }
+
+private:
+    std::map<std::string, std::string> m_owner;
+    std::map<std::string, std::vector<std::string>> m_children;
+};
+
+TEST(ModelTree, GivesEachSharedNodeToItsLastOwner) {
+    std::mt19937 random(1);
+    for (int round = 0; round < 300; ++round) {
+        PlainOwners expected;
+        std::vector<ModelRecord> model(20); // levels list later ones only, so that no cycle can arise
+        for (std::size_t index = 0; index < model.size(); ++index) {
+            model[index].className = "KSLEVEL";
+            model[index].identifier = std::to_string(index);
+            if (index > 0) model[index].relationships["parent"].targets = {"0"};
+            std::vector<std::string> targets;
+            for (std::size_t left = index + 1 < model.size() ? random() % 6 : 0; left > 0; --left) {
+                targets.push_back(std::to_string(index + 1 + random() % (model.size() - index - 1)));
+                expected.attach(*model[index].identifier, targets.back());
+            }
+            model[index].relationships["children"].targets = targets;
+        }
+        const ModelTree tree = nodesFromDictionaries(std::move(model), "m.xml");
+        std::vector<const ModelNode*> nodes(tree.topLevel().begin(), tree.topLevel().end());
+        nodes.push_back(tree.root());
+        ASSERT_EQ(nodes.size(), 20U);
+        for (const ModelNode* node : nodes) {
+            std::vector<std::string> children;
+            for (const ModelNode* child : node->children) {
+                if (child->kind == ModelNodeKind::Level) children.emplace_back(child->record.text("id"));
+            }
+            ASSERT_EQ(children, expected.children(std::string(node->record.text("id"))));
+        }
+    }
+}
+
+} // namespace
+} // namespace orrery
