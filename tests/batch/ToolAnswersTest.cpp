@@ -1,0 +1,207 @@
+// What orrery-batch answers to files: JSON, round trips, and one line for everything that is wrong.
+#include "batch/ToolFixture.h"
+#include "platform/Files.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace orrery::test {
+namespace {
+
+using nlohmann::json;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+struct Refusal {
+    const char* name;
+    int exitCode;
+    std::vector<std::string> arguments;
+    const char* message; // part of it
+};
+class ToolRefuses : public Tool, public testing::WithParamInterface<Refusal> {};
+
+TEST_P(ToolRefuses, WithOneLineAndNothingOnStandardOutput) {
+    (void)m_folder.write("table.txt", resultTable);
+    (void)m_folder.write("broken.orrery", "<Simulation><ModelPath>");
+    (void)m_folder.write("partial.orrery", "<Simulation><ModelPath>model.xml</ModelPath><GCD/></Simulation>");
+    (void)m_folder.write("short.txt", "run\twater\n");
+    const Finished done = run(GetParam().arguments);
+    EXPECT_EQ(done.exitCode, GetParam().exitCode);
+    EXPECT_EQ(done.out, "");
+    EXPECT_THAT(done.err, StartsWith("orrery-batch: "));
+    EXPECT_THAT(done.err, HasSubstr(GetParam().message));
+    EXPECT_EQ(std::ranges::count(done.err, '\n'), 1) << done.err;
+}
+
+const std::vector<std::string> plotTable{"plot", "setup.orrery", "--table", "table.txt"};
+std::vector<std::string> plotWith(std::vector<std::string> options) {
+    options.insert(options.begin(), plotTable.begin(), plotTable.end());
+    return options;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Usage, ToolRefuses,
+    testing::Values(
+        Refusal{"noCommand", 2, {}, "--help"}, Refusal{"unknownCommand", 2, {"shwo"}, "shwo"},
+        Refusal{"missingFile", 2, {"show"}, "SETUP"}, Refusal{"unknownOption", 2, {"show", "a", "--x"}, "--x"},
+        Refusal{"summaryAndCsv", 2, {"results", "setup.orrery", "--summary", "--csv", "-"}, "--summary"},
+        Refusal{"unknownKey", 2, {"new", "o", "--model", "m", "--set", "runLenght=1"}, "did you mean 'runLength'?"},
+        Refusal{"noNumber", 2, {"new", "o", "--model", "m", "--set", "runLength=1,5"}, "holds no number"},
+        Refusal{"noDate", 2, {"new", "o", "--model", "m", "--set", "startDay=2001-02-30"}, "yyyy-mm-dd"},
+        Refusal{"initWithoutValue", 2, {"new", "o", "--model", "m", "--init", "/A/b"}, "PORT=VALUE"},
+        Refusal{"stepOfTwo", 2, {"new", "o", "--model", "m", "--step", "/A/b=0:1"}, "START:STEP:STOP"},
+        Refusal{"stepOfFour", 2, {"new", "o", "--model", "m", "--step", "/A/b=0:1:2:3"}, "START:STEP:STOP"},
+        Refusal{"holdWithoutNumber", 2, plotWith({"--hold", "day=x"}), "NAME=NUMBER"}),
+    [](const auto& row) { return row.param.name; });
+
+INSTANTIATE_TEST_SUITE_P(
+    Files, ToolRefuses,
+    testing::Values(
+        Refusal{"missingSetup", 1, {"show", "none.orrery"}, "none.orrery: "},
+        Refusal{"setupIsFolder", 1, {"show", "."}, "directory"},
+        Refusal{"setupIsNoXml", 1, {"sweep", "broken.orrery"}, "broken.orrery:1:"},
+        Refusal{"requiredElements", 1, {"rewrite", "partial.orrery", "out.orrery"}, "RunLength"},
+        Refusal{"missingModel", 1, {"model", "none.xml"}, "none.xml: "},
+        Refusal{"modelWithoutRoot", 1, {"model", "setup.orrery"}, "No root"},
+        Refusal{"missingTable", 1, {"results", "setup.orrery", "--table", "none.txt"}, "none.txt: "},
+        Refusal{"noRunYet", 1, {"results", "setup.orrery"}, "Zephyr.txt"},
+        Refusal{"fewLabels", 1, {"results", "setup.orrery", "--table", "short.txt"}, "short.txt"},
+        Refusal{"csvIntoNowhere", 1, {"results", "setup.orrery", "--table", "table.txt", "--csv", "no/c"}, "no/c: "},
+        Refusal{"unknownPort",
+                1,
+                {"new", "o", "--model", "model.xml", "--step", "/Field/Crop/watr=0:1:2"},
+                "model.xml: no input port '/Field/Crop/watr'; did you mean '/Field/Crop/water'?"},
+        Refusal{"outputThatIsAnInput",
+                1,
+                {"new", "o", "--model", "model.xml", "--output", "/Field/Crop/water"},
+                "no output port"},
+        Refusal{"unknownAxis", 1, plotWith({"--axis1", "dya"}), "no sweep variable 'dya'; did you mean 'day'?"},
+        Refusal{"positionBeyond", 1, plotWith({"--include", "#2"}), "'Field/Crop/biomass', 'Field/Crop/yield'"}),
+    [](const auto& row) { return row.param.name; });
+
+TEST_F(Tool, ReportsStandardOutputThatTakesNothing) {
+    const Finished done = RunningTool(m_folder.path(), {"show", "setup.orrery"}, "/dev/full").finish();
+    EXPECT_EQ(done.exitCode, 1);
+    EXPECT_THAT(done.err, HasSubstr("standard output: cannot be written"));
+}
+
+TEST_F(Tool, MakesTheSetupThatItWasTold) {
+    ASSERT_EQ(run({"new", "made.orrery", "--model", "model.xml", "--set", "runLength=1e1", "--set",
+                   "startDay=2026-03-01", "--output", "/Field/Crop/yield=out=1.txt", "--output", "/Field/Crop/biomass",
+                   "--init", "/Field/Crop/seed=0.5", "--step", "/Field/Crop/water=-1:.5:2"})
+                  .exitCode,
+              0);
+    const json expected{
+        {"modelPath", m_folder.path() + "model.xml"},
+        {"startDay", "2026-03-01 00:00:00 +0000"},
+        {"stepsPerDay", "10"},
+        {"runLength", "1e1"},
+        {"reportStep", "10"},
+        {"dimensions", "{ 1, 1 }"},
+        {"GCD", ""},
+        {"outputs", json::array({{{"portPath", "/Field/Crop/yield"}, {"outputPath", "out=1.txt"}},
+                                 {{"portPath", "/Field/Crop/biomass"}, {"outputPath", ""}}})},
+        {"initializations",
+         json::array({{{"portPath", "/Field/Crop/seed"}, {"coordinates", "{ 0, 0 }"}, {"value", "0.5"}}})},
+        {"steppers",
+         json::array({{{"portPath", "/Field/Crop/water"}, {"start", "-1"}, {"step", ".5"}, {"stop", "2"}}})}};
+    EXPECT_EQ(run({"show", "made.orrery"}).json(), expected);
+}
+
+TEST_F(Tool, RewritesEverySetupToTheSameBytesTheSecondTime) {
+    std::vector<std::string> setups{
+        m_folder.write("roman.orrery", "<Simulation><ModelPath>caf\x8E</ModelPath><RunLength>\xC3\xA9</RunLength>"
+                                       "<ReportStep>&lt;</ReportStep><Dimensions/></Simulation>")};
+    for (const auto& entry : std::filesystem::directory_iterator(ORRERY_SAMPLES)) {
+        if (entry.path().extension() == ".orrery") setups.push_back(entry.path());
+    }
+    EXPECT_GE(setups.size(), 5U) << "the samples are gone";
+    for (const std::string& path : setups) {
+        ASSERT_EQ(run({"rewrite", path, "once"}).exitCode, 0) << path;
+        ASSERT_EQ(run({"rewrite", "once", "twice"}).exitCode, 0) << path;
+        EXPECT_EQ(readWholeFile(m_folder.path() + "once"), readWholeFile(m_folder.path() + "twice")) << path;
+        EXPECT_EQ(run({"show", path}).out, run({"show", "twice"}).out) << path;
+    }
+}
+
+TEST_F(Tool, PrintsModelAndSweep) {
+    const json model = run({"model", "model.xml"}).json();
+    ASSERT_EQ(model.size(), 1U);
+    EXPECT_EQ(model[0]["record"]["name"], "Crop");
+    EXPECT_EQ(model[0]["children"][1]["record"], json({{"name", "outputs"}}));
+    EXPECT_EQ(model[0]["children"][1]["children"][0]["record"],
+              json({{"class", "KSOUTPUT"}, {"id", "5"}, {"name", "biomass"}, {"recordp", "1"}, {"varid", "1"}}));
+
+    const json sweep = run({"sweep", "setup.orrery"}).json();
+    EXPECT_EQ(sweep["nRowsOfData"], 6);
+    EXPECT_EQ(sweep["independentVariables"][0], json({{"name", "/Field/Crop/water"},
+                                                      {"start", 0},
+                                                      {"stop", 2},
+                                                      {"step", 1},
+                                                      {"constant", 1},
+                                                      {"stride", 2},
+                                                      {"stridesPerCycle", 3},
+                                                      {"function", 0}}));
+}
+
+TEST_F(Tool, PrintsResultsAsJsonAndCsv) {
+    (void)m_folder.write("Zephyr.txt", resultTable);
+    const json results = run({"results", "setup.orrery"}).json();
+    EXPECT_EQ(results["responseVariableLabels"], json({"biomass", "yield"}));
+    EXPECT_EQ(results["nRowsOfData"], 6);
+    EXPECT_EQ(results["yMax"], json({6, 6}));
+    EXPECT_EQ(results["simulationData"], json::parse("[1.5,-1,2.5,-2,3,3,0.1,4,5,5,6,6]"));
+    EXPECT_EQ(
+        results["dependentVariables"][0],
+        json(
+            {{"name", "Field/Crop/biomass"}, {"id", "5"}, {"includep", false}, {"scale", 1}, {"color", {1, 0, 0, 1}}}));
+    json summary = results;
+    summary.erase("simulationData");
+    EXPECT_EQ(run({"results", "setup.orrery", "--summary"}).json(), summary);
+
+    EXPECT_EQ(run({"results", "setup.orrery", "--csv", "data.csv"}).out, "");
+    const std::string csv = readWholeFile(m_folder.path() + "data.csv");
+    EXPECT_THAT(csv, StartsWith("/Field/Crop/water,day,Field/Crop/biomass,Field/Crop/yield\n0,166,1.5,-1\n0,167,2.5,"));
+    EXPECT_EQ(run({"results", "setup.orrery", "--csv", "-"}).out, csv);
+}
+
+TEST_F(Tool, NotesATableThatEndsEarly) {
+    (void)m_folder.write("cut.txt", std::string(resultTable).substr(0, 60));
+    const Finished done = run({"results", "setup.orrery", "--table", "cut.txt"});
+    EXPECT_EQ(done.exitCode, 0);
+    EXPECT_THAT(done.err, HasSubstr("of 6 rows"));
+    EXPECT_EQ(done.json()["simulationData"].size(), 12U);
+}
+
+TEST_F(Tool, PlotsWhatIsChosen) {
+    (void)m_folder.write("Zephyr.txt", resultTable);
+    const json curve = run({"plot", "setup.orrery", "--axis1", "/Field/Crop/water", "--hold", "day=167", "--include",
+                            "#1", "--scale", "Field/Crop/yield=0.5", "--json", "-"})
+                           .json();
+    EXPECT_EQ(curve["dimensions"], 2);
+    EXPECT_EQ(curve["labels"], json({"/Field/Crop/water"}));
+    EXPECT_EQ(curve["ranges"], json({{0, 3}}));
+    EXPECT_EQ(curve["indices"], json({1, 3, 5}));
+    EXPECT_EQ(curve["vertices"].size(), 9U);
+    EXPECT_EQ(curve["vertices"][7], 0) << "6 of at most 6, halved, lies in the middle";
+
+    const json surface = run({"plot", "setup.orrery", "--axis1", "#0", "--axis2", "#1", "--include", "#0", "--include",
+                              "#1", "--json", "-"})
+                             .json();
+    EXPECT_EQ(surface["ranges"], json({{0, 12}, {12, 12}}));
+    EXPECT_EQ(surface["vertices"].size(), 144U);
+    EXPECT_EQ(surface["colors"].size(), 2U);
+
+    const json nothing = run({"plot", "setup.orrery", "--include", "#0", "--json", "-"}).json();
+    EXPECT_EQ(nothing["dimensions"], 0);
+    EXPECT_EQ(nothing["vertices"], json::array());
+}
+
+} // namespace
+} // namespace orrery::test
