@@ -1,0 +1,107 @@
+#pragma once
+
+#include "engine/EngineRun.h"
+#include "engine/ModelText.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <filesystem>
+#include <fstream>
+#include <locale>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace orrery::engine {
+
+/// A table as words, with its header's labels.
+struct TableText {
+    std::vector<std::string> labels;
+    std::vector<std::vector<std::string>> rows;
+
+    [[nodiscard]] double number(std::size_t row, const std::string& label) const {
+        for (std::size_t column = 0; column < labels.size(); ++column) {
+            if (labels[column] == label) {
+                return numberOf(rows.at(row).at(column));
+            }
+        }
+        ADD_FAILURE() << "no column " << label;
+        return 0;
+    }
+    [[nodiscard]] const std::string& cells(std::size_t row) const { return rows.at(row).back(); } // the last column
+    static double numberOf(const std::string& word) {
+        std::istringstream stream(word);
+        stream.imbue(std::locale::classic());
+        double value = 0;
+        stream >> value;
+        return value;
+    }
+};
+
+/// Runs small setups inside the test, each in a directory of its own.
+class EngineFixture : public testing::Test {
+protected:
+    void SetUp() override {
+        std::string pattern = testing::TempDir() + "orrery-engine-XXXXXX";
+        m_directory = mkdtemp(pattern.data());
+    }
+    void TearDown() override { std::filesystem::remove_all(m_directory); }
+
+    [[nodiscard]] std::string path(const std::string& name) const { return m_directory + "/" + name; }
+    void write(const std::string& name, const std::string& text) const { std::ofstream(path(name)) << text; }
+    [[nodiscard]] std::string read(const std::string& name) const {
+        std::ostringstream text;
+        text << std::ifstream(path(name)).rdbuf();
+        return text.str();
+    }
+    [[nodiscard]] std::vector<std::string> files() const {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(m_directory)) {
+            names.push_back(entry.path().filename().string());
+        }
+        std::ranges::sort(names);
+        return names;
+    }
+
+    /// Every year starts on the setup's first day.
+    class FirstDay : public Calendar {
+        [[nodiscard]] int ordinalDayInYear(const Date&) const override { return 1; }
+    };
+
+    void runFiles() {
+        Progress progress([this](std::string_view line) { m_lines.append(line).append("\n"); }, m_stop);
+        runSetup(path("setup.orrery"), m_directory + "/", FirstDay(), progress);
+    }
+    TableText run(const ModelText& model, const std::string& setup) {
+        write("model.xml", model.text());
+        write("setup.orrery", setup);
+        runFiles();
+        return table("Zephyr.txt");
+    }
+    [[nodiscard]] TableText table(const std::string& name) const {
+        TableText table;
+        std::istringstream stream(read(name));
+        std::string line;
+        while (std::getline(stream, line)) {
+            std::istringstream words(line);
+            std::vector<std::string> fields;
+            for (std::string word; std::getline(words, word, '\t');) {
+                fields.push_back(word);
+            }
+            if (table.labels.empty()) {
+                table.labels = fields;
+            } else {
+                table.rows.push_back(fields);
+            }
+        }
+        return table;
+    }
+
+    std::string m_directory;
+    std::string m_lines; // what the engine said
+    std::atomic<bool> m_stop = false;
+};
+
+} // namespace orrery::engine

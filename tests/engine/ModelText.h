@@ -1,0 +1,103 @@
+#pragma once
+
+#include <algorithm>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace orrery::engine {
+
+using Attributes = std::vector<std::pair<std::string, std::string>>;
+
+/// Writes the text of a small model: parts in one root level "Root", each with its ports.
+class ModelText {
+public:
+    struct Port {
+        std::string name;
+        Attributes attributes;
+        std::string source; // "Part/port" of an output, or an identifier
+    };
+
+    ModelText& part(const std::string& className, const std::string& name, const std::vector<Port>& inputs,
+                    const std::vector<Port>& outputs, const Attributes& attributes = {}) {
+        m_parts.push_back(name);
+        std::string relationships = relationship("parent", "root");
+        relationships += relationship("inputs", ports("KSINPUT", name, inputs));
+        relationships += relationship("outputs", ports("KSOUTPUT", name, outputs));
+        m_objects += object(className, name, name, attributes, relationships);
+        return *this;
+    }
+
+    [[nodiscard]] std::string text() const {
+        std::string children;
+        for (const std::string& part : m_parts) {
+            children += (children.empty() ? "" : " ") + part;
+        }
+        return "<database>\n" + object("KSLEVEL", "root", "Root", {}, relationship("children", children)) + m_objects +
+               "</database>\n";
+    }
+
+private:
+    static std::string relationship(const std::string& name, const std::string& targets) {
+        if (targets.empty()) {
+            return {};
+        }
+        return "<relationship name=\"" + name + "\" type=\"0/0\" idrefs=\"" + targets + "\"/>";
+    }
+
+    static std::string object(const std::string& className, const std::string& identifier, const std::string& name,
+                              const Attributes& attributes, const std::string& relationships) {
+        std::string text = "<object type=\"" + className + "\" id=\"" + identifier + "\">";
+        text += "<attribute name=\"name\">" + name + "</attribute>";
+        for (const auto& [key, value] : attributes) {
+            text += "<attribute name=\"" + key + "\"><![CDATA[" + value + "]]></attribute>";
+        }
+        return text + relationships + "</object>\n";
+    }
+
+    std::string ports(const std::string& className, const std::string& part, const std::vector<Port>& ports) {
+        std::string identifiers;
+        for (const Port& port : ports) {
+            std::string identifier = part + "/" + port.name;
+            std::ranges::replace(identifier, ' ', '_');
+            identifiers += (identifiers.empty() ? "" : " ") + identifier;
+            Attributes attributes = port.attributes;
+            if (className == "KSOUTPUT") {
+                attributes.emplace_back("recordp", "1");
+            }
+            m_objects += object(className, identifier, port.name, attributes,
+                                relationship("parent", part) + relationship("source", port.source));
+        }
+        return identifiers;
+    }
+
+    std::vector<std::string> m_parts;
+    std::string m_objects;
+};
+
+/// A setup of 10 days with a row a day; `settings` replace the ones here (the first element of a name counts).
+[[nodiscard]] inline std::string setupText(const std::string& settings, const std::string& entries = {}) {
+    const bool hasSteps = settings.find("<StepsPerDay>") != std::string::npos; // which must stand there once
+    return "<Simulation>" + settings + (hasSteps ? "" : "<StepsPerDay>1</StepsPerDay>") +
+           "<ModelPath>model.xml</ModelPath><RunLength>10</RunLength><ReportStep>1</ReportStep>"
+           "<Dimensions>{1,1}</Dimensions>" +
+           entries + "</Simulation>";
+}
+
+[[nodiscard]] inline std::string initialization(const std::string& port, const std::string& value,
+                                                const std::string& coordinates = "{0,0}") {
+    return "<Initialization><PortPath>" + port + "</PortPath><Coordinates>" + coordinates + "</Coordinates><Value>" +
+           value + "</Value></Initialization>";
+}
+
+[[nodiscard]] inline std::string stepper(const std::string& port, const std::string& start, const std::string& step,
+                                         const std::string& stop) {
+    return "<Steppers><PortPath>" + port + "</PortPath><Start>" + start + "</Start><Step>" + step + "</Step><Stop>" +
+           stop + "</Stop></Steppers>";
+}
+
+[[nodiscard]] inline std::string output(const std::string& port, const std::string& file) {
+    return "<Output><PortPath>" + port + "</PortPath><OutputPathName>" + file + "</OutputPathName></Output>";
+}
+
+} // namespace orrery::engine
