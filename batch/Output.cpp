@@ -1,14 +1,12 @@
 #include "batch/Output.h"
 
 #include "batch/Command.h"
-#include "platform/Files.h"
 #include "platform/OrreryError.h"
 
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
-#include <utility>
 
 namespace orrery {
 namespace {
@@ -30,25 +28,30 @@ int writeAll(int descriptor, std::string_view text) {
 
 } // namespace
 
-Output::Output(std::string target) : m_target(std::move(target)) {}
+Output::Output(const std::string& target) {
+    if (target != "-") {
+        m_file.emplace(target);
+    }
+}
 
 void Output::write(std::string_view text) {
     m_held += text;
-    if (toStandardOutput() && m_held.size() >= blockSize) {
+    if (m_held.size() >= blockSize) {
         flush();
     }
 }
 
 void Output::finish() {
-    if (toStandardOutput()) {
-        flush();
-    } else {
-        replaceFile(m_target, m_held);
+    flush();
+    if (m_file) {
+        m_file->finish();
     }
 }
 
 void Output::flush() {
-    if (const int error = writeAll(STDOUT_FILENO, m_held); error != 0) {
+    if (m_file) {
+        m_file->write(m_held);
+    } else if (const int error = writeAll(STDOUT_FILENO, m_held); error != 0) {
         throw OrreryError(std::string("cannot be written: ") + std::strerror(error) + ".", {.file = "standard output"},
                           "What was written is not complete; send it to a file with room for it.");
     }

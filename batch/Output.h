@@ -1,5 +1,8 @@
 #pragma once
 
+#include "platform/Files.h"
+
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -9,7 +12,7 @@ namespace orrery {
 class Output {
 public:
     /// `target`: a file's path, or "-" for standard output.
-    explicit Output(std::string target);
+    explicit Output(const std::string& target);
 
     void write(std::string_view text);
     /// Puts out what is still held. Without it a file is left as it was.
@@ -18,9 +21,8 @@ public:
 
 private:
     void flush();
-    [[nodiscard]] bool toStandardOutput() const { return m_target == "-"; }
 
-    std::string m_target;
+    std::optional<FileReplacement> m_file; // none: standard output
     std::string m_held;
 };
 

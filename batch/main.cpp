@@ -1,7 +1,10 @@
 #include "batch/Command.h"
+#include "batch/SetupFiles.h"
+#include "platform/OrreryError.h"
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <array>
 #include <csignal>
 #include <cstddef>
@@ -34,6 +37,21 @@ int usage(const CLI::App& parser, const CLI::ParseError& error) {
     return exitUsage;
 }
 
+/// Our own word for a command that there is not, since the parser would only miss one.
+void requireKnownCommand(int argc, char** argv) {
+    if (argc < 2 || argv[1][0] == '-') {
+        return;
+    }
+    std::vector<std::string> names;
+    for (const Command& command : commands) {
+        names.emplace_back(command.name);
+    }
+    if (const std::string name = argv[1]; std::ranges::find(names, name) == names.end()) {
+        throw CLI::ParseError("no command '" + quotedForMessage(name) + "'" + suggestion(name, names),
+                              CLI::ExitCodes::ExtrasError);
+    }
+}
+
 int run(int argc, char** argv) {
     CLI::App parser{"Orrery without a window: sets up, runs and reads parameter sweeps.", "orrery-batch"};
     parser.require_subcommand(1);
@@ -42,6 +60,7 @@ int run(int argc, char** argv) {
         actions.push_back(command.build(*parser.add_subcommand(command.name, command.help)));
     }
     try {
+        requireKnownCommand(argc, argv);
         parser.parse(argc, argv);
         for (std::size_t i = 0; i < commands.size(); ++i) {
             if (parser.got_subcommand(commands.at(i).name)) {

@@ -3,6 +3,7 @@
 #include "platform/Date.h"
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -48,6 +49,23 @@ private:
 /// kept. Returns only when the new file is on the disk.
 /// @throws OrreryError naming the path, the system's reason and that the old file is unchanged
 void replaceFile(const std::string& path, std::string_view bytes);
+
+/// The same for contents too large to hold: written in pieces into the temporary file, in place once finish() returns.
+class FileReplacement {
+public:
+    /// @throws OrreryError as replaceFile, and so do the others
+    explicit FileReplacement(const std::string& path);
+    FileReplacement(const FileReplacement&) = delete;
+    FileReplacement& operator=(const FileReplacement&) = delete;
+    ~FileReplacement(); // without finish() the old file stays
+
+    void write(std::string_view bytes);
+    void finish();
+
+private:
+    struct State;
+    std::unique_ptr<State> m_state;
+};
 
 /// The path made absolute against the current directory, "." and ".." removed as text; links are not followed.
 [[nodiscard]] std::string absolutePath(const std::string& path);

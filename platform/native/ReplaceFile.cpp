@@ -222,17 +222,34 @@ void syncDirectory(const Target& target) {
 
 } // namespace
 
-void replaceFile(const std::string& path, std::string_view bytes) {
-    const Target target = findTarget(path);
-    {
-        const FileSizeSignalHeld held;
-        TemporaryFile file(target);
+struct FileReplacement::State {
+    explicit State(const std::string& path) : target(findTarget(path)), file(target) {
         if (target.exists) file.takeOwnerAndMode();
-        file.write(bytes);
-        file.syncAndClose();
-        file.takeTargetsName();
     }
-    syncDirectory(target);
+    const Target target;
+    TemporaryFile file;
+};
+
+FileReplacement::FileReplacement(const std::string& path) : m_state(std::make_unique<State>(path)) {}
+
+FileReplacement::~FileReplacement() = default;
+
+void FileReplacement::write(std::string_view bytes) {
+    const FileSizeSignalHeld held;
+    m_state->file.write(bytes);
+}
+
+void FileReplacement::finish() {
+    const FileSizeSignalHeld held; // the close may still write
+    m_state->file.syncAndClose();
+    m_state->file.takeTargetsName();
+    syncDirectory(m_state->target);
+}
+
+void replaceFile(const std::string& path, std::string_view bytes) {
+    FileReplacement file(path);
+    file.write(bytes);
+    file.finish();
 }
 
 } // namespace orrery

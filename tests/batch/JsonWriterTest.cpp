@@ -66,7 +66,7 @@ TEST(Output, LeavesTheOldFileUntilItIsFinished) {
         output.write(std::string(1U << 20U, 'x'));
     }
     EXPECT_EQ(readWholeFile(path), "old");
-    EXPECT_THROW(Output("/dev/full").finish(), OrreryError);
+    EXPECT_THROW(Output("/dev/full"), OrreryError);
 }
 
 } // namespace

@@ -48,7 +48,8 @@ std::vector<std::string> plotWith(std::vector<std::string> options) {
 INSTANTIATE_TEST_SUITE_P(
     Usage, ToolRefuses,
     testing::Values(
-        Refusal{"noCommand", 2, {}, "--help"}, Refusal{"unknownCommand", 2, {"shwo"}, "shwo"},
+        Refusal{"noCommand", 2, {}, "--help"},
+        Refusal{"unknownCommand", 2, {"shwo"}, "no command 'shwo'; did you mean 'show'?"},
         Refusal{"missingFile", 2, {"show"}, "SETUP"}, Refusal{"unknownOption", 2, {"show", "a", "--x"}, "--x"},
         Refusal{"summaryAndCsv", 2, {"results", "setup.orrery", "--summary", "--csv", "-"}, "--summary"},
         Refusal{"unknownKey", 2, {"new", "o", "--model", "m", "--set", "runLenght=1"}, "did you mean 'runLength'?"},
@@ -69,7 +70,10 @@ INSTANTIATE_TEST_SUITE_P(
         Refusal{"requiredElements", 1, {"rewrite", "partial.orrery", "out.orrery"}, "RunLength"},
         Refusal{"missingModel", 1, {"model", "none.xml"}, "none.xml: "},
         Refusal{"modelWithoutRoot", 1, {"model", "setup.orrery"}, "No root"},
-        Refusal{"missingTable", 1, {"results", "setup.orrery", "--table", "none.txt"}, "none.txt: "},
+        Refusal{"missingTable",
+                1,
+                {"results", "setup.orrery", "--table", "none.txt"},
+                "The data file, none.txt, was not found"},
         Refusal{"noRunYet", 1, {"results", "setup.orrery"}, "Zephyr.txt"},
         Refusal{"fewLabels", 1, {"results", "setup.orrery", "--table", "short.txt"}, "short.txt"},
         Refusal{"csvIntoNowhere", 1, {"results", "setup.orrery", "--table", "table.txt", "--csv", "no/c"}, "no/c: "},
@@ -117,7 +121,7 @@ TEST_F(Tool, MakesTheSetupThatItWasTold) {
 TEST_F(Tool, RewritesEverySetupToTheSameBytesTheSecondTime) {
     std::vector<std::string> setups{
         m_folder.write("roman.orrery", "<Simulation><ModelPath>caf\x8E</ModelPath><RunLength>\xC3\xA9</RunLength>"
-                                       "<ReportStep>&lt;</ReportStep><Dimensions/></Simulation>")};
+                                       "<StepsPerDay/><ReportStep>&lt;</ReportStep><Dimensions/></Simulation>")};
     for (const auto& entry : std::filesystem::directory_iterator(ORRERY_SAMPLES)) {
         if (entry.path().extension() == ".orrery") setups.push_back(entry.path());
     }
