@@ -92,7 +92,7 @@ PlotPictureRequest pictureRequest(const PictureOptions& options) {
 void writePicture(const std::string& file, const PlotPictureRequest& request, const PlotLayout& layout,
                   const PlotSource& source) {
     if (layout.dimensions == 0 || layout.nSurfaces == 0) {
-        throw OrreryError("the plot has nothing to draw", {.file = file},
+        throw OrreryError("The plot has nothing to draw.", {.file = file},
                           "Choose an axis with --axis1 and a response with --include.");
     }
     renderPlotPng(file, request, [&](PlotView& view) { showPlot(view, layout, source); });

@@ -150,8 +150,10 @@ void OpenGLPlotView::drawObjects3() {
     glEnable(GL_DEPTH_TEST); // it leaves that off, too; the axes are to hide and be hidden in the first frame
     glMatrixMode(GL_MODELVIEW);
     glDisable(GL_LIGHTING);
+    glDisable(GL_MULTISAMPLE); // smooth lines are smoothed only without it
     drawAxes3();
     drawLabels3();
+    glEnable(GL_MULTISAMPLE);
     glEnable(GL_LIGHTING);
     glEnable(GL_DEPTH_TEST);
     // Given after the model-view transform, so the light is fixed to the scene and turns with it.
@@ -215,6 +217,7 @@ void OpenGLPlotView::drawObjects2() {
     glScalef(0.8F, 0.8F, 1.0F);
     glTranslatef(0.1F, 0.1F, 0.0F);
     glDisable(GL_LIGHTING);
+    glDisable(GL_MULTISAMPLE);
     drawAxes2();
     drawCurves2();
     drawLabel2();
