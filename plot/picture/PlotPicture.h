@@ -16,9 +16,9 @@ struct PlotPictureRequest {
     int height = 700;
     int samples = 1;     // per pixel; more smooth the edges of surfaces
     float yRotation = 0; // degrees
-    std::optional<Vector3> eye;
-    std::optional<Vector3> lookAt;
-    std::optional<float> lightHeight;
+    std::optional<Vector3> eye = {};
+    std::optional<Vector3> lookAt = {};
+    std::optional<float> lightHeight = {};
 };
 
 /// Gives a plot to a view: dimensions, labels, surfaces and colours.

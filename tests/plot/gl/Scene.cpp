@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <limits>
 
-namespace orrery::testing {
+namespace orrery::test {
 
 namespace {
 
@@ -61,4 +61,4 @@ void Scene::show(PlotView& view) const {
     showPlot(view, plotLayout(variables, variablesShown), {cells, maxima, variablesShown, rows});
 }
 
-} // namespace orrery::testing
+} // namespace orrery::test

@@ -1,0 +1,241 @@
+// What drawing leaves behind: state, objects, contexts.
+#include "plot/GlCheck.h"
+#include "tests/plot/gl/GlFixture.h"
+
+#include <gmock/gmock.h>
+
+#include <cstdlib>
+#include <memory>
+#include <new>
+
+namespace {
+
+thread_local std::size_t allocations = 0; // of this thread, so that the driver's own threads do not count
+
+} // namespace
+
+void* operator new(std::size_t size) {
+    ++allocations;
+    if (void* block = std::malloc(size == 0 ? 1 : size)) return block;
+    throw std::bad_alloc();
+}
+void operator delete(void* block) noexcept {
+    std::free(block);
+}
+void operator delete(void* block, std::size_t) noexcept {
+    std::free(block);
+}
+
+namespace orrery::test {
+namespace {
+
+/// Names of that kind in the current context.
+template <typename IsName>
+int countNames(IsName isName) {
+    int count = 0;
+    for (GLuint name = 1; name < 5000; ++name) {
+        count += isName(name) == GL_TRUE ? 1 : 0;
+    }
+    return count;
+}
+
+GLint stateOf(GLenum name) {
+    std::array<GLint, 16> values{};
+    glGetIntegerv(name, values.data());
+    return values[0];
+}
+
+TEST_F(GlTest, FramesDependOnThePlotAloneNotOnWhatWasDrawnBefore) {
+    const Pixels surface = TestView().frameOf(plate());
+    const Pixels lines = TestView().frameOf(curves());
+    TestView test;
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(test.frameOf(curves()).rgba, lines.rgba);
+        EXPECT_EQ(test.frameOf(plate()).rgba, surface.rgba);
+        EXPECT_EQ(test.frame().rgba, surface.rgba);
+    }
+}
+
+TEST_F(GlTest, AFrameLeavesNothingBoundOrPushed) {
+    TestView test;
+    for (const Scene& scene : {plate(), curves()}) {
+        static_cast<void>(test.frameOf(scene));
+        EXPECT_EQ(stateOf(GL_ARRAY_BUFFER_BINDING), 0);
+        EXPECT_EQ(stateOf(GL_TEXTURE_BINDING_RECTANGLE_ARB), 0);
+        EXPECT_EQ(stateOf(GL_ATTRIB_STACK_DEPTH), 0);
+        EXPECT_EQ(stateOf(GL_MODELVIEW_STACK_DEPTH), 1);
+        EXPECT_EQ(stateOf(GL_PROJECTION_STACK_DEPTH), 1);
+        EXPECT_EQ(stateOf(GL_UNPACK_ROW_LENGTH), 0);
+        EXPECT_EQ(stateOf(GL_UNPACK_ALIGNMENT), 4);
+        for (const GLenum array : {GL_VERTEX_ARRAY, GL_NORMAL_ARRAY, GL_TEXTURE_RECTANGLE_ARB}) {
+            EXPECT_FALSE(glIsEnabled(array)) << array;
+        }
+        EXPECT_TRUE(glIsEnabled(GL_BLEND));
+    }
+}
+
+TEST_F(GlTest, ALabelPutsBackMatricesModeAndState) {
+    TestView test;
+    static_cast<void>(test.frameOf(plate()));
+    glMatrixMode(GL_TEXTURE);
+    glEnable(GL_DEPTH_TEST);
+    glColor3f(1, 0, 0);
+    std::array<double, 16> before{};
+    std::array<double, 16> after{};
+    std::array<float, 4> color{};
+    glGetDoublev(GL_PROJECTION_MATRIX, before.data());
+    test.view.labels().front().drawAtX(0, 0, 0);
+    glGetDoublev(GL_PROJECTION_MATRIX, after.data());
+    glGetFloatv(GL_CURRENT_COLOR, color.data());
+    EXPECT_EQ(before, after);
+    EXPECT_EQ(stateOf(GL_MATRIX_MODE), GL_TEXTURE);
+    EXPECT_TRUE(glIsEnabled(GL_DEPTH_TEST) && glIsEnabled(GL_BLEND));
+    EXPECT_EQ(color, (std::array<float, 4>{1, 0, 0, 1}));
+}
+
+TEST_F(GlTest, AThousandRebuildsKeepOneBufferAndTheLabelsTextures) {
+    TestView test;
+    const Scene surface = axesOnly();
+    const Scene lines = curves();
+    for (int i = 0; i < 500; ++i) {
+        lines.show(test.view);
+        surface.show(test.view);
+    }
+    EXPECT_EQ(countNames(glIsBuffer), 1);
+    EXPECT_EQ(countNames(glIsTexture), 2);
+    test.view.setSurfaces({}, 0, {});
+    test.view.setLabels({});
+    EXPECT_EQ(countNames(glIsBuffer) + countNames(glIsTexture), 0);
+    EXPECT_EQ(test.view.ident(), 0U);
+}
+
+TEST_F(GlTest, ADestroyedViewDeletesItsObjectsInItsOwnContext) {
+    TestView other;
+    static_cast<void>(other.frameOf(plate()));
+    BlockRasterizer rasterizer;
+    EglSurface surface(50, 50);
+    auto view = std::make_unique<OpenGLPlotView>(surface, rasterizer);
+    view->prepareOpenGL();
+    plate().show(*view);
+    ASSERT_TRUE(other.surface.makeCurrent());
+    view.reset();
+    ASSERT_TRUE(surface.makeCurrent());
+    EXPECT_EQ(countNames(glIsBuffer) + countNames(glIsTexture), 0);
+    ASSERT_TRUE(other.surface.makeCurrent());
+    EXPECT_EQ(countNames(glIsBuffer) + countNames(glIsTexture), 3);
+}
+
+TEST_F(GlTest, TwoViewsSideBySideShowEachItsOwn) {
+    const Pixels aloneSurface = TestView().frameOf(plate());
+    const Pixels aloneLines = TestView(200, 100).frameOf(curves());
+    TestView first;
+    TestView second(200, 100);
+    for (int i = 0; i < 3; ++i) {
+        plate().show(first.view); // given and drawn in turns, so that each call finds the other's context current
+        curves().show(second.view);
+        first.view.drawRect();
+        second.view.drawRect();
+        first.view.updateProjection();
+        EXPECT_EQ(second.surface.readPixels().rgba, aloneLines.rgba);
+        EXPECT_EQ(first.surface.readPixels().rgba, aloneSurface.rgba);
+    }
+}
+
+struct ContextCase {
+    const char* name;
+    Scene scene;
+    bool givenBefore; // while there is no context
+};
+class ContextChange : public GlTest, public ::testing::WithParamInterface<ContextCase> {};
+TEST_P(ContextChange, BringsThePictureBack) {
+    const Pixels wanted = TestView().frameOf(GetParam().scene);
+    TestView test;
+    if (!GetParam().givenBefore) {
+        ASSERT_EQ(test.frameOf(GetParam().scene).rgba, wanted.rgba);
+    }
+    for (int i = 0; i < 3; ++i) {
+        test.view.releaseContext();
+        test.surface.loseContext();
+        test.view.updateProjection();
+        test.view.drawRect(); // nothing, without a context
+        if (GetParam().givenBefore) {
+            GetParam().scene.show(test.view);
+        }
+        test.surface.recreateContext();
+        test.view.prepareOpenGL();
+        EXPECT_EQ(test.frame().rgba, wanted.rgba);
+    }
+    test.view.releaseContext();
+    test.surface.loseContext(); // the view goes after its context
+}
+INSTANTIATE_TEST_SUITE_P(Contexts, ContextChange,
+                         ::testing::Values(ContextCase{"surfaceRemade", plate(), false},
+                                           ContextCase{"curvesRemade", curves(), false},
+                                           ContextCase{"surfaceGivenBefore", plate(), true},
+                                           ContextCase{"curvesGivenBefore", curves(), true}),
+                         [](const auto& row) { return row.param.name; });
+
+TEST_F(GlTest, AContextLostWithoutWarningLeavesNoErrors) {
+    TestView test;
+    static_cast<void>(test.frameOf(plate()));
+    test.surface.loseContext();
+    plate().show(test.view);
+    test.view.drawRect();
+}
+
+TEST_F(GlTest, AnUnchangedPlotAllocatesNothingInAFrame) {
+    TestView test;
+    for (const Scene& scene : {plate(), curves()}) {
+        for (int i = 0; i < 3; ++i) {
+            static_cast<void>(test.frameOf(scene));
+        }
+        const std::size_t before = allocations;
+        test.view.setYRotation(test.view.yRotation() + 0.5F);
+        test.view.drawRect();
+        EXPECT_EQ(allocations - before, 0U);
+    }
+}
+
+TEST_F(GlTest, AResizedSurfaceGetsItsViewportAndProjection) {
+    TestView test(300, 240);
+    static_cast<void>(test.frameOf(plate()));
+    test.surface.resize(200, 100);
+    EXPECT_EQ(test.frame().rgba, TestView(200, 100).frameOf(plate()).rgba);
+    EXPECT_EQ(test.view.camera().viewWidth, 200);
+    EXPECT_EQ(test.view.camera().viewHeight, 100);
+}
+
+TEST_F(GlTest, ASizeNotYetKnownLeavesTheProjectionAlone) {
+    TestView test;
+    std::array<double, 16> matrix{};
+    test.view.updateProjection();
+    glGetDoublev(GL_PROJECTION_MATRIX, matrix.data());
+    EXPECT_EQ(matrix[0], 1.0);
+    EXPECT_EQ(matrix[14], 0.0);
+}
+
+TEST_F(GlTest, RangesOutsideTheDataDrawNothing) {
+    TestView test;
+    const Pixels none = test.frameOf(axesOnly());
+    const std::vector<float> triangle(18, 0.5F);
+    for (const VertexRange range : {VertexRange{0, 4}, {3, 1}, {0, 0}, {0xffffffffU, 0xffffffffU}, {1U << 31U, 3}}) {
+        test.view.setSurfaces(triangle, 18, {range});
+        EXPECT_EQ(test.frame().rgba, none.rgba) << range.first;
+    }
+    test.view.setSurfaces(std::span(triangle).first(9), 18, {{0, 3}});
+    EXPECT_EQ(test.frame().rgba, none.rgba) << "the size says more than there is";
+    test.view.setSurfaces(triangle, 18, {{0, 3}, {0, 3}}); // one colour for two ranges
+    static_cast<void>(test.frame());
+}
+
+TEST_F(GlTest, TheErrorCheckReadsOneErrorAndLogsItsText) {
+    TestView test;
+    ASSERT_EQ(glCheckError(), 0U);
+    glEnable(0xffff);
+    EXPECT_EQ(glCheckError(), static_cast<unsigned>(GL_INVALID_ENUM));
+    EXPECT_EQ(glCheckError(), 0U);
+    EXPECT_THAT(std::exchange(m_log, {}), ::testing::ElementsAre("Error: invalid enumerant."));
+}
+
+} // namespace
+} // namespace orrery::test
