@@ -1,0 +1,187 @@
+#pragma once
+
+#include "document/MyDocument.h"
+#include "platform/ChildProcess.h"
+#include "platform/Log.h"
+#include "platform/RunLoop.h"
+#include "support/TemporaryFolder.h"
+
+#include <deque>
+#include <gtest/gtest.h>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace orrery::test {
+
+/// A child that does what the test says. It outlives its wrapper, so a test can look at it afterwards.
+struct FakeChildState {
+    std::vector<std::string> command;
+    ChildProcess::Events events;
+    std::string pending; // in the pipe
+    bool listening = true;
+    bool terminated = false;
+
+    void write(const std::string& text) {
+        if (listening) events.output(std::as_bytes(std::span(text)));
+    }
+    void end() {
+        if (listening) events.endOfOutput();
+    }
+};
+
+class FakeChild : public ChildProcess {
+public:
+    explicit FakeChild(std::shared_ptr<FakeChildState> state) : m_state(std::move(state)) {}
+    void start(const std::vector<std::string>& command, Events events) override {
+        m_state->command = command;
+        m_state->events = std::move(events);
+    }
+    void drain() override { m_state->write(std::exchange(m_state->pending, "")); }
+    void stopListening() override { m_state->listening = false; }
+    void terminate() override { m_state->terminated = true; }
+
+private:
+    std::shared_ptr<FakeChildState> m_state;
+};
+
+class FakeLauncher : public ChildProcessLauncher {
+public:
+    std::unique_ptr<ChildProcess> makeChildProcess() override {
+        children.push_back(std::make_shared<FakeChildState>());
+        return std::make_unique<FakeChild>(children.back());
+    }
+    FakeChildState& last() { return *children.back(); }
+    std::vector<std::shared_ptr<FakeChildState>> children;
+};
+
+/// A loop whose timers go off when the test says so.
+class ManualRunLoop : public RunLoop {
+public:
+    std::unique_ptr<Source> repeat(std::chrono::nanoseconds interval, std::function<void()> callback) override {
+        return add(interval, std::move(callback));
+    }
+    std::unique_ptr<Source> after(std::chrono::nanoseconds delay, std::function<void()> callback) override {
+        return add(delay, std::move(callback));
+    }
+    std::unique_ptr<Source> watchReadable(int /*descriptor*/, std::function<void()> callback) override {
+        return add({}, std::move(callback));
+    }
+    void tick() {
+        for (const auto& timer : std::vector(timers)) {
+            if (auto live = timer.lock()) (*live)();
+        }
+    }
+    [[nodiscard]] std::size_t liveTimers() const {
+        return static_cast<std::size_t>(std::ranges::count_if(timers, [](const auto& t) { return !t.expired(); }));
+    }
+    std::vector<std::weak_ptr<std::function<void()>>> timers;
+    std::vector<std::chrono::nanoseconds> intervals;
+
+private:
+    struct Timer : Source {
+        std::shared_ptr<std::function<void()>> callback;
+    };
+    std::unique_ptr<Source> add(std::chrono::nanoseconds interval, std::function<void()> callback) {
+        auto timer = std::make_unique<Timer>();
+        timer->callback = std::make_shared<std::function<void()>>(std::move(callback));
+        timers.push_back(timer->callback);
+        intervals.push_back(interval);
+        return timer;
+    }
+};
+
+/// Records what a document says to its window, and answers for the person at it.
+struct RecordingWindow : StatusView, ProgressWheel, TwoStateButton, Alerts, Slider, SettingsRows {
+    std::string status;
+    bool wheelTurns = false;
+    ButtonState button = ButtonState::Off;
+    bool buttonEnabled = false;
+    std::vector<AlertText> alerts;
+    std::vector<AlertText> sheets;
+    std::function<void(std::size_t)> sheetAnswer;
+    std::size_t modalAnswer = 0;
+    unsigned attention = 0;
+    std::vector<std::string> controls; // "row.tag on" or "row.tag off"
+
+    void setString(std::string_view text) override { status = text; }
+    void appendString(std::string_view text) override { status += text; }
+    void setNeedsDisplay() override {}
+    void startAnimation() override { wheelTurns = true; }
+    void stopAnimation() override { wheelTurns = false; }
+    [[nodiscard]] ButtonState state() const override { return button; }
+    void setState(ButtonState state) override { button = state; }
+    void setEnabled(bool enabled) override { buttonEnabled = enabled; }
+    [[nodiscard]] std::size_t runModal(const AlertText& text) override {
+        alerts.push_back(text);
+        return modalAnswer;
+    }
+    void beginSheet(const AlertText& text, std::function<void(std::size_t)> answered) override {
+        sheets.push_back(text);
+        sheetAnswer = std::move(answered);
+    }
+    void requestUserAttention() override { ++attention; }
+    [[nodiscard]] double maxValue() const override { return 360; }
+    void reloadData() override {}
+    void setControlEnabled(std::size_t row, int tag, bool enabled) override {
+        controls.push_back(std::to_string(row) + "." + std::to_string(tag) + (enabled ? " on" : " off"));
+    }
+};
+
+/// A document with a recorded window, a fake engine and folders of its own.
+class DocumentTest : public testing::Test {
+protected:
+    DocumentTest() {
+        setLogSink([this](std::string_view line) { log.emplace_back(line); });
+    }
+    ~DocumentTest() override { setLogSink({}); }
+
+    DocumentServices services() {
+        DocumentServices services;
+        services.run.launcher = &launcher;
+        services.run.runLoop = &loop;
+        services.run.enginePath = [this] { return enginePath; };
+        services.run.temporaryDirectory = temporary.path();
+        services.userDefaults = &defaults;
+        return services;
+    }
+    /// Shows the document in the recorded window.
+    void show(MyDocument& document) {
+        DocumentOutlets outlets;
+        outlets.statusView = &window;
+        outlets.progressWheel = &window;
+        outlets.startStopButton = &window;
+        outlets.alerts = &window;
+        outlets.yRotationSlider = &window;
+        outlets.independentVariableSettings = &window;
+        outlets.glView = &plot;
+        document.setOutlets(outlets);
+    }
+
+    TemporaryFolder temporary; // the engine's temporary directory
+    TemporaryFolder files;
+    FakeLauncher launcher;
+    ManualRunLoop loop;
+    MemoryUserDefaults defaults;
+    RecordingWindow window;
+    StoredPlotView plot;
+    std::optional<std::string> enginePath = "/opt/engine/Zephyr";
+    std::vector<std::string> log;
+};
+
+/// A model of one level "Field" with the part "Crop" and its recorded outputs "biomass" and "yield".
+inline constexpr std::string_view cropModel = R"(<database>
+<object type="KSLEVEL" id="r"><attribute name="name">Field</attribute>
+  <relationship name="children" idrefs="p"/></object>
+<object type="KSEXPRESSION" id="p"><attribute name="name">Crop</attribute>
+  <relationship name="parent" idrefs="r"/><relationship name="inputs" idrefs="i"/>
+  <relationship name="outputs" idrefs="a b"/></object>
+<object type="KSINPUT" id="i"><attribute name="name">rain</attribute><relationship name="parent" idrefs="p"/></object>
+<object type="KSOUTPUT" id="a"><attribute name="name">biomass</attribute><attribute name="varid">1</attribute>
+  <attribute name="recordp">1</attribute><relationship name="parent" idrefs="p"/></object>
+<object type="KSOUTPUT" id="b"><attribute name="name">yield</attribute><attribute name="varid">2</attribute>
+  <attribute name="recordp">yes</attribute><relationship name="parent" idrefs="p"/></object>
+</database>)";
+
+} // namespace orrery::test

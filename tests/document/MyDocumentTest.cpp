@@ -1,0 +1,323 @@
+#include "document/DocumentFixture.h"
+#include "platform/Files.h"
+#include "platform/OrreryError.h"
+
+#include <filesystem>
+
+namespace orrery::test {
+namespace {
+
+class MyDocumentTest : public DocumentTest {
+protected:
+    std::string writeSetup(const std::string& name, const std::string& model, const std::string& more = "") {
+        return files.write(name, "<Simulation><ModelPath>" + model + "</ModelPath><Dimensions>{1,1}</Dimensions>" +
+                                     "<RunLength>3</RunLength><ReportStep>10</ReportStep>" + more + "</Simulation>");
+    }
+};
+
+TEST_F(MyDocumentTest, ANewSetupObservesFiveKeysAndAnOpenedOneSix) {
+    struct Case {
+        const char* name;
+        bool opened;
+        bool startDayCounts;
+    };
+    for (const Case& row : {Case{"new", false, false}, Case{"opened", true, true}}) {
+        SCOPED_TRACE(row.name);
+        MyDocument document(services());
+        if (row.opened) {
+            document.readFromFile(writeSetup("a.orrery", ""));
+        } else {
+            document.initWithType("setup");
+        }
+        EXPECT_FALSE(document.isDocumentEdited());
+        document.theDictionary().setStartDay(Date{});
+        EXPECT_EQ(document.isDocumentEdited(), row.startDayCounts);
+        document.updateChangeCount(ChangeKind::Cleared);
+        const std::string same(document.theDictionary().textOrEmpty(setup_key::runLength));
+        document.theDictionary().setText(setup_key::runLength, same);
+        EXPECT_TRUE(document.isDocumentEdited());
+    }
+}
+
+TEST_F(MyDocumentTest, SavingStoresTheLocationBeforeTheSave) {
+    MyDocument document(services());
+    document.initWithType("setup");
+    defaults.setObject("old", "lastPath");
+    document.saveToFile(files.path() + "a b.orrery");
+    EXPECT_EQ(defaults.stringForKey("lastPath"), std::nullopt);
+    document.saveToFile(files.path() + "c.orrery");
+    EXPECT_EQ(defaults.stringForKey("lastPath"), "file://" + files.path() + "a%20b.orrery");
+    EXPECT_EQ(document.filePath(), files.path() + "c.orrery");
+}
+
+TEST_F(MyDocumentTest, AFailedSaveKeepsTheFileAndTheMark) {
+    MyDocument document(services());
+    document.initWithType("setup");
+    const std::string path = files.path() + "a.orrery";
+    document.saveToFile(path);
+    const std::string before = readWholeFile(path);
+    document.theDictionary().setText(setup_key::runLength, "\u4E2D");
+    EXPECT_THROW(document.saveToFile(path), OrreryError);
+    EXPECT_EQ(readWholeFile(path), before);
+    EXPECT_TRUE(document.isDocumentEdited());
+}
+
+TEST_F(MyDocumentTest, BytesThatAreNoSetupOpenEmptyAndAreKeptBesideTheFirstSave) {
+    const std::string path = files.write("a.orrery", "<Simulation><oops");
+    MyDocument document(services());
+    document.readFromFile(path);
+    EXPECT_EQ(document.theDictionary().textOrEmpty(setup_key::gcd), "0");
+    EXPECT_EQ(log.size(), 1U);
+    document.saveToFile(path);
+    EXPECT_EQ(readWholeFile(path + "~"), "<Simulation><oops");
+    document.saveToFile(path);
+    EXPECT_FALSE(fileExists(path + "~2"));
+}
+
+TEST_F(MyDocumentTest, ARefusedFileLeavesTheDocumentAsItWas) {
+    MyDocument document(services());
+    document.readFromFile(writeSetup("a.orrery", "m.xml"));
+    EXPECT_THROW(document.readFromFile(files.write("b.orrery", "<Simulation/>")), OrreryError);
+    EXPECT_EQ(document.filePath(), files.path() + "a.orrery");
+    EXPECT_EQ(document.theDictionary().textOrEmpty(setup_key::modelPath), "m.xml");
+}
+
+TEST_F(MyDocumentTest, OnlyChangedModelsAreImportedAnewOnActivation) {
+    const std::string model = files.write("crop.xml", cropModel);
+    std::vector<std::unique_ptr<MyDocument>> documents;
+    std::vector<MyDocument*> pointers;
+    for (const std::string& path : {model, model, std::string()}) {
+        documents.push_back(std::make_unique<MyDocument>(services()));
+        documents.back()->readFromFile(writeSetup("a.orrery", path));
+        documents.back()->awakeFromNib();
+        pointers.push_back(documents.back().get());
+    }
+    const auto roots = [&] {
+        return std::vector{pointers[0]->modelTree().root(), pointers[1]->modelTree().root(),
+                           pointers[2]->modelTree().root()};
+    };
+    const auto before = roots();
+    applicationDidBecomeActive(pointers);
+    EXPECT_EQ(roots(), before);
+
+    std::filesystem::last_write_time(model, std::filesystem::file_time_type::clock::now() + std::chrono::hours(1));
+    applicationDidBecomeActive(pointers);
+    const auto after = roots();
+    EXPECT_NE(after[0], before[0]);
+    EXPECT_NE(after[1], before[1]);
+    EXPECT_EQ(after[2], nullptr);
+    applicationDidBecomeActive(pointers);
+    EXPECT_EQ(roots(), after);
+}
+
+TEST_F(MyDocumentTest, AModelThatCannotBeImportedIsToldAndTheWindowIsSetUp) {
+    const std::string model = files.write("m.xml", "<database><object type='KSLevel' id='r'/></database>");
+    MyDocument document(services());
+    document.readFromFile(writeSetup("a.orrery", "m.xml")); // beside the setup
+    show(document);
+    document.awakeFromNib();
+    ASSERT_EQ(window.sheets.size(), 1U);
+    EXPECT_NE(window.sheets[0].informative.find("Couldn't find class for KSLevel"), std::string::npos);
+    EXPECT_NE(window.sheets[0].informative.find(model), std::string::npos);
+    EXPECT_EQ(document.modelModification(), std::nullopt); // the next activation tries again
+    EXPECT_EQ(document.lightSliderMax(), 20);
+    EXPECT_EQ(document.lightSliderMin(), -5);
+    EXPECT_EQ(loop.liveTimers(), 1U);
+    document.close();
+    EXPECT_EQ(loop.liveTimers(), 0U);
+}
+
+TEST_F(MyDocumentTest, TagsEnableTheirCommands) {
+    MyDocument document(services());
+    document.initWithType("setup");
+    show(document);
+    EXPECT_FALSE(document.validateTag(runTag));
+    document.theDictionary().setText(setup_key::modelPath, "");
+    EXPECT_TRUE(document.validateTag(runTag));
+    EXPECT_TRUE(window.buttonEnabled);
+    EXPECT_FALSE(document.validateTag(sendTag));
+    EXPECT_FALSE(window.buttonEnabled); // whichever was asked last
+    temporary.write("Zephyr.txt", "");
+    EXPECT_TRUE(document.validateTag(sendTag));
+    document.theDictionary().setText(setup_key::dimensions, "{ 2, 1 }");
+    EXPECT_FALSE(document.validateTag(sendTag)); // no outputs
+    EXPECT_FALSE(document.validateTag(7));
+    EXPECT_TRUE(document.validateMenuItem(7));
+}
+
+TEST_F(MyDocumentTest, PortsAndRowsAreDroppedOnTheirOwnTables) {
+    MyDocument document(services());
+    document.initWithType("setup");
+    document.makeModelTree(files.write("crop.xml", cropModel));
+    const ModelNode* crop = document.modelTree().topLevel().at(0);
+    const ModelNode* rain = crop->children.at(0)->children.at(0);
+    MemoryPasteboard pasteboard;
+    EXPECT_FALSE(document.outlineViewWriteItems({crop}, pasteboard));
+    EXPECT_FALSE(document.outlineViewWriteItems({rain->parent}, pasteboard));
+    ASSERT_TRUE(document.outlineViewWriteItems({rain, crop}, pasteboard));
+
+    EXPECT_EQ(MyDocument::tableViewValidateDrop(PortList::Outputs, pasteboard).operation, DragOperation::None);
+    EXPECT_FALSE(document.tableViewAcceptDrop(PortList::Outputs, pasteboard, 0, DropOperation::Above));
+    EXPECT_FALSE(document.isDocumentEdited());
+    EXPECT_EQ(MyDocument::tableViewValidateDrop(PortList::Steppers, pasteboard).operation, DragOperation::Copy);
+    ASSERT_TRUE(document.tableViewAcceptDrop(PortList::Steppers, pasteboard, 0, DropOperation::Above));
+    EXPECT_TRUE(document.isDocumentEdited());
+    const EntryList dropped = {Entry{{"coordinates", "{ 0, 0 }"}, {"portPath", "/Field/Crop/rain"}}};
+    EXPECT_EQ(document.theDictionary().entries(setup_key::steppers), dropped);
+
+    document.addOrRemoveStepper(0);
+    ASSERT_TRUE(document.tableViewWriteRows(PortList::Steppers, {1}, pasteboard));
+    EXPECT_FALSE(document.tableViewAcceptDrop(PortList::Initializations, pasteboard, 0, DropOperation::Above));
+    ASSERT_TRUE(document.tableViewAcceptDrop(PortList::Steppers, pasteboard, 0, DropOperation::Above));
+    EXPECT_EQ(document.controller(PortList::Steppers).selection(), (std::vector<std::size_t>{0}));
+    document.addOrRemoveStepper(1);
+    EXPECT_EQ(document.theDictionary().entries(setup_key::steppers), dropped);
+}
+
+TEST_F(MyDocumentTest, TheCameraFollowsItsProperties) {
+    MyDocument document(services());
+    show(document);
+    document.awakeFromNib();
+    EXPECT_EQ(plot.camera().viewPos, (Vector3{0, 1, 4}));
+    EXPECT_EQ(plot.camera().viewDir, (Vector3{0, -2, -10}));
+    EXPECT_EQ(plot.camera().viewUp, (Vector3{0, 1, 0}));
+    EXPECT_EQ(plot.camera().aperture, 40);
+    EXPECT_EQ(plot.lightHeight(), 1);
+    EXPECT_EQ(plot.projectionUpdates(), 2U); // eye z and look-at z
+    const unsigned redraws = plot.displayRequests();
+    document.setEyeXPos(2.5F);
+    EXPECT_EQ(document.eyeXPos(), 2.5F);
+    EXPECT_EQ(plot.projectionUpdates(), 2U);
+    EXPECT_EQ(plot.displayRequests(), redraws + 1);
+}
+
+TEST_F(MyDocumentTest, TheRotationGoesTheShortWayRoundAndTheAnimationTurnsIt) {
+    MyDocument document(services());
+    show(document);
+    document.awakeFromNib();
+    document.setYRotation(170);
+    document.setYRotation(350);
+    document.setYRotation(10); // across the slider's end
+    EXPECT_EQ(plot.yRotation(), 370);
+    EXPECT_EQ(document.yRotation(), 10);
+    loop.tick();
+    EXPECT_EQ(plot.yRotation(), 370);
+    document.toggleAnimatedRotation();
+    loop.tick();
+    EXPECT_EQ(plot.yRotation(), 370.5F);
+    EXPECT_EQ(loop.intervals.at(0), std::chrono::nanoseconds(16666667));
+    document.toggleAnimatedRotation();
+    loop.tick();
+    EXPECT_EQ(plot.yRotation(), 370.5F);
+}
+
+/// A document with results of 2 (rain) × 3 (day) rows and two responses.
+class PlotTest : public MyDocumentTest {
+protected:
+    PlotTest() {
+        document.readFromFile(writeSetup("a.orrery", files.write("crop.xml", cropModel),
+                                         "<Steppers><PortPath>/Field/Crop/rain</PortPath><Start>0</Start>"
+                                         "<Step>1</Step><Stop>1</Stop></Steppers><StepsPerDay>10</StepsPerDay>"));
+        show(document);
+        document.awakeFromNib();
+        temporary.write("Zephyr.txt", "a\tb\tc\tbiomass\tyield\n0 0 1\t1\t10\n0 0 2\t2\t20\n0 0 3\t4\t40\n"
+                                      "0 1 1\t1\t5\n0 1 2\t2\t6\n0 1 3\t3\t7\n");
+        document.buildResults();
+    }
+    MyDocument document{services()};
+};
+
+TEST_F(PlotTest, NothingIsDrawnWithoutAnAxisOrAResponse) {
+    document.setupPlotView();
+    EXPECT_TRUE(plot.ranges().empty());
+    document.independentVariables()[1].setFunction(1);
+    document.setupPlotView();
+    EXPECT_TRUE(plot.ranges().empty());
+    document.dependentVariables()[1].setValue("includep", true);
+    document.setupPlotView();
+    EXPECT_EQ(plot.dimensions(), 2U);
+    EXPECT_EQ(plot.labels(), (std::vector<std::string>{"day"}));
+    EXPECT_EQ(plot.ranges(), (std::vector<VertexRange>{{0, 3}}));
+    // The stepper is held at the middle of 0 … 1, index 0; column 1 counts although column 0 is left out.
+    EXPECT_FLOAT_EQ(plot.vertices().at(7), 2.0F * 40 / 40 - 1);
+    EXPECT_FLOAT_EQ(plot.vertices().at(1), 2.0F * 10 / 40 - 1);
+    EXPECT_EQ(plot.colors().at(0).alpha, 0.9F);
+    document.independentVariables()[1].setFunction(0);
+    document.updateScale();
+    EXPECT_TRUE(plot.ranges().empty());
+}
+
+TEST_F(PlotTest, AnAxisRoleIsHeldByOneVariable) {
+    document.dependentVariables()[0].setValue("includep", true);
+    document.independentVariables()[0].setFunction(1);
+    document.updatePlot({3, 0});
+    document.independentVariables()[1].setFunction(1);
+    window.controls.clear();
+    document.updatePlot({3, 1});
+    EXPECT_EQ(document.independentVariables()[0].function(), 0U);
+    std::ranges::sort(window.controls);
+    EXPECT_EQ(window.controls, (std::vector<std::string>{"0.1 on", "0.2 on", "1.1 off", "1.2 off"}));
+    document.independentVariables()[0].setFunction(2);
+    document.updatePlot({3, 0});
+    EXPECT_EQ(plot.dimensions(), 3U);
+    EXPECT_EQ(plot.ranges(), (std::vector<VertexRange>{{0, 12}}));
+    EXPECT_EQ(plot.labels(), (std::vector<std::string>{"/Field/Crop/rain", "day"}));
+}
+
+TEST_F(PlotTest, CurvesPutTheCameraBackAndSurfacesKeepIt) {
+    document.dependentVariables()[0].setValue("includep", true);
+    document.independentVariables()[1].setFunction(1);
+    document.setEyeXPos(3);
+    document.setupPlotView();
+    EXPECT_EQ(document.eyeXPos(), 0);
+    document.independentVariables()[0].setFunction(2);
+    document.setEyeXPos(3);
+    document.setupPlotView();
+    EXPECT_EQ(document.eyeXPos(), 3);
+}
+
+/// A companion that keeps what it is sent.
+struct FakeCompanion : NamedServices, RemoteObject, std::enable_shared_from_this<FakeCompanion> {
+    bool running = true;
+    std::vector<std::string> received;
+    std::function<void(std::string_view)> answer;
+    std::shared_ptr<RemoteObject> rootProxy(const std::string& name) override {
+        return running && name == "Dorado Server" ? shared_from_this() : nullptr;
+    }
+    void importWaves(const std::vector<std::string>& paths, std::function<void(std::string_view)> done) override {
+        received = paths;
+        answer = std::move(done);
+    }
+};
+
+TEST_F(MyDocumentTest, TheFilesOfARunAreHandedToTheCompanion) {
+    const auto companion = std::make_shared<FakeCompanion>();
+    DocumentServices all = services();
+    all.namedServices = companion.get();
+    MyDocument document(all);
+    document.initWithType("setup");
+    show(document);
+    document.saveToDorado();
+    EXPECT_EQ(companion->received, (std::vector<std::string>{temporary.path() + "Zephyr.txt"}));
+    companion->answer("no answer within 5 s");
+    EXPECT_EQ(window.sheets.size(), 1U);
+
+    document.theDictionary().setText(setup_key::dimensions, "{ 10, 10 }");
+    document.theDictionary().mutableList(setup_key::outputs) = {Entry{{"outputPath", "/b"}},
+                                                                Entry{{"outputPath", "/a"}}};
+    document.saveToDorado();
+    EXPECT_EQ(companion->received, (std::vector<std::string>{"/b", "/a"}));
+
+    companion->received.clear();
+    document.theDictionary().mutableList(setup_key::outputs).push_back(Entry{{"portPath", "/Field/Crop/x"}});
+    document.saveToDorado();
+    EXPECT_TRUE(companion->received.empty());
+    EXPECT_NE(window.sheets.back().informative.find("/Field/Crop/x"), std::string::npos);
+
+    companion->running = false;
+    document.saveToDorado();
+    EXPECT_EQ(window.sheets.back().message, "Could not open communication with Dorado.");
+}
+
+} // namespace
+} // namespace orrery::test

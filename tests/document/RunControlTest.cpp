@@ -1,0 +1,239 @@
+#include "document/DocumentFixture.h"
+#include "platform/Files.h"
+
+namespace orrery::test {
+namespace {
+
+/// A saved crop setup of 2 × 3 rows, shown in the window.
+class RunControlTest : public DocumentTest {
+protected:
+    RunControlTest() {
+        SetupDictionary setup = defaultSetup();
+        setup.setText(setup_key::modelPath, files.write("crop.xml", cropModel));
+        setup.setText(setup_key::runLength, "3");
+        setup.mutableList(setup_key::steppers) = {
+            Entry{{"portPath", "/Field/Crop/rain"}, {"start", "0"}, {"step", "1"}, {"stop", "1"}}};
+        document.setTheDictionary(std::move(setup));
+        document.saveToFile(files.path() + "crop.orrery");
+        show(document);
+        document.awakeFromNib();
+    }
+
+    void writeTable() {
+        temporary.write("Zephyr.txt", "row\train\tday\tbiomass\tyield\n"
+                                      "0 0 1\t1\t10\n1 0 2\t2\t20\n2 0 3\t3\t30\n"
+                                      "3 1 1\t4\t40\n4 1 2\t5\t50\n5 1 3\t6\t60\n");
+    }
+
+    MyDocument document{services()};
+};
+
+TEST_F(RunControlTest, ARunGoesFromTheSavedFileToTheResults) {
+    document.runSimulation();
+    ASSERT_EQ(launcher.children.size(), 1U);
+    EXPECT_EQ(launcher.last().command, (std::vector<std::string>{*enginePath, files.path() + "crop.orrery"}));
+    EXPECT_EQ(window.button, ButtonState::On);
+    EXPECT_TRUE(window.wheelTurns);
+    EXPECT_EQ(log.back(), "Starting task.");
+
+    launcher.last().write("day 1\n");
+    writeTable();
+    launcher.last().end();
+
+    EXPECT_EQ(window.status, "day 1\nProcessing output\u2026");
+    EXPECT_EQ(window.button, ButtonState::Off);
+    EXPECT_FALSE(window.wheelTurns);
+    EXPECT_EQ(window.attention, 1U);
+    EXPECT_TRUE(launcher.last().terminated);
+    EXPECT_EQ(document.nRowsOfData(), 6U);
+    EXPECT_EQ(document.responseVariableLabels(), (std::vector<std::string>{"biomass", "yield"}));
+    EXPECT_EQ(document.simulationData(), (std::vector<float>{1, 10, 2, 20, 3, 30, 4, 40, 5, 50, 6, 60}));
+    EXPECT_EQ(document.yMax(), (std::vector<float>{6, 60}));
+    EXPECT_TRUE(document.runControl().resultsBuilt());
+}
+
+TEST_F(RunControlTest, UnsavedChangesAreAskedAbout) {
+    struct Case {
+        const char* name;
+        std::size_t answer;
+        std::size_t starts;
+        bool editedAfterwards;
+    };
+    for (const Case& row : {Case{"Save", 0, 1, false}, Case{"Cancel", 1, 0, true}, Case{"Don't Save", 2, 1, true}}) {
+        SCOPED_TRACE(row.name);
+        launcher.children.clear();
+        document.theDictionary().setText(setup_key::runLength, "3");
+        document.updateChangeCount(ChangeKind::Done);
+        window.modalAnswer = row.answer;
+        document.runSimulation();
+        EXPECT_EQ(window.alerts.back().buttons.at(row.answer), row.name);
+        EXPECT_EQ(launcher.children.size(), row.starts);
+        EXPECT_EQ(document.isDocumentEdited(), row.editedAfterwards);
+        document.abortSimulation();
+        document.updateChangeCount(ChangeKind::Cleared);
+    }
+}
+
+TEST_F(RunControlTest, AFailedSaveStillStartsTheEngine) {
+    document.setSaveHandler([](const std::function<void(bool)>& didSave) { didSave(false); });
+    document.updateChangeCount(ChangeKind::Done);
+    document.runSimulation();
+    EXPECT_EQ(launcher.children.size(), 1U);
+}
+
+TEST_F(RunControlTest, AMissingEngineChangesNothing) {
+    enginePath.reset();
+    document.runSimulation();
+    EXPECT_TRUE(launcher.children.empty());
+    ASSERT_EQ(window.sheets.size(), 1U);
+    EXPECT_EQ(window.sheets[0].message, "Error");
+    EXPECT_EQ(window.sheets[0].informative, "Couldn't find Zephyr.");
+    EXPECT_EQ(log.back(), "Couldn't find Zephyr");
+    EXPECT_EQ(window.button, ButtonState::Off);
+}
+
+TEST_F(RunControlTest, AnAbortedRunLeavesNothingToPlot) {
+    document.runSimulation();
+    writeTable();
+    launcher.last().pending = "last words ";
+    window.button = ButtonState::Off; // the click
+    document.simulationStartOrAbort();
+    EXPECT_EQ(window.status, "last words Aborted");
+    EXPECT_TRUE(launcher.last().terminated);
+    EXPECT_TRUE(document.independentVariables().empty());
+    EXPECT_TRUE(document.simulationData().empty());
+    EXPECT_FALSE(window.wheelTurns);
+    EXPECT_FALSE(document.runControl().resultsBuilt());
+
+    window.button = ButtonState::On;
+    document.simulationStartOrAbort();
+    EXPECT_EQ(launcher.children.size(), 2U);
+    EXPECT_EQ(window.status, ""); // the first run reports nothing again
+}
+
+TEST_F(RunControlTest, AStartDuringARunAsksAndNeverReadsTheInterruptedTable) {
+    document.runSimulation();
+    writeTable();
+    document.runSimulation();
+    ASSERT_EQ(window.sheets.size(), 1U);
+    EXPECT_EQ(launcher.children.size(), 1U);
+    window.sheetAnswer(1); // Cancel
+    EXPECT_TRUE(launcher.last().listening);
+
+    document.runSimulation();
+    window.sheetAnswer(0); // Abort and Run
+    ASSERT_EQ(launcher.children.size(), 2U);
+    EXPECT_TRUE(launcher.children[0]->terminated);
+    EXPECT_TRUE(document.independentVariables().empty());
+    EXPECT_EQ(window.button, ButtonState::On);
+    EXPECT_FALSE(document.runControl().isAborted());
+}
+
+TEST_F(RunControlTest, AMissingTableIsToldAndTheDocumentStaysUsable) {
+    document.runSimulation();
+    launcher.last().end();
+    ASSERT_EQ(window.alerts.size(), 1U);
+    EXPECT_EQ(window.alerts[0].message, "File Not Found");
+    EXPECT_EQ(window.alerts[0].informative, "The data file, " + temporary.path() + "Zephyr.txt, was not found.");
+    EXPECT_EQ(window.button, ButtonState::Off);
+    EXPECT_FALSE(window.wheelTurns);
+    EXPECT_EQ(window.attention, 1U);
+    EXPECT_TRUE(window.sheets.empty());
+
+    document.runSimulation();
+    writeTable();
+    launcher.last().end();
+    EXPECT_TRUE(document.runControl().resultsBuilt());
+}
+
+TEST_F(RunControlTest, TheStatusTextTellsWhatIsWrongWithATable) {
+    struct Case {
+        const char* name;
+        const char* table; // nullptr: the engine writes none, an old one lies there
+        const char* told;
+    };
+    for (const Case& row :
+         {Case{"tooFewRows", "a\tb\tc\tbiomass\tyield\n0 0 1\t1\t10\n", "1 of 6 rows"},
+          Case{"tooFewLabels", "a\tb\tc\tbiomass\n", "label"}, Case{"old", nullptr, "was not written by this run"}}) {
+        SCOPED_TRACE(row.name);
+        writeTable();
+        document.runSimulation();
+        if (row.table != nullptr) temporary.write("Zephyr.txt", row.table);
+        launcher.last().end();
+        EXPECT_NE(window.status.find(row.told), std::string::npos) << window.status;
+        EXPECT_EQ(window.button, ButtonState::Off);
+    }
+}
+
+TEST_F(RunControlTest, AFailureLeavesNoResultsOfAnEarlierRun) {
+    document.runSimulation();
+    writeTable();
+    launcher.last().end();
+    ASSERT_FALSE(document.simulationData().empty());
+    document.runSimulation();
+    temporary.write("Zephyr.txt", "too\tfew\n");
+    launcher.last().end();
+    EXPECT_TRUE(document.simulationData().empty());
+    EXPECT_TRUE(document.dependentVariables().empty());
+    EXPECT_EQ(window.sheets.back().message, "The results could not be read.");
+}
+
+TEST_F(RunControlTest, OneRunAtATimeUsesTheTemporaryDirectory) {
+    document.runSimulation();
+    MyDocument second(services());
+    second.setTheDictionary(defaultSetup());
+    RecordingWindow otherWindow;
+    DocumentOutlets outlets;
+    outlets.alerts = &otherWindow;
+    outlets.startStopButton = &otherWindow;
+    second.setOutlets(outlets);
+
+    otherWindow.button = ButtonState::On;
+    second.simulationStartOrAbort();
+    ASSERT_EQ(otherWindow.sheets.size(), 1U);
+    EXPECT_NE(otherWindow.sheets[0].informative.find("crop.orrery"), std::string::npos);
+    otherWindow.sheetAnswer(1); // Cancel
+    EXPECT_EQ(otherWindow.button, ButtonState::Off);
+
+    second.runSimulation();
+    otherWindow.sheetAnswer(0); // Wait
+    loop.tick();
+    EXPECT_EQ(second.runControl().state(), RunControl::State::Waiting);
+    EXPECT_EQ(launcher.children.size(), 1U);
+
+    writeTable();
+    launcher.last().end();
+    loop.tick();
+    EXPECT_EQ(second.runControl().state(), RunControl::State::Running);
+    EXPECT_EQ(launcher.last().command.size(), 1U); // an untitled setup has no file to name
+}
+
+TEST_F(RunControlTest, AnAbortEndsTheWaitForATurn) {
+    document.runSimulation();
+    MyDocument second(services());
+    second.setTheDictionary(defaultSetup());
+    second.runControl().setWaitsForTurn(true);
+    second.runSimulation();
+    EXPECT_EQ(second.runControl().state(), RunControl::State::Waiting);
+    second.abortSimulation();
+    document.abortSimulation();
+    loop.tick();
+    EXPECT_EQ(second.runControl().state(), RunControl::State::Idle);
+    EXPECT_EQ(launcher.children.size(), 1U);
+}
+
+TEST_F(RunControlTest, ADocumentThatGoesEndsItsEngineSilently) {
+    {
+        MyDocument passing(services());
+        passing.setTheDictionary(defaultSetup());
+        show(passing);
+        passing.runSimulation();
+        writeTable();
+        passing.close();
+    }
+    EXPECT_TRUE(launcher.last().terminated);
+    EXPECT_EQ(window.status, "");
+}
+
+} // namespace
+} // namespace orrery::test
