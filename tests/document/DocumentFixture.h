@@ -6,8 +6,9 @@
 #include "platform/RunLoop.h"
 #include "support/TemporaryFolder.h"
 
-#include <deque>
 #include <gtest/gtest.h>
+
+#include <algorithm>
 #include <memory>
 #include <span>
 #include <string>

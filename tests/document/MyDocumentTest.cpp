@@ -2,6 +2,7 @@
 #include "platform/Files.h"
 #include "platform/OrreryError.h"
 
+#include <algorithm>
 #include <filesystem>
 
 namespace orrery::test {
