@@ -50,7 +50,6 @@ struct ResultTable {
 
 struct TableReadOptions {
     std::size_t blockSize = 256U << 10U; // bytes read at a time
-    unsigned threads = 1;
     /// Called now and then with the bytes read so far; false cancels the reading.
     std::function<bool(std::uint64_t bytesRead)> progress;
 };

@@ -87,6 +87,7 @@ INSTANTIATE_TEST_SUITE_P(
     Edges, StepperCount,
     testing::Values(StepperCase{"wholeSteps", "0", "1", "0.1", 11},
                     StepperCase{"singleNotDouble", "0", "0.7", "0.1", 8},
+                    StepperCase{"differenceRoundedFirst", "0.1", "0.7", "0.1", 6},
                     StepperCase{"partOfAStepLeftOver", "0", "1", "0.3", 4}, StepperCase{"oneValue", "3", "3", "1", 1},
                     StepperCase{"downwards", "1", "0", "-0.25", 5}, StepperCase{"stepOfZero", "0", "1", "0", 0},
                     StepperCase{"noValuesAtAll", "", "", "", 0}, StepperCase{"againstItsStep", "1", "0", "0.1", 0},
