@@ -29,7 +29,7 @@ SetupDictionary readSetupFile(const std::string& path) {
 }
 
 std::string modelPathOf(const SetupDictionary& setup, const std::string& setupPath) {
-    const std::string path = resolvedModelPath(setup.textOrEmpty(setup_key::modelPath), setupPath);
+    std::string path = resolvedModelPath(setup.textOrEmpty(setup_key::modelPath), setupPath);
     if (!path.empty()) {
         return path;
     }

@@ -23,6 +23,15 @@ std::vector<std::string_view> wordsOf(std::string_view line) {
     return words;
 }
 
+std::string contentOf(const std::string& path, const Place& place, const std::string& owner) {
+    try {
+        return readWholeFile(path, sizeLimit);
+    } catch (const OrreryError& error) {
+        throw OrreryError(owner + ": the file " + quotedForMessage(path) + " cannot be read: " + error.problem(), place,
+                          "Put the file there, or correct the part's attribute \"file\".");
+    }
+}
+
 std::size_t columnOf(const std::vector<std::string_view>& labels, std::string_view label, const std::string& path,
                      const std::string& owner) {
     const auto found = std::ranges::find(labels, label);
@@ -40,7 +49,7 @@ std::size_t columnOf(const std::vector<std::string_view>& labels, std::string_vi
 } // namespace
 
 LookupTable fileColumn(const std::string& path, std::string_view label, const Place& place, const std::string& owner) {
-    const std::string bytes = readWholeFile(path, sizeLimit);
+    const std::string bytes = contentOf(path, place, owner);
     std::vector<LookupTable::Point> points;
     std::size_t column = 0;
     bool headerRead = false;
@@ -63,7 +72,7 @@ LookupTable fileColumn(const std::string& path, std::string_view label, const Pl
             points.emplace_back(numberIn(words.front(), linePlace, owner), numberIn(words[column], linePlace, owner));
         }
     }
-    return {std::move(points), points.empty() ? place : Place{path, 0, 0}, owner};
+    return {std::move(points), {path, 0, 0}, owner};
 }
 
 } // namespace orrery::engine

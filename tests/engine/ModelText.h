@@ -50,7 +50,11 @@ private:
         std::string text = "<object type=\"" + className + "\" id=\"" + identifier + "\">";
         text += "<attribute name=\"name\">" + name + "</attribute>";
         for (const auto& [key, value] : attributes) {
-            text += "<attribute name=\"" + key + "\"><![CDATA[" + value + "]]></attribute>";
+            text.append("<attribute name=\"")
+                .append(key)
+                .append("\"><![CDATA[")
+                .append(value)
+                .append("]]></attribute>");
         }
         return text + relationships + "</object>\n";
     }

@@ -1,6 +1,8 @@
 #include "engine/EngineFixture.h"
 #include "engine/LookupTable.h"
 
+#include <gmock/gmock.h>
+
 #include <algorithm>
 #include <cmath>
 #include <numeric>
@@ -121,6 +123,27 @@ TEST_F(Parts, TakeFileColumnsAndPassInputsThrough) {
         EXPECT_DOUBLE_EQ(table.number(row, "o2"), 7);
         EXPECT_DOUBLE_EQ(table.number(row, "o3"), 7);
     }
+}
+
+TEST_F(Parts, NameTheFaultsOfAFile) {
+    const ModelText model = ModelText().part("KSFILE", "Trap", {}, {{"catch", {}, {}}}, {{"file", "trap.dat"}});
+    const std::vector<std::pair<const char*, const char*>> faults{
+        {"day caught\n1 2\n", "trap.dat:1: port \"/Root/Trap/catch\""},
+        {"day catch\n1 x\n", "trap.dat:2: port"},
+        {"day catch\n1\n", "trap.dat:2: port"},
+        {"day catch\n2 1\n1 1\n", "ascending"},
+        {"", "ascending"}};
+    for (const auto& [text, message] : faults) {
+        write("trap.dat", text);
+        try {
+            static_cast<void>(run(model, setupText({})));
+            ADD_FAILURE() << "no error for " << text;
+        } catch (const OrreryError& error) {
+            EXPECT_THAT(error.what(), testing::HasSubstr(message));
+        }
+    }
+    std::filesystem::remove(path("trap.dat"));
+    EXPECT_THROW(runFiles(), OrreryError);
 }
 
 TEST(LookupTableValues, AreLinearBetweenPointsAndConstantOutside) {

@@ -25,7 +25,8 @@ TEST_F(SetupRun, PutsStepperValuesIntoTheRightRows) {
     EXPECT_THAT(table.labels, ElementsAre("row", "a", "b", "day", "the days", "sum"));
     ASSERT_EQ(table.rows.size(), 3U * 3 * 5);
     for (std::size_t row = 0; row < table.rows.size(); ++row) {
-        const double a = 1 + static_cast<double>(row / 15);
+        const std::size_t aIndex = row / 15;
+        const double a = 1 + static_cast<double>(aIndex);
         const double b = 0.5 + 0.25 * static_cast<double>(row / 5 % 3);
         const double days = 2 * static_cast<double>(row % 5);
         EXPECT_EQ(table.number(row, "row"), static_cast<double>(row));
