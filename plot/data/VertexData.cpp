@@ -234,6 +234,7 @@ void write3DVertexData(const PlotLayout& layout, const PlotSource& source, std::
 std::vector<VertexRange> vertexRanges(const PlotLayout& layout) {
     const auto count = static_cast<std::uint32_t>(layout.verticesPerSurface());
     std::vector<VertexRange> ranges;
+    ranges.reserve(static_cast<std::size_t>(std::max(layout.nSurfaces, 0)));
     for (std::int32_t surface = 0; surface < layout.nSurfaces; ++surface) {
         ranges.push_back({static_cast<std::uint32_t>(surface) * count, count});
     }

@@ -81,6 +81,7 @@ TEST(HeaderLabels, AreSplitAtTabsWithoutTheLastCharacter) {
 
 std::vector<ResponseVariable> recorders(const std::vector<std::string>& names) {
     std::vector<ResponseVariable> result;
+    result.reserve(names.size());
     for (const std::string& name : names) {
         result.emplace_back(name, "id-" + name);
     }

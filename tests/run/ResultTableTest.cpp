@@ -6,9 +6,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <charconv>
 #include <cmath>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <limits>
@@ -124,7 +124,8 @@ void expectSameBits(const std::string& number) {
     float value = -1;
     EXPECT_EQ(scanRow({row.data(), row.data() + row.size(), row.data() + row.size()}, {&value, 1}), 0U) << number;
     const float exact = exactFloat(number);
-    EXPECT_EQ(std::memcmp(&value, &exact, sizeof value), 0) << number << ": " << value << " is not " << exact;
+    EXPECT_EQ(std::bit_cast<std::uint32_t>(value), std::bit_cast<std::uint32_t>(exact))
+        << number << ": " << value << " is not " << exact;
 }
 
 TEST(PlainNumber, IsRoundedOnce) {
