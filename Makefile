@@ -2,16 +2,23 @@
 .DEFAULT_GOAL := help
 .PHONY: help run test bench lint format clean
 sample := samples/crop-two-steppers.orrery
+plot := build/dev/bin/orrery-batch plot $(sample)
+growth := Farm/Crop/Canopy/Growth
 configured = test -f build/$(1)/build.ninja || cmake --preset $(1)
 
 help: ## Say what there is to make
 	@awk -F ':.*## ' '/^[a-z]+:.*## / { printf "make %-8s %s\n", $$1, $$2 }' Makefile
 
-run: ## Build, run a sample through the engine, print what came out
+run: ## Build, run a sample through the engine, print and draw what came out
 	@scripts/install-packages build
 	$(call configured,dev) -DORRERY_TESTS=OFF -DORRERY_BENCH=OFF
 	cmake --build --preset dev --target orrery-batch Zephyr
 	build/dev/bin/orrery-batch run --report $(sample)
+	@$(plot) --axis1 day --include $(growth)/biomass --include $(growth)/grain \
+		--include 'Farm/Soil/Water balance/soil water' --png build/crop-curves.png
+	@$(plot) --axis1 /Farm/Management/irrigation --axis2 '/Farm/Management/sowing temperature' --hold day=258 \
+		--include $(growth)/biomass --include $(growth)/grain --rotate 30 --light 2 --png build/crop-surfaces.png
+	@echo "Pictures: build/crop-curves.png build/crop-surfaces.png"
 
 test: ## Build everything and run the tests
 	@scripts/install-packages build test
@@ -23,7 +30,7 @@ bench: ## Measure the hot paths in a release build
 	@scripts/install-packages build bench
 	cmake --preset release -DORRERY_TESTS=OFF -DORRERY_BENCH=ON
 	cmake --build --preset release
-	for bench in build/release/bin/*Bench; do $$bench || exit 1; done
+	for bench in build/release/bin/*_bench; do $$bench || exit 1; done
 
 lint: ## Check format, clang-tidy, and that every header compiles alone
 	@scripts/install-packages build test lint

@@ -3,7 +3,7 @@
 #include "platform/TextRasterizer.h"
 #include "platform/egl/EglSurface.h"
 #include "plot/OpenGLPlotView.h"
-#include "tests/plot/gl/Scene.h"
+#include "tests/plot/gl/scene/Scene.h"
 
 #include <gtest/gtest.h>
 

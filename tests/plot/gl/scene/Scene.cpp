@@ -1,4 +1,4 @@
-#include "tests/plot/gl/Scene.h"
+#include "tests/plot/gl/scene/Scene.h"
 
 #include "plot/data/ShowPlot.h"
 #include "run/IndependentVariable.h"
