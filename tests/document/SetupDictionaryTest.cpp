@@ -49,14 +49,5 @@ TEST(SetupObservers, StayBehindWhenTheDictionaryIsReplaced) {
     setup.setText(setup_key::runLength, "1");
 }
 
-TEST(SetupDictionary, HoldsListsThatAreAbsentUntilFirstUsed) {
-    SetupDictionary setup = defaultSetup();
-    EXPECT_EQ(setup.list(setup_key::outputs), nullptr);
-    EXPECT_TRUE(setup.entries(setup_key::outputs).empty());
-    setup.mutableList(setup_key::outputs).emplace_back();
-    EXPECT_EQ(setup.entries(setup_key::outputs).size(), 1U);
-    EXPECT_EQ(setup.text(setup_key::outputs), nullptr);
-}
-
 } // namespace
 } // namespace orrery

@@ -7,8 +7,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <random>
-
 namespace orrery {
 namespace {
 
@@ -219,52 +217,6 @@ TEST(ModelTree, LogsIdentifiersUsedTwiceWithoutFloodingTheLog) {
     EXPECT_LT(log.size(), 20U);
     EXPECT_THAT(log.front(), StartsWith("m.xml:2: identifier \"twice\""));
     EXPECT_THAT(log.back(), HasSubstr("90 more"));
-}
-
-/// Attaches one after the other and moves a node at once, as the rule reads.
-class PlainOwners {
-public:
-    void attach(const std::string& owner, const std::string& child) {
-        const auto before = m_owner.find(child);
-        if (before != m_owner.end()) std::erase(m_children[before->second], child);
-        m_owner[child] = owner;
-        m_children[owner].push_back(child);
-    }
-    [[nodiscard]] const std::vector<std::string>& children(const std::string& owner) { return m_children[owner]; }
-
-private:
-    std::map<std::string, std::string> m_owner;
-    std::map<std::string, std::vector<std::string>> m_children;
-};
-
-TEST(ModelTree, GivesEachSharedNodeToItsLastOwner) {
-    std::mt19937 random(1);
-    for (int round = 0; round < 300; ++round) {
-        PlainOwners expected;
-        std::vector<ModelRecord> model(20); // levels list later ones only, so that no cycle can arise
-        for (std::size_t index = 0; index < model.size(); ++index) {
-            model[index].className = "KSLEVEL";
-            model[index].identifier = std::to_string(index);
-            if (index > 0) model[index].relationships["parent"].targets = {"0"};
-            std::vector<std::string> targets;
-            for (std::size_t left = index + 1 < model.size() ? random() % 6 : 0; left > 0; --left) {
-                targets.push_back(std::to_string(index + 1 + random() % (model.size() - index - 1)));
-                expected.attach(*model[index].identifier, targets.back());
-            }
-            model[index].relationships["children"].targets = targets;
-        }
-        const ModelTree tree = nodesFromDictionaries(std::move(model), "m.xml");
-        std::vector<const ModelNode*> nodes(tree.topLevel().begin(), tree.topLevel().end());
-        nodes.push_back(tree.root());
-        ASSERT_EQ(nodes.size(), 20U);
-        for (const ModelNode* node : nodes) {
-            std::vector<std::string> children;
-            for (const ModelNode* child : node->children) {
-                if (child->kind == ModelNodeKind::Level) children.emplace_back(child->record.text("id"));
-            }
-            ASSERT_EQ(children, expected.children(std::string(node->record.text("id"))));
-        }
-    }
 }
 
 } // namespace

@@ -99,17 +99,6 @@ TEST(RowMoves, EqualMovingTheRowsOneByOne) {
     }
 }
 
-TEST(RowMoves, KeepTheirOrderAsOneBlock) {
-    const auto moved = [](const std::vector<std::size_t>& rows, std::size_t row) {
-        EntryList entries = entriesNamed("WXYZ");
-        moveRows(entries, rows, row);
-        return letters(entries);
-    };
-    EXPECT_EQ(moved({0}, 3), "XYWZ");
-    EXPECT_EQ(moved({0, 1}, 3), "YWXZ");
-    EXPECT_EQ(moved({2, 3}, 0), "YZWX");
-}
-
 TEST(Payloads, ComeBackOrAreRefused) {
     const std::vector<std::size_t> rows = {0, 7, 100'000};
     EXPECT_EQ(unarchiveRows(archiveRows(rows)), rows);
