@@ -1,5 +1,7 @@
 #include "platform/native/SpawnChild.h"
 
+#include "platform/native/SystemCalls.h"
+
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <sys/prctl.h>
@@ -8,7 +10,6 @@
 
 #include <cerrno>
 #include <csignal>
-#include <system_error>
 
 namespace orrery {
 namespace {
@@ -101,8 +102,8 @@ const char* remedyFor(const std::string& path, int error) {
 }
 
 OrreryError startFailure(const std::string& path, int error) {
-    return OrreryError(fmt::format("The engine could not be started: {}.", std::generic_category().message(error)),
-                       {path}, remedyFor(path, error));
+    return OrreryError(fmt::format("The engine could not be started: {}.", systemReason(error)), {path},
+                       remedyFor(path, error));
 }
 
 void refuseUnusable(const std::vector<std::string>& command) {

@@ -88,9 +88,8 @@ int QtEventLoop::run() {
 }
 
 void QtEventLoop::quit(int code) {
-    // Queued: an exit before the loop runs would be lost.
-    QMetaObject::invokeMethod(
-        m_application.get(), [code] { QCoreApplication::exit(code); }, Qt::QueuedConnection);
+    // Later: an exit before the loop runs would be lost.
+    m_quitting = m_runLoop.after({}, [code] { QCoreApplication::exit(code); });
 }
 
 void QtEventLoop::onTerminationSignal(std::function<void(int)> callback) {

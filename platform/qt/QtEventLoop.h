@@ -38,6 +38,7 @@ private:
     char* m_arguments[2];
     std::unique_ptr<QCoreApplication> m_application;
     QtRunLoop m_runLoop;
+    std::unique_ptr<RunLoop::Source> m_quitting;
     std::unique_ptr<Signals> m_signals;
 };
 

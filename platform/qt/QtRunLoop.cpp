@@ -11,9 +11,10 @@ namespace {
 using Callback = std::shared_ptr<const std::function<void()>>;
 
 /// No exception may cross Qt's loop: one that leaves the callback ends the program here.
-void call(Callback callback) noexcept {
-    (*callback)();
-} // NOLINT(performance-unnecessary-value-param): keeps it alive
+void call(const Callback& callback) noexcept {
+    const Callback keep = callback; // NOLINT(performance-unnecessary-copy-initialization)
+    (*keep)();
+}
 
 Callback shared(std::function<void()> callback) {
     return std::make_shared<const std::function<void()>>(std::move(callback));
