@@ -20,7 +20,7 @@ std::vector<IndependentVariable> gridWithHeld(std::size_t held, std::uint32_t ax
     for (std::size_t n = 0; n < variables.size(); ++n) {
         variables[n].setStridesPerCycle(n == held ? heldCount : axisCount);
         variables[n].setStep(1);
-        variables[n].setConstant(static_cast<float>(heldCount / 2));
+        variables[n].setConstant(0.5F * static_cast<float>(heldCount));
         variables[n].setFunction(n == held ? 0 : role++);
     }
     std::uint32_t stride = 1;
@@ -36,7 +36,7 @@ void chooseRows(benchmark::State& state) {
     constexpr std::size_t columns = 8;
     const std::vector<float> cells(std::size_t{20'000'000} * columns, 1.0F);
     std::vector<float> chosen(1'000'000);
-    for (auto iteration : state) {
+    while (state.KeepRunning()) {
         const auto rows = currentIndexSet(variables);
         for (std::size_t n = 0; n < rows.size(); ++n) {
             chosen[n] = cells[rows[n] * columns + 5];
@@ -57,9 +57,10 @@ struct Surface {
         : variables(gridWithHeld(0, cells + 1, 1)), responses(1), maxima{2.0F}, rows(currentIndexSet(variables)) {
         responses[0].setValue("includep", true);
         layout = plotLayout(variables, responses);
-        for (std::uint32_t n = 0; n < rows.size(); ++n) {
-            values.push_back(1.0F + std::sin(0.007F * static_cast<float>(n / (cells + 1))) *
-                                        std::cos(0.005F * static_cast<float>(n % (cells + 1))));
+        for (const std::uint32_t row : rows) {
+            const std::uint32_t line = row / (cells + 1);
+            values.push_back(1.0F + std::sin(0.007F * static_cast<float>(line)) *
+                                        std::cos(0.005F * static_cast<float>(row - line * (cells + 1))));
         }
     }
     [[nodiscard]] PlotSource source() const { return {values, maxima, responses, rows}; }
@@ -74,14 +75,14 @@ struct Surface {
 
 void countCells(benchmark::State& state) {
     const auto cells = static_cast<double>(state.range(0) * state.range(0));
-    state.counters["s/cell"] =
+    state.counters["per cell"] =
         benchmark::Counter(cells, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
 void writeMesh(benchmark::State& state) {
     const Surface surface(static_cast<std::uint32_t>(state.range(0)));
     std::vector<float> vertices = make3DVertexData(surface.layout, surface.source());
-    for (auto iteration : state) {
+    while (state.KeepRunning()) {
         write3DVertexData(surface.layout, surface.source(), vertices);
         benchmark::ClobberMemory();
     }
@@ -90,7 +91,7 @@ void writeMesh(benchmark::State& state) {
 
 void makeMesh(benchmark::State& state) {
     const Surface surface(static_cast<std::uint32_t>(state.range(0)));
-    for (auto iteration : state) {
+    while (state.KeepRunning()) {
         benchmark::DoNotOptimize(make3DVertexData(surface.layout, surface.source()));
     }
     countCells(state);

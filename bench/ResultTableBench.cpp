@@ -68,7 +68,7 @@ void readTable(benchmark::State& state) {
     const TableShape shape{static_cast<std::uint32_t>(state.range(0)), 4, static_cast<std::size_t>(state.range(1))};
     const std::string path = madeTable(shape);
     const auto bytes = static_cast<double>(std::filesystem::file_size(path));
-    for (auto iteration : state) {
+    while (state.KeepRunning()) {
         benchmark::DoNotOptimize(readResultTable(path, shape));
     }
     state.counters["MB"] = bytes / 1e6;

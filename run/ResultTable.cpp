@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <new>
 #include <span>
 
 namespace orrery {
@@ -17,13 +18,31 @@ namespace {
 
 constexpr std::size_t longestLine = 64U << 20U;
 
+/// "51 GB", "1.2 MB", "12 bytes", rounded down.
+std::string sizeText(std::uint64_t bytes) {
+    constexpr std::array<const char*, 7> units = {"bytes", "kB", "MB", "GB", "TB", "PB", "EB"};
+    auto amount = static_cast<double>(bytes);
+    std::size_t unit = 0;
+    for (; amount >= 1000; ++unit) {
+        amount /= 1000;
+    }
+    const double steps = amount < 10 ? 10 : 1;
+    return fmt::format("{} {}", std::floor(amount * steps) / steps, units.at(unit));
+}
+
+[[noreturn]] void throwDoesNotFit(const TableShape& shape, std::uint64_t bytes, std::uint64_t available) {
+    throw OrreryError(fmt::format("The results, {} rows of {} values, would need {} of memory, but only {} are free.",
+                                  shape.rows, shape.columns, sizeText(bytes), sizeText(available)),
+                      {}, "Give the steppers fewer values, report less often or record fewer outputs.");
+}
+
 /// Fills a result table from the pieces of its text, in order.
 class TableFiller {
 public:
     TableFiller(const TableShape& shape, std::string fileName)
         : m_shape(shape), m_fileName(std::move(fileName)), m_fieldsLeft(shape.leadingFields) {
         requireBlockFits(shape);
-        m_table.cells.resize(shape.rows * shape.columns);
+        allocateCells();
         m_table.maxima.assign(shape.columns, noMaximum);
     }
 
@@ -57,6 +76,14 @@ public:
     }
 
 private:
+    void allocateCells() {
+        try {
+            m_table.cells.resize(m_shape.rows * m_shape.columns);
+        } catch (const std::bad_alloc&) { // something else took what was free a moment ago
+            throwDoesNotFit(m_shape, m_shape.rows * m_shape.columns * sizeof(float), availableMemory());
+        }
+    }
+
     /// Length of the whole lines at the front of the text, of which the rest of the last call holds no line feed.
     [[nodiscard]] std::size_t wholeLines(std::string_view text) const {
         const void* last = memrchr(text.data() + m_rest, '\n', text.size() - m_rest);
@@ -164,24 +191,6 @@ private:
     std::uint64_t m_position = 0;
     bool m_atEnd = false;
 };
-
-/// "51 GB", "1.2 MB", "12 bytes", rounded down.
-std::string sizeText(std::uint64_t bytes) {
-    constexpr std::array<const char*, 7> units = {"bytes", "kB", "MB", "GB", "TB", "PB", "EB"};
-    auto amount = static_cast<double>(bytes);
-    std::size_t unit = 0;
-    for (; amount >= 1000; ++unit) {
-        amount /= 1000;
-    }
-    const double steps = amount < 10 ? 10 : 1;
-    return fmt::format("{} {}", std::floor(amount * steps) / steps, units.at(unit));
-}
-
-[[noreturn]] void throwDoesNotFit(const TableShape& shape, std::uint64_t bytes, std::uint64_t available) {
-    throw OrreryError(fmt::format("The results, {} rows of {} values, would need {} of memory, but only {} are free.",
-                                  shape.rows, shape.columns, sizeText(bytes), sizeText(available)),
-                      {}, "Give the steppers fewer values, report less often or record fewer outputs.");
-}
 
 } // namespace
 
