@@ -72,28 +72,24 @@ struct LayoutCase {
     std::vector<std::string> labels;
 };
 
-class Layout : public testing::TestWithParam<LayoutCase> {};
-
-TEST_P(Layout, PutsTheAxisVariablesInListOrder) {
-    const LayoutCase& row = GetParam();
-    const PlotLayout layout = plotLayout(row.axes, responses({true, false, true}));
-    EXPECT_EQ(layout.dimensions, row.dimensions);
-    EXPECT_EQ((std::vector{layout.xEdges, layout.xQuads, layout.zEdges, layout.zQuads}), row.counts);
-    EXPECT_EQ(layout.verticesPerSurface(), row.vertices);
-    EXPECT_EQ(layout.labels, row.labels);
-    EXPECT_EQ(layout.nSurfaces, row.dimensions == 0 ? 0 : 2);
+TEST(Layout, PutsTheAxisVariablesInListOrder) {
+    const LayoutCase cases[] = {
+        {"none", {axis("a", 0, 3), axis("day", 0, 5)}, 0, {0, 0, 0, 0}, 0, {}},
+        {"curve", {axis("a", 0, 3), axis("day", 2, 5)}, 2, {5, 4, 0, 0}, 5, {"day"}},
+        {"surface", {axis("a", 2, 3), axis("b", 0, 9), axis("c", 1, 4)}, 3, {3, 2, 4, 3}, 36, {"a", "c"}},
+        {"singleValueLeavesX", {axis("a", 1, 1), axis("b", 2, 4)}, 2, {4, 3, 0, 0}, 4, {"a", "b"}},
+        {"surfaceWithoutCells", {axis("a", 1, 3), axis("b", 2, 1)}, 3, {3, 2, 1, 0}, 0, {"a", "b"}},
+        {"noValuesOnEither", {axis("a", 1, 0), axis("b", 2, 0)}, 3, {0, -1, 0, -1}, 0, {"a", "b"}}};
+    for (const LayoutCase& row : cases) {
+        SCOPED_TRACE(row.name);
+        const PlotLayout layout = plotLayout(row.axes, responses({true, false, true}));
+        EXPECT_EQ(layout.dimensions, row.dimensions);
+        EXPECT_EQ((std::vector{layout.xEdges, layout.xQuads, layout.zEdges, layout.zQuads}), row.counts);
+        EXPECT_EQ(layout.verticesPerSurface(), row.vertices);
+        EXPECT_EQ(layout.labels, row.labels);
+        EXPECT_EQ(layout.nSurfaces, row.dimensions == 0 ? 0 : 2);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Axes, Layout,
-    testing::Values(
-        LayoutCase{"none", {axis("a", 0, 3), axis("day", 0, 5)}, 0, {0, 0, 0, 0}, 0, {}},
-        LayoutCase{"curve", {axis("a", 0, 3), axis("day", 2, 5)}, 2, {5, 4, 0, 0}, 5, {"day"}},
-        LayoutCase{"surface", {axis("a", 2, 3), axis("b", 0, 9), axis("c", 1, 4)}, 3, {3, 2, 4, 3}, 36, {"a", "c"}},
-        LayoutCase{"singleValueLeavesX", {axis("a", 1, 1), axis("b", 2, 4)}, 2, {4, 3, 0, 0}, 4, {"a", "b"}},
-        LayoutCase{"surfaceWithoutCells", {axis("a", 1, 3), axis("b", 2, 1)}, 3, {3, 2, 1, 0}, 0, {"a", "b"}},
-        LayoutCase{"noValuesOnEither", {axis("a", 1, 0), axis("b", 2, 0)}, 3, {0, -1, 0, -1}, 0, {"a", "b"}}),
-    [](const auto& row) { return row.param.name; });
 
 TEST(AxisRole, IsHeldByOneVariableAtATime) {
     std::vector<IndependentVariable> variables = {axis("a", 1, 3), axis("b", 2, 3), axis("day", 1, 3)};
@@ -188,25 +184,17 @@ struct MaximumCase {
     float maximum;
 };
 
-class Maximum : public testing::TestWithParam<MaximumCase> {};
-
-TEST_P(Maximum, IsPositiveAndFinite) {
-    const MaximumCase& row = GetParam();
-    EXPECT_EQ(overallMaximum(Results(row.cells, row.included).source()), row.maximum);
-}
-
-INSTANTIATE_TEST_SUITE_P(Columns, Maximum,
-                         testing::Values(MaximumCase{"ofIncludedOnly", {1, 9, 3, 2}, {true, false}, 3},
-                                         MaximumCase{"overAllIncluded", {1, 9, 3, 2}, {true, true}, 9},
-                                         MaximumCase{"negativeBecomesAbsolute", {-1, -9, -3, 0}, {true, true}, 9},
-                                         MaximumCase{"allZeroBecomesOne", {0, 7, 0, 7}, {true, false}, 1},
-                                         MaximumCase{"infinityTakesNoPart", {inf, 2, 5, nan}, {true, true}, 5},
-                                         MaximumCase{"nothingFinite", {inf, nan, -inf, nan}, {true, true}, 1},
-                                         MaximumCase{"farBelow", {-4e9F, 0, -inf, 0}, {true, false}, 4e9F}),
-                         [](const auto& row) { return row.param.name; });
-
-TEST(SurfaceColors, AreThoseOfTheIncludedResponses) {
-    EXPECT_THAT(surfaceColors(responses({false, true})), ElementsAre(Color{1, 0, 0.5F, 0.9F}));
+TEST(OverallMaximum, IsPositiveAndFinite) {
+    const MaximumCase cases[] = {{"ofIncludedOnly", {1, 9, 3, 2}, {true, false}, 3},
+                                 {"overAllIncluded", {1, 9, 3, 2}, {true, true}, 9},
+                                 {"negativeBecomesAbsolute", {-1, -9, -3, 0}, {true, true}, 9},
+                                 {"allZeroBecomesOne", {0, 7, 0, 7}, {true, false}, 1},
+                                 {"infinityTakesNoPart", {inf, 2, 5, nan}, {true, true}, 5},
+                                 {"nothingFinite", {inf, nan, -inf, nan}, {true, true}, 1},
+                                 {"farBelow", {-4e9F, 0, -inf, 0}, {true, false}, 4e9F}};
+    for (const MaximumCase& row : cases) {
+        EXPECT_EQ(overallMaximum(Results(row.cells, row.included).source()), row.maximum) << row.name;
+    }
 }
 
 } // namespace

@@ -85,27 +85,25 @@ struct HeldCase {
     std::uint32_t index;
 };
 
-class HeldIndex : public testing::TestWithParam<HeldCase> {};
-
-TEST_P(HeldIndex, StaysInsideTheGrid) {
-    const HeldCase& row = GetParam();
-    IndependentVariable variable;
-    variable.setStart(row.start);
-    variable.setStep(row.step);
-    variable.setConstant(row.constant);
-    variable.setStridesPerCycle(row.count);
-    EXPECT_EQ(heldIndex(variable), row.index);
+TEST(HeldIndex, StaysInsideTheGrid) {
+    const HeldCase cases[] = {{"truncates", 0, 1, 2.9F, 5, 2},
+                              {"belowStart", 1, 1, -7, 5, 0},
+                              {"beyondLast", 0, 1, 99, 5, 4},
+                              {"downwards", 4, -2, 0, 3, 2},
+                              {"singleNotDouble", 0, 0.1F, 0.7F, 11, 7},
+                              {"noStep", 0, 0, 3, 5, 4},
+                              {"noNumber", 0, 0, 0, 5, 0},
+                              {"noValues", 0, 1, 3, 0, 0},
+                              {"allRows", 0, 1, 1e20F, 4294967295U, 4294967294U}};
+    for (const HeldCase& row : cases) {
+        IndependentVariable variable;
+        variable.setStart(row.start);
+        variable.setStep(row.step);
+        variable.setConstant(row.constant);
+        variable.setStridesPerCycle(row.count);
+        EXPECT_EQ(heldIndex(variable), row.index) << row.name;
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Edges, HeldIndex,
-                         testing::Values(HeldCase{"truncates", 0, 1, 2.9F, 5, 2},
-                                         HeldCase{"belowStart", 1, 1, -7, 5, 0}, HeldCase{"beyondLast", 0, 1, 99, 5, 4},
-                                         HeldCase{"downwards", 4, -2, 0, 3, 2},
-                                         HeldCase{"singleNotDouble", 0, 0.1F, 0.7F, 11, 7},
-                                         HeldCase{"noStep", 0, 0, 3, 5, 4}, HeldCase{"noNumber", 0, 0, 0, 5, 0},
-                                         HeldCase{"noValues", 0, 1, 3, 0, 0},
-                                         HeldCase{"allRows", 0, 1, 1e20F, 4294967295U, 4294967294U}),
-                         [](const auto& row) { return row.param.name; });
 
 } // namespace
 } // namespace orrery

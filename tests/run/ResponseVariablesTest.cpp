@@ -1,7 +1,6 @@
 #include "run/ResponseVariables.h"
 
 #include "platform/OrreryError.h"
-#include "run/ResultTable.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -121,25 +120,6 @@ TEST(ResponseVariables, NeedALabelForEveryRecorder) {
         EXPECT_EQ(error.place().text(), "t.txt:1");
         EXPECT_THAT(error.problem(), testing::AllOf(HasSubstr("3 labels"), HasSubstr("need 4"), HasSubstr("<html>")));
     }
-}
-
-TEST(ResponseVariables, ReportAMissingTableByItsPath) {
-    const std::string path = testing::TempDir() + "orrery_no_such_directory/Zephyr.txt";
-    try {
-        (void)constructDependentVariables(ModelTree(), 1, path);
-        FAIL() << "not reported";
-    } catch (const ResultTableMissing& error) {
-        EXPECT_THAT(error.problem(), HasSubstr(path));
-    }
-}
-
-TEST(ResponseVariable, RefusesAnotherKeyOrType) {
-    ResponseVariable variable("F/x", "i");
-    variable.setValue("scale", 2.5F);
-    EXPECT_EQ(variable.scale(), 2.5F);
-    EXPECT_THROW(variable.setValue("scale", true), AssertionFailure);
-    EXPECT_THROW(variable.setValue("size", 1.0F), AssertionFailure);
-    EXPECT_THROW((void)variable.value("size"), AssertionFailure);
 }
 
 } // namespace

@@ -72,28 +72,28 @@ struct StepperCase {
     std::uint32_t count;
 };
 
-class StepperCount : public testing::TestWithParam<StepperCase> {};
-
-TEST_P(StepperCount, FollowsSinglePrecision) {
-    const StepperCase& row = GetParam();
-    const auto setup = withSteppers({stepper(row.start, row.stop, row.step)});
-    const SweepGrid grid = constructIndependentVariables(setup, DayOfYear(1));
-    EXPECT_EQ(grid.variables.front().stridesPerCycle(), row.count);
-    EXPECT_EQ(grid.nRowsOfData, row.count * 100);
-    EXPECT_EQ(sweepWarnings(setup, grid).size(), row.count == 0 ? 1U : 0U);
+TEST(SweepVariables, CountStepperValuesInSinglePrecision) {
+    const StepperCase cases[] = {{"wholeSteps", "0", "1", "0.1", 11},
+                                 {"singleNotDouble", "0", "0.7", "0.1", 8},
+                                 {"differenceRoundedFirst", "0.1", "0.7", "0.1", 6},
+                                 {"partOfAStepLeftOver", "0", "1", "0.3", 4},
+                                 {"oneValue", "3", "3", "1", 1},
+                                 {"downwards", "1", "0", "-0.25", 5},
+                                 {"stepOfZero", "0", "1", "0", 0},
+                                 {"noValuesAtAll", "", "", "", 0},
+                                 {"againstItsStep", "1", "0", "0.1", 0},
+                                 {"lessThanAStepAgainst", "1", "0.95", "0.1", 1},
+                                 {"endless", "0", "1e39", "1", 0},
+                                 {"trailingText", " 0 m", "2m", "1,5", 3}};
+    for (const StepperCase& row : cases) {
+        SCOPED_TRACE(row.name);
+        const auto setup = withSteppers({stepper(row.start, row.stop, row.step)});
+        const SweepGrid grid = constructIndependentVariables(setup, DayOfYear(1));
+        EXPECT_EQ(grid.variables.front().stridesPerCycle(), row.count);
+        EXPECT_EQ(grid.nRowsOfData, row.count * 100);
+        EXPECT_EQ(sweepWarnings(setup, grid).size(), row.count == 0 ? 1U : 0U);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Edges, StepperCount,
-    testing::Values(StepperCase{"wholeSteps", "0", "1", "0.1", 11},
-                    StepperCase{"singleNotDouble", "0", "0.7", "0.1", 8},
-                    StepperCase{"differenceRoundedFirst", "0.1", "0.7", "0.1", 6},
-                    StepperCase{"partOfAStepLeftOver", "0", "1", "0.3", 4}, StepperCase{"oneValue", "3", "3", "1", 1},
-                    StepperCase{"downwards", "1", "0", "-0.25", 5}, StepperCase{"stepOfZero", "0", "1", "0", 0},
-                    StepperCase{"noValuesAtAll", "", "", "", 0}, StepperCase{"againstItsStep", "1", "0", "0.1", 0},
-                    StepperCase{"lessThanAStepAgainst", "1", "0.95", "0.1", 1},
-                    StepperCase{"endless", "0", "1e39", "1", 0}, StepperCase{"trailingText", " 0 m", "2m", "1,5", 3}),
-    [](const auto& row) { return row.param.name; });
 
 struct TimeCase {
     const char* name;
@@ -105,29 +105,26 @@ struct TimeCase {
     float constant;
 };
 
-class TimeAxis : public testing::TestWithParam<TimeCase> {};
-
-TEST_P(TimeAxis, CountsWithoutTheEndOfTheRun) {
-    const TimeCase& row = GetParam();
-    const auto setup = timeFrame(row.runLength, row.reportStep, row.stepsPerDay);
-    const SweepGrid grid = constructIndependentVariables(setup, DayOfYear(366));
-    ASSERT_EQ(grid.variables.size(), 1U);
-    EXPECT_EQ(grid.variables[0].start(), 366.0F);
-    EXPECT_EQ(grid.variables[0].stop(), row.stop);
-    EXPECT_EQ(grid.variables[0].constant(), row.constant);
-    EXPECT_EQ(grid.nRowsOfData, row.count);
-    EXPECT_EQ(sweepWarnings(setup, grid).size(), row.count == 0 ? 1U : 0U);
+TEST(SweepVariables, CountDaysWithoutTheEndOfTheRun) {
+    const TimeCase cases[] = {{"aReportADay", "100", "10", "10", 100, 465, 416},
+                              {"noLengthIsOneDay", "0", "1", "4", 4, 366, 366.5F},
+                              {"intervalLongerThanRun", "1", "20", "10", 0, 366, 366.5F},
+                              {"noInterval", "10", "0", "10", 0, 375, 371},
+                              {"noStepsInADay", "10", "10", "0", 0, 375, 371},
+                              {"neither", "10", "0", "0", 0, 375, 371},
+                              {"negative", "-10", "10", "10", 0, 355, 361}};
+    for (const TimeCase& row : cases) {
+        SCOPED_TRACE(row.name);
+        const auto setup = timeFrame(row.runLength, row.reportStep, row.stepsPerDay);
+        const SweepGrid grid = constructIndependentVariables(setup, DayOfYear(366));
+        ASSERT_EQ(grid.variables.size(), 1U);
+        EXPECT_EQ(grid.variables[0].start(), 366.0F);
+        EXPECT_EQ(grid.variables[0].stop(), row.stop);
+        EXPECT_EQ(grid.variables[0].constant(), row.constant);
+        EXPECT_EQ(grid.nRowsOfData, row.count);
+        EXPECT_EQ(sweepWarnings(setup, grid).size(), row.count == 0 ? 1U : 0U);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Edges, TimeAxis,
-                         testing::Values(TimeCase{"aReportADay", "100", "10", "10", 100, 465, 416},
-                                         TimeCase{"noLengthIsOneDay", "0", "1", "4", 4, 366, 366.5F},
-                                         TimeCase{"intervalLongerThanRun", "1", "20", "10", 0, 366, 366.5F},
-                                         TimeCase{"noInterval", "10", "0", "10", 0, 375, 371},
-                                         TimeCase{"noStepsInADay", "10", "10", "0", 0, 375, 371},
-                                         TimeCase{"neither", "10", "0", "0", 0, 375, 371},
-                                         TimeCase{"negative", "-10", "10", "10", 0, 355, 361}),
-                         [](const auto& row) { return row.param.name; });
 
 TEST(SweepVariables, StartAtDayOneWithoutAStartDay) {
     SetupDictionary setup = timeFrame("10", "1", "1");
@@ -135,39 +132,25 @@ TEST(SweepVariables, StartAtDayOneWithoutAStartDay) {
     EXPECT_EQ(constructIndependentVariables(setup, DayOfYear(200)).variables[0].start(), 1.0F);
 }
 
-struct TooLargeCase {
-    const char* name;
-    EntryList steppers;
-    const char* rows; // that the message names; nullptr when the grid fits
-};
-
-class GridSize : public testing::TestWithParam<TooLargeCase> {};
-
-TEST_P(GridSize, IsRefusedBeyond32BitsWithItsRows) {
-    const TooLargeCase& row = GetParam();
-    const auto setup = withSteppers(row.steppers, "1");
-    if (row.rows == nullptr) {
-        EXPECT_NO_THROW((void)constructIndependentVariables(setup, DayOfYear(1)));
-        return;
-    }
-    try {
-        (void)constructIndependentVariables(setup, DayOfYear(1));
-        FAIL() << "not refused";
-    } catch (const OrreryError& error) {
-        EXPECT_THAT(error.problem(), HasSubstr(std::string(row.rows) + " rows"));
+TEST(SweepVariables, AreRefusedBeyond32BitsWithTheirRows) {
+    const Entry most = stepper("1", "65536", "1");
+    EXPECT_EQ(
+        constructIndependentVariables(withSteppers({most, stepper("1", "65535", "1")}, "1"), DayOfYear(1)).nRowsOfData,
+        4294901760U);
+    const std::pair<EntryList, const char*> cases[] = {
+        {{most, most}, "4294967296 rows"},
+        {{stepper("0", "1", "1e-10")}, "10000000001 rows"},
+        {{stepper("0", "1", "0"), most, most}, "4294967296 rows"}, // no rows, but a stride too long
+        {{stepper("0", "3e38", "1"), stepper("0", "3e38", "1")}, "9e+76 rows"}};
+    for (const auto& [steppers, rows] : cases) {
+        try {
+            (void)constructIndependentVariables(withSteppers(steppers, "1"), DayOfYear(1));
+            ADD_FAILURE() << "not refused: " << rows;
+        } catch (const OrreryError& error) {
+            EXPECT_THAT(error.problem(), HasSubstr(rows));
+        }
     }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Sizes, GridSize,
-    testing::Values(TooLargeCase{"wraps", {stepper("1", "65536", "1"), stepper("1", "65536", "1")}, "4294967296"},
-                    TooLargeCase{"fits", {stepper("1", "65536", "1"), stepper("1", "65535", "1")}, nullptr},
-                    TooLargeCase{"oneCount", {stepper("0", "1", "1e-10")}, "10000000001"},
-                    TooLargeCase{"strideBehindAnEmptyAxis",
-                                 {stepper("0", "1", "0"), stepper("1", "65536", "1"), stepper("1", "65536", "1")},
-                                 "4294967296"},
-                    TooLargeCase{"huge", {stepper("0", "3e38", "1"), stepper("0", "3e38", "1")}, "9e+76"}),
-    [](const auto& row) { return row.param.name; });
 
 } // namespace
 } // namespace orrery
