@@ -2,6 +2,7 @@
 
 #include "platform/egl/EglSurface.h"
 #include "platform/qt/QtTextRasterizer.h"
+#include "plot/Gl.h"
 #include "plot/OpenGLPlotView.h"
 #include "plot/picture/PlotPicture.h"
 #include "tests/plot/gl/scene/Scene.h"

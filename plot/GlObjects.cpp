@@ -1,8 +1,17 @@
 #include "plot/GlObjects.h"
 
+#include "plot/Gl.h"
 #include "plot/GlCheck.h"
 
 namespace orrery {
+
+void deleteBuffer(unsigned name) {
+    glDeleteBuffers(1, &name);
+}
+
+void deleteTexture(unsigned name) {
+    glDeleteTextures(1, &name);
+}
 
 GlBuffer makeVertexBuffer(std::span<const float> data) {
     GLuint name = 0;
@@ -14,6 +23,22 @@ GlBuffer makeVertexBuffer(std::span<const float> data) {
         buffer.reset();
     }
     return buffer;
+}
+
+SavedAttributes::SavedAttributes(unsigned bits) {
+    glPushAttrib(bits);
+}
+
+SavedAttributes::~SavedAttributes() {
+    glPopAttrib();
+}
+
+BoundBuffer::BoundBuffer(const GlBuffer& buffer) {
+    glBindBuffer(GL_ARRAY_BUFFER, buffer.get());
+}
+
+BoundBuffer::~BoundBuffer() {
+    glBindBuffer(GL_ARRAY_BUFFER, 0);
 }
 
 IdentityMatrices::IdentityMatrices() {

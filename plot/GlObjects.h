@@ -1,21 +1,19 @@
 #pragma once
 
-#include "platform/Pixels.h"
-#include "plot/Gl.h"
-
 #include <cstddef>
 #include <span>
 #include <utility>
 
+// The views' headers include no OpenGL: a window has Qt's own, and the two do not go together in one file.
 namespace orrery {
 
 /// A GL name that deletes its object; move-only; 0 means none. Create, assign and destroy it while the context that it
 /// belongs to is current. After the context is gone, release() forgets the name.
-template <void (*Delete)(GLuint)>
+template <void (*Delete)(unsigned)>
 class GlName {
 public:
     GlName() = default;
-    explicit GlName(GLuint name) : m_name(name) {}
+    explicit GlName(unsigned name) : m_name(name) {}
     GlName(GlName&& other) noexcept : m_name(other.release()) {}
     GlName& operator=(GlName&& other) noexcept {
         if (this != &other) {
@@ -27,26 +25,22 @@ public:
     GlName& operator=(const GlName&) = delete;
     ~GlName() { reset(); }
 
-    void reset(GLuint name = 0) {
+    void reset(unsigned name = 0) {
         if (m_name != 0) {
             Delete(m_name);
         }
         m_name = name;
     }
-    GLuint release() { return std::exchange(m_name, 0U); }
-    [[nodiscard]] GLuint get() const { return m_name; }
+    unsigned release() { return std::exchange(m_name, 0U); }
+    [[nodiscard]] unsigned get() const { return m_name; }
     explicit operator bool() const { return m_name != 0; }
 
 private:
-    GLuint m_name = 0;
+    unsigned m_name = 0;
 };
 
-inline void deleteBuffer(GLuint name) {
-    glDeleteBuffers(1, &name);
-}
-inline void deleteTexture(GLuint name) {
-    glDeleteTextures(1, &name);
-}
+void deleteBuffer(unsigned name);
+void deleteTexture(unsigned name);
 
 using GlBuffer = GlName<deleteBuffer>;
 using GlTexture = GlName<deleteTexture>;
@@ -57,8 +51,8 @@ using GlTexture = GlName<deleteTexture>;
 /// Attribute state put back at the end of the scope.
 class SavedAttributes {
 public:
-    explicit SavedAttributes(GLbitfield bits) { glPushAttrib(bits); }
-    ~SavedAttributes() { glPopAttrib(); }
+    explicit SavedAttributes(unsigned bits);
+    ~SavedAttributes();
     SavedAttributes(const SavedAttributes&) = delete;
     SavedAttributes& operator=(const SavedAttributes&) = delete;
 };
@@ -73,14 +67,14 @@ public:
     IdentityMatrices& operator=(const IdentityMatrices&) = delete;
 
 private:
-    GLint m_matrixMode = GL_MODELVIEW;
+    int m_matrixMode = 0;
 };
 
 /// The array buffer bound, and unbound at the end of the scope.
 class BoundBuffer {
 public:
-    explicit BoundBuffer(const GlBuffer& buffer) { glBindBuffer(GL_ARRAY_BUFFER, buffer.get()); }
-    ~BoundBuffer() { glBindBuffer(GL_ARRAY_BUFFER, 0); }
+    explicit BoundBuffer(const GlBuffer& buffer);
+    ~BoundBuffer();
     BoundBuffer(const BoundBuffer&) = delete;
     BoundBuffer& operator=(const BoundBuffer&) = delete;
 };

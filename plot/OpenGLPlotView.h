@@ -32,7 +32,7 @@ public:
     void setLightHeight(float height) override { m_lightHeight = height; }
     /// As PlotView says. When the driver cannot hold the data, that is logged and the plot is empty.
     void setSurfaces(std::span<const float> data, std::uint32_t size, std::vector<VertexRange> ranges) override;
-    [[nodiscard]] GLuint ident() const { return m_ident.get(); } // the buffer that holds the plot; 0: none
+    [[nodiscard]] unsigned ident() const { return m_ident.get(); } // the buffer that holds the plot; 0: none
 
     void setNeedsDisplay() override { surface().markForDisplay(); }
     [[nodiscard]] CameraRecord& camera() override { return BasicOpenGLView::camera(); }

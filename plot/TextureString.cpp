@@ -1,5 +1,6 @@
 #include "plot/TextureString.h"
 
+#include "plot/Gl.h"
 #include "plot/GlCheck.h"
 
 #include <array>

@@ -28,7 +28,7 @@ public:
     [[nodiscard]] Size texSize() const { return m_texSize; } // pixels
     [[nodiscard]] const std::string& string() const { return m_string; }
     void setString(std::string string) { m_string = std::move(string); } // the texture stays
-    [[nodiscard]] GLuint texName() const { return m_texName.get(); }     // 0: nothing to draw
+    [[nodiscard]] unsigned texName() const { return m_texName.get(); }   // 0: nothing to draw
     void forgetTexture() { m_texName.release(); }                        // its context is gone
 
 private:

@@ -8,7 +8,8 @@
 namespace orrery {
 
 /// A surface without a window or a display server: a context of its own and an off-screen target with colour and depth.
-/// Every surface has its own context; several may live side by side on the main thread.
+/// Every surface has its own context; several may live side by side on the main thread. While a window's context is
+/// current there, none of these can be made current (it is to be released first), and the other way round.
 class EglSurface : public GlSurface {
 public:
     /// `samples` per pixel above 1 smooth edges; more than the driver has become what it has, and the log says so.

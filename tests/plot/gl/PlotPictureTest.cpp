@@ -1,4 +1,5 @@
 // Text and picture files, with the system's fonts.
+#include "plot/Gl.h"
 #include "plot/picture/PlotPicture.h"
 
 #include "platform/Files.h"

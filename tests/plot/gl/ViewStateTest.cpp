@@ -1,4 +1,5 @@
 // What drawing leaves behind: state, objects, contexts.
+#include "plot/Gl.h"
 #include "plot/GlCheck.h"
 #include "tests/plot/gl/GlFixture.h"
 
