@@ -42,11 +42,11 @@ private:
 };
 
 /// The whole file. @throws OrreryError as ReadableFile, or when it is larger than `limit` bytes or changes meanwhile
-[[nodiscard]] std::string readWholeFile(const std::string& path, std::uint64_t limit = 1ULL << 32U);
+[[nodiscard]] std::string readWholeFile(const std::string& path, std::uint64_t limit = 1ULL << 28U);
 
 /// Replaces the file at the path by the bytes, whole or not at all: a temporary file beside the target is written,
 /// synced and renamed over it, and the directory is synced. Symbolic links are followed, an existing file's mode is
-/// kept. Returns only when the new file is on the disk.
+/// kept. Returns only when the new file is on the disk. Temporary files that killed saves left there are removed.
 /// @throws OrreryError naming the path, the system's reason and that the old file is unchanged
 void replaceFile(const std::string& path, std::string_view bytes);
 

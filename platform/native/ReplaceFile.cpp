@@ -3,20 +3,19 @@
 #include "platform/OrreryError.h"
 #include "platform/native/FileChecks.h"
 #include "platform/native/FileDescriptor.h"
+#include "platform/native/SaveLitter.h"
 #include "platform/native/SystemCalls.h"
 
 #include <fcntl.h>
 #include <fmt/format.h>
-#include <sys/random.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <climits>
 #include <csignal>
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -148,11 +147,12 @@ public:
         const mode_t mode = target.exists ? S_IRUSR | S_IWUSR : 0666;
         const int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
         do {
-            m_name = unforeseenName();
+            m_name = unforeseenSaveName();
             m_file = FileDescriptor(uninterrupted([&] { return openat(directory(), m_name.c_str(), flags, mode); }));
         } while (!m_file.isOpen() && errno == EEXIST);
         if (!m_file.isOpen()) throwUnsaved(target, "no file can be made in its directory", errno);
         m_present = true;
+        (void)!flock(m_file.get(), LOCK_EX | LOCK_NB); // tells others that it is in use; a help, not a condition
     }
     ~TemporaryFile() {
         if (m_present) unlinkat(directory(), m_name.c_str(), 0);
@@ -200,12 +200,6 @@ public:
 private:
     [[nodiscard]] int directory() const { return m_target.directory.get(); }
 
-    [[nodiscard]] std::string unforeseenName() const {
-        std::uint64_t number = 0;
-        if (getrandom(&number, sizeof number, 0) != sizeof number) throwUnsaved(m_target, "no random number", errno);
-        return fmt::format(".orrery-{:016x}", number);
-    }
-
     const Target& m_target;
     std::string m_name;
     FileDescriptor m_file;
@@ -244,6 +238,7 @@ void FileReplacement::finish() {
     m_state->file.syncAndClose();
     m_state->file.takeTargetsName();
     syncDirectory(m_state->target);
+    removeSaveLitter(m_state->target.directory.get());
 }
 
 void replaceFile(const std::string& path, std::string_view bytes) {

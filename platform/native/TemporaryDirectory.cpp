@@ -47,11 +47,18 @@ std::string chosenDirectory(const std::string& value) {
     return withSlash(path);
 }
 
-/// Whether the path is a directory of this user that can be written to; what it is a link to counts.
-bool isOwnDirectory(const std::string& path) {
+/// Whether nobody else can make or rename something in the directory; what it is a link to counts.
+bool isSheltered(const struct stat& status) {
+    return S_ISDIR(status.st_mode) && (status.st_mode & S_IWOTH) == 0;
+}
+
+/// The runtime directory if it is what it should be: this user's own and writable.
+std::optional<std::string> runtimeDirectory() {
+    const std::string path = environment("XDG_RUNTIME_DIR");
     struct stat status {};
-    return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode) && status.st_uid == geteuid() &&
-           access(path.c_str(), W_OK | X_OK) == 0;
+    if (!path.starts_with('/') || stat(path.c_str(), &status) != 0) return std::nullopt;
+    const bool usable = isSheltered(status) && status.st_uid == geteuid() && access(path.c_str(), W_OK | X_OK) == 0;
+    return usable ? std::optional(path) : std::nullopt;
 }
 
 std::string cacheDirectory() {
@@ -74,22 +81,29 @@ void makeDirectories(const std::string& path) {
     throwUnusable(path, "cannot be made: " + systemReason(errno), "Set TMPDIR to a directory that you can write to.");
 }
 
+struct stat statusOf(const std::string& path) {
+    struct stat status {};
+    if (lstat(path.c_str(), &status) == 0) return status;
+    throwUnusable(path, "cannot be used: " + systemReason(errno), "Set TMPDIR to a directory that you can write to.");
+}
+
 /// A directory that nobody else can have prepared or can write to.
 void requirePrivate(const std::string& path) {
-    struct stat status {};
+    const struct stat status = statusOf(path);
     const char* const remedy = "Remove it, or set TMPDIR to a directory of your own.";
-    if (lstat(path.c_str(), &status) != 0) throwUnusable(path, "cannot be used: " + systemReason(errno), remedy);
     if (S_ISLNK(status.st_mode)) throwUnusable(path, "is a symbolic link", remedy);
     if (!S_ISDIR(status.st_mode)) throwUnusable(path, "is no directory", remedy);
     if (status.st_uid != geteuid()) throwUnusable(path, "belongs to another user", remedy);
     if ((status.st_mode & 07777U) != S_IRWXU)
         throwUnusable(path, "is open to other users (its mode is not 700)", remedy);
+    if (!isSheltered(statusOf(path + "/.."))) {
+        throwUnusable(path, "lies where every user can write", "Set TMPDIR to a directory of your own.");
+    }
 }
 
 std::string privateDirectory() {
-    const std::string runtime = environment("XDG_RUNTIME_DIR");
-    const bool hasRuntime = runtime.starts_with('/') && isOwnDirectory(runtime);
-    const std::string path = withSlash(hasRuntime ? runtime : cacheDirectory()) + "orrery";
+    const std::optional<std::string> runtime = runtimeDirectory();
+    const std::string path = withSlash(runtime ? *runtime : cacheDirectory()) + "orrery";
     makeDirectories(path);
     requirePrivate(path);
     exportDirectory(path);

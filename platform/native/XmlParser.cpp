@@ -99,7 +99,7 @@ public:
         std::size_t pending = 0; // bytes of an item whose end has not come yet
         for (bool last = false; !last;) {
             // An unfinished item is scanned from its start each time, so it gets pieces that grow with it.
-            const std::size_t capacity = std::max(blockSize, pending);
+            const std::size_t capacity = std::min(std::max(blockSize, pending), xmlTokenLimit + 1 - pending);
             void* const buffer = XML_GetBuffer(parser(), static_cast<int>(capacity));
             if (buffer == nullptr) throw std::bad_alloc();
             const std::size_t count = read(static_cast<char*>(buffer), capacity);
@@ -132,7 +132,7 @@ private:
             fail("The encoding \"" + quotedForMessage(m_unknownEncoding) +
                  "\" is not known here; UTF-8, UTF-16, ISO-8859-1, US-ASCII and macintosh are.");
         }
-        if (code == XML_ERROR_UNDEFINED_ENTITY) failUndeclared(referenceIn(rawInput(longestReference)));
+        if (code == XML_ERROR_UNDEFINED_ENTITY) failUndeclared(referenceIn(withoutNul(rawInput(longestReference))));
         fail(problemInWords(code, m_hasElement));
     }
 
@@ -141,14 +141,19 @@ private:
     }
 
     /// At most `length` bytes of the file from the current item on, as far as expat holds them.
-    [[nodiscard]] std::string rawInput(std::size_t length) const {
+    [[nodiscard]] std::string_view rawInput(std::size_t length) const {
         int offset = 0;
         int size = 0;
         const char* const context = XML_GetInputContext(parser(), &offset, &size);
         if (context == nullptr || offset < 0 || offset >= size) return {};
-        std::string bytes(context + offset, std::min(length, static_cast<std::size_t>(size - offset)));
-        std::erase(bytes, '\0'); // UTF-16
-        return bytes;
+        return {context + offset, std::min(length, static_cast<std::size_t>(size - offset))};
+    }
+
+    /// The ASCII characters of raw input, of UTF-16 too.
+    static std::string withoutNul(std::string_view bytes) {
+        std::string text(bytes);
+        std::erase(text, '\0');
+        return text;
     }
 
     /// The name of the first entity reference; empty without one.
@@ -174,7 +179,8 @@ private:
             m_attributes.emplace_back(attributes[0], attributes[1]);
         if (m_hasDoctype && !m_attributes.empty()) {
             const auto length = static_cast<std::size_t>(std::max(XML_GetCurrentByteCount(parser()), 0));
-            requireDeclaredReferences(rawInput(length));
+            const std::string_view tag = rawInput(length);
+            if (tag.find('&') != std::string_view::npos) requireDeclaredReferences(withoutNul(tag));
         }
         m_handler.startElement(name, m_attributes, XML_GetCurrentLineNumber(parser()));
     }
