@@ -33,7 +33,7 @@ std::string letters(const EntryList& entries) {
 }
 
 TEST(DropDecisions, LetOnlyFittingPortsAndOwnRowsIn) {
-    const auto decide = [](PortList list, std::vector<std::string> types) {
+    const auto decide = [](PortList list, const std::vector<std::string>& types) {
         const DropDecision decision = validateDrop(list, types);
         EXPECT_EQ(decision.retargetAbove, decision.operation == DragOperation::Move);
         return decision.operation;
@@ -60,6 +60,7 @@ TEST(PortDrops, ReplaceOnARowAndInsertAboveIt) {
 /// One dragged row after the other, each taken out and put in again.
 std::vector<std::size_t> moveOneByOne(EntryList& entries, const std::vector<std::size_t>& rows, std::size_t row) {
     std::vector<std::string> dragged;
+    dragged.reserve(rows.size());
     for (const std::size_t each : rows) {
         dragged.emplace_back(entries[each].text("portPath"));
     }
@@ -77,6 +78,7 @@ std::vector<std::size_t> moveOneByOne(EntryList& entries, const std::vector<std:
         ++row;
     }
     std::vector<std::size_t> newRows;
+    newRows.reserve(rows.size());
     for (const std::string& name : dragged) {
         newRows.push_back(positionOf(name));
     }
