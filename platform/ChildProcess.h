@@ -40,7 +40,8 @@ public:
     virtual void terminate() = 0;
 };
 
-/// Makes children and outlives them; what they left running when it goes is killed and reaped at once.
+/// Makes children and outlives them. What they left running when it goes is ended and reaped before that returns, by
+/// force after half a second.
 class ChildProcessLauncher {
 public:
     virtual ~ChildProcessLauncher() = default;

@@ -18,6 +18,7 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto gracePeriod = 2s;
+constexpr auto lastGracePeriod = 500ms; // when we end ourselves, so that an engine can still clear its files away
 constexpr auto lookInterval = 20ms;
 
 enum class LeaderState { Running, Ended, NotOurs };
@@ -38,6 +39,10 @@ bool hasEnded(pid_t child) {
 }
 
 ChildReaper::~ChildReaper() {
+    const auto deadline = std::chrono::steady_clock::now() + lastGracePeriod;
+    for (; !m_groups.empty() && std::chrono::steady_clock::now() < deadline; std::this_thread::sleep_for(5ms)) {
+        std::erase_if(m_groups, isDealtWith);
+    }
     for (const Group& group : m_groups)
         killAndReap(group.leader);
 }

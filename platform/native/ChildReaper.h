@@ -20,7 +20,7 @@ public:
     explicit ChildReaper(RunLoop& loop) : m_loop(loop) {}
     ChildReaper(const ChildReaper&) = delete;
     ChildReaper& operator=(const ChildReaper&) = delete;
-    ~ChildReaper(); // kills and reaps at once what is left
+    ~ChildReaper(); // waits half a second for what was asked to end, then kills and reaps it
 
     /// Asks the group to end (SIGTERM), ends what is left of it 2 s later (SIGKILL), reaps the leader.
     /// `output`: the reading end of the group's pipe, kept open so long that last words break no pipe.

@@ -273,7 +273,7 @@ TEST_P(Ending, TheGroupIsEndedInTheBackgroundWhenItsOwnerGoes) {
     EXPECT_EQ(m_heard.ends, 0);
 }
 
-TEST_P(Ending, TheGroupIsEndedAtOnceWhenTheLauncherGoes) {
+TEST_P(Ending, TheGroupIsEndedBeforeTheLauncherHasGone) {
     m_heard.child.reset();
     m_launcher.reset();
     // The loop stands still, so only the launcher can have done it.
@@ -288,6 +288,17 @@ INSTANTIATE_TEST_SUITE_P(Engines, Ending,
                                          EndCase{"leavingAGrandchild", {"leave"}, true},
                                          EndCase{"leavingADeafGrandchild", {"leave", "deaf"}, true}),
                          [](const auto& row) { return row.param.name; });
+
+TEST_F(ChildProcessTest, AnEngineCanClearItsFilesAwayAlsoWhenTheLauncherGoes) {
+    const std::string scratch = testing::TempDir() + "orrery-tidy-" + std::to_string(getpid());
+    Heard heard(*m_launcher);
+    heard.start({fakeEngine, "tidy", scratch});
+    ASSERT_TRUE(waitFor([&] { return heard.firstLineIsThere(); }));
+    ASSERT_TRUE(std::filesystem::exists(scratch));
+    heard.child.reset();
+    m_launcher.reset();
+    EXPECT_FALSE(std::filesystem::remove(scratch));
+}
 
 TEST_F(ChildProcessTest, WhatTheChildLeftBehindIsNamedOnceAndHoldsTheEndBack) {
     Heard heard(*m_launcher);
