@@ -1,0 +1,27 @@
+// Any bytes are a document or an OrreryError, and a document written again reads back as it was.
+#include "FuzzTarget.h"
+#include "platform/OrreryError.h"
+#include "platform/XmlDocument.h"
+
+namespace {
+
+void parseAndWrite(std::string_view bytes, orrery::XmlFallbackEncoding fallback) {
+    std::string written;
+    try {
+        written = orrery::parseXml(bytes, "input", fallback).xmlString();
+    } catch (const orrery::OrreryError&) {
+        return;
+    }
+    // Written as UTF-8, so with a mark that says so.
+    const std::string again = orrery::parseXml("\xEF\xBB\xBF" + written, "written").xmlString();
+    orrery::fuzz::require(again == written, "a written document reads back as it was");
+}
+
+} // namespace
+
+int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
+    const std::string_view bytes = orrery::fuzz::asText(data, size);
+    parseAndWrite(bytes, orrery::XmlFallbackEncoding::Utf8);
+    parseAndWrite(bytes, orrery::XmlFallbackEncoding::Utf8OrMacRoman);
+    return 0;
+}
