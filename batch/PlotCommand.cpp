@@ -80,6 +80,7 @@ Assignment assignment(const std::string& text, const std::string& option) {
 
 std::vector<Assignment> assignments(const std::vector<std::string>& texts, const std::string& option) {
     std::vector<Assignment> result;
+    result.reserve(texts.size());
     for (const std::string& text : texts) {
         result.push_back(assignment(text, option));
     }

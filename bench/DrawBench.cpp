@@ -49,7 +49,7 @@ struct Drawing {
 /// Turns the surface by the animation's step, frame after frame; the counter is frames a second.
 void turn(benchmark::State& state) {
     Drawing drawing(state.range(0), static_cast<int>(state.range(1)));
-    for (auto iteration : state) {
+    while (state.KeepRunning()) {
         drawing.view.setYRotation(drawing.view.yRotation() + 0.5F);
         drawing.view.drawRect();
         glFinish();
@@ -62,7 +62,7 @@ void upload(benchmark::State& state) {
     Drawing drawing(1);
     const auto count = static_cast<std::uint32_t>(state.range(0) * state.range(0) * 36);
     const std::vector<float> vertices(count, 0.5F);
-    for (auto iteration : state) {
+    while (state.KeepRunning()) {
         drawing.view.setSurfaces(vertices, count, {{0, count / 6}});
         glFinish();
     }
@@ -74,7 +74,7 @@ void firstPicture(benchmark::State& state) {
     const OffscreenGui gui;
     QtTextRasterizer rasterizer;
     const test::Scene scene = rippled(state.range(0));
-    for (auto iteration : state) {
+    while (state.KeepRunning()) {
         benchmark::DoNotOptimize(
             renderPlot({.width = width, .height = height}, rasterizer, [&](PlotView& view) { scene.show(view); }));
     }

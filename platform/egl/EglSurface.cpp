@@ -102,7 +102,7 @@ struct EglSurface::Context {
 struct EglSurface::Target {
     Target(int width, int height, int samples) {
         glGenFramebuffers(2, framebuffers.data());
-        glGenRenderbuffers(3, renderbuffers.data());
+        glGenRenderbuffers(3, m_renderbuffers.data());
         attach(0, GL_COLOR_ATTACHMENT0, 0, GL_RGBA8, {width, height, samples});
         attach(0, GL_DEPTH_ATTACHMENT, 1, GL_DEPTH_COMPONENT24, {width, height, samples});
         if (samples > 1) {
@@ -117,7 +117,7 @@ struct EglSurface::Target {
     Target& operator=(const Target&) = delete;
     ~Target() {
         glDeleteFramebuffers(2, framebuffers.data());
-        glDeleteRenderbuffers(3, renderbuffers.data());
+        glDeleteRenderbuffers(3, m_renderbuffers.data());
     }
 
     [[nodiscard]] static bool complete() {
@@ -144,13 +144,13 @@ private:
     };
     void attach(std::size_t framebuffer, GLenum point, std::size_t renderbuffer, GLenum format, Storage storage) const {
         glBindFramebuffer(GL_FRAMEBUFFER, framebuffers.at(framebuffer));
-        glBindRenderbuffer(GL_RENDERBUFFER, renderbuffers.at(renderbuffer));
+        glBindRenderbuffer(GL_RENDERBUFFER, m_renderbuffers.at(renderbuffer));
         glRenderbufferStorageMultisample(GL_RENDERBUFFER, storage.samples > 1 ? storage.samples : 0, format,
                                          storage.width, storage.height);
-        glFramebufferRenderbuffer(GL_FRAMEBUFFER, point, GL_RENDERBUFFER, renderbuffers.at(renderbuffer));
+        glFramebufferRenderbuffer(GL_FRAMEBUFFER, point, GL_RENDERBUFFER, m_renderbuffers.at(renderbuffer));
     }
 
-    std::array<GLuint, 3> renderbuffers{}; // colour, depth, resolved colour
+    std::array<GLuint, 3> m_renderbuffers{}; // colour, depth, resolved colour
 };
 
 EglSurface::EglSurface(int width, int height, int samples) : m_width(width), m_height(height), m_samples(samples) {

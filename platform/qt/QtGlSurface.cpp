@@ -50,7 +50,9 @@ std::string QtGlSurface::whyUnavailable() {
 QtGlSurface::QtGlSurface(QWidget* parent) : QOpenGLWidget(parent) {}
 
 QtGlSurface::~QtGlSurface() {
-    static_cast<void>(makeCurrent());
+    if (isValid()) {
+        QOpenGLWidget::makeCurrent();
+    }
     m_client.reset();
     doneCurrent();
 }

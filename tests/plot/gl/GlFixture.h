@@ -36,9 +36,11 @@ struct TestView {
 
 /// Every test of drawing: fails when an OpenGL error was logged.
 class GlTest : public ::testing::Test {
-protected:
+public:
     GlTest();
     ~GlTest() override;
+
+protected:
     void TearDown() override { EXPECT_TRUE(m_log.empty()) << m_log.front(); }
     std::vector<std::string> m_log;
 };

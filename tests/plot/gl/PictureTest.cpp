@@ -20,8 +20,9 @@ struct SizeCase {
 };
 class CurvePlace : public GlTest, public ::testing::WithParamInterface<SizeCase> {};
 TEST_P(CurvePlace, IsWhereTheSquareOfThePlotPutsIt) {
-    const auto& [name, width, height, samples] = GetParam();
-    TestView test(width, height, samples);
+    const int width = GetParam().width;
+    const int height = GetParam().height;
+    TestView test(width, height, GetParam().samples);
     const Pixels picture = test.frameOf(
         {.axes = {"day"},
          .xCount = 5,

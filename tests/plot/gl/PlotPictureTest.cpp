@@ -1,10 +1,10 @@
 // Text and picture files, with the system's fonts.
-#include "plot/Gl.h"
 #include "plot/picture/PlotPicture.h"
 
 #include "platform/Files.h"
 #include "platform/OrreryError.h"
 #include "platform/qt/QtTextRasterizer.h"
+#include "plot/Gl.h"
 #include "support/TemporaryFolder.h"
 #include "tests/plot/gl/GlFixture.h"
 
