@@ -1,4 +1,4 @@
-#include "tests/plot/gl/GlFixture.h"
+#include "plot/gl/GlFixture.h"
 
 #include "platform/Log.h"
 

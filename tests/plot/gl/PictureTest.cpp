@@ -1,5 +1,5 @@
 // What the pictures show, compared by region and with tolerance: drivers differ in single pixels.
-#include "tests/plot/gl/GlFixture.h"
+#include "plot/gl/GlFixture.h"
 
 #include <gmock/gmock.h>
 

@@ -5,8 +5,8 @@
 #include "platform/OrreryError.h"
 #include "platform/qt/QtTextRasterizer.h"
 #include "plot/Gl.h"
+#include "plot/gl/GlFixture.h"
 #include "support/TemporaryFolder.h"
-#include "tests/plot/gl/GlFixture.h"
 
 #include <gmock/gmock.h>
 

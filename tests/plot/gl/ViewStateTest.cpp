@@ -1,7 +1,7 @@
 // What drawing leaves behind: state, objects, contexts.
 #include "plot/Gl.h"
 #include "plot/GlCheck.h"
-#include "tests/plot/gl/GlFixture.h"
+#include "plot/gl/GlFixture.h"
 
 #include <gmock/gmock.h>
 

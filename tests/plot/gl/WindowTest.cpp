@@ -1,8 +1,8 @@
 // The same drawing in a window.
 #include "platform/qt/QtGlSurface.h"
 #include "platform/qt/QtTextRasterizer.h"
+#include "plot/gl/GlFixture.h"
 #include "support/VirtualDisplay.h"
-#include "tests/plot/gl/GlFixture.h"
 
 #include <QApplication>
 #include <QDeadlineTimer>
