@@ -24,23 +24,23 @@ Color colorFromHsb(float hue, float saturation, float brightness, float alpha) {
 }
 
 ResponseVariable::ResponseVariable(std::string name, std::string identifier)
-    : m_values{{"name", std::move(name)},
-               {"id", std::move(identifier)},
-               {"includep", false},
-               {"scale", 1.0F},
-               {"color", Color{}}} {}
+    : m_values(std::make_shared<Values>(Values{{"name", std::move(name)},
+                                               {"id", std::move(identifier)},
+                                               {"includep", false},
+                                               {"scale", 1.0F},
+                                               {"color", Color{}}})) {}
 
 const ResponseVariable::Value& ResponseVariable::value(std::string_view key) const {
-    const auto found = m_values.find(key);
-    if (found == m_values.end()) {
+    const auto found = m_values->find(key);
+    if (found == m_values->end()) {
         throw AssertionFailure("A response variable has no \"" + std::string(key) + "\".");
     }
     return found->second;
 }
 
 void ResponseVariable::setValue(std::string_view key, Value value) {
-    const auto found = m_values.find(key);
-    if (found == m_values.end() || found->second.index() != value.index()) {
+    const auto found = m_values->find(key);
+    if (found == m_values->end() || found->second.index() != value.index()) {
         throw AssertionFailure("A response variable has no \"" + std::string(key) + "\" of that type.");
     }
     found->second = std::move(value);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -21,7 +22,8 @@ struct Color {
 
 /// A response variable: one recorded quantity, a record with the keys
 ///   "name" (text), "id" (text), "includep" (drawn or not), "scale" (float factor) and "color".
-/// Its position in its list is its column in the result rows.
+/// Its position in its list is its column in the result rows. Copies are the same record: where a label stands twice in
+/// a table's header, both columns are drawn, scaled and coloured together.
 class ResponseVariable {
 public:
     using Value = std::variant<std::string, bool, float, Color>;
@@ -42,7 +44,8 @@ public:
     [[nodiscard]] const Color& color() const { return std::get<Color>(value("color")); }
 
 private:
-    std::map<std::string, Value, std::less<>> m_values;
+    using Values = std::map<std::string, Value, std::less<>>;
+    std::shared_ptr<Values> m_values;
 };
 
 } // namespace orrery

@@ -10,7 +10,10 @@
 namespace orrery {
 namespace {
 
+using testing::AllOf;
 using testing::ElementsAre;
+using testing::Field;
+using testing::FloatNear;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
@@ -96,17 +99,22 @@ std::vector<std::string> namesOf(const ResponseVariables& responses) {
 }
 
 TEST(ResponseVariables, FollowTheHeaderAndSpreadOverTheHueCircle) {
-    const auto result = matchResponseVariables(recorders({"F/A/x", "F/A/y", "F/B/x", "z"}),
-                                               {"n", "a", "day", "z", "x", "x", "other"}, 2, "t.txt");
+    auto result = matchResponseVariables(recorders({"F/A/x", "F/A/y", "F/B/x", "z"}),
+                                         {"n", "a", "day", "z", "x", "x", "other"}, 2, "t.txt");
     EXPECT_THAT(result.labels, ElementsAre("z", "x", "x", "other"));
     EXPECT_THAT(namesOf(result), ElementsAre("z", "F/B/x", "F/B/x")); // the later x stands for both
-    const auto& colors = result.variables;
-    EXPECT_NEAR(colors[0].color().red, 1, 1e-6);
-    EXPECT_NEAR(colors[0].color().green, 0, 1e-6);
-    EXPECT_NEAR(colors[1].color().green, 1, 1e-6);
-    EXPECT_NEAR(colors[1].color().red, 0, 1e-6);
-    EXPECT_NEAR(colors[2].color().blue, 1, 1e-6);
-    EXPECT_NEAR(colors[2].color().green, 0, 1e-6);
+    const auto near = [](float red, float green, float blue) {
+        return AllOf(Field("red", &Color::red, FloatNear(red, 1e-6F)),
+                     Field("green", &Color::green, FloatNear(green, 1e-6F)),
+                     Field("blue", &Color::blue, FloatNear(blue, 1e-6F)));
+    };
+    EXPECT_THAT(result.variables[0].color(), near(1, 0, 0));
+    EXPECT_THAT(result.variables[1].color(), near(0, 0, 1)); // one record in two columns, coloured last as the third
+    result.variables[1].setValue("includep", true);
+    EXPECT_TRUE(result.variables[2].includep());
+    EXPECT_FALSE(result.variables[0].includep());
+    const auto three = matchResponseVariables(recorders({"x", "y", "z"}), {"n", "day", "z", "y", "x"}, 1, "t.txt");
+    EXPECT_THAT(three.variables[1].color(), near(0, 1, 0));
 }
 
 TEST(ResponseVariables, NeedALabelForEveryRecorder) {
