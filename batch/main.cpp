@@ -30,7 +30,7 @@ constexpr std::array commands{
 };
 
 int usage(const CLI::App& parser, const CLI::ParseError& error) {
-    if (error.get_exit_code() == 0) { // --help
+    if (error.get_exit_code() == 0) { // --help, --version
         return parser.exit(error) == 0 && std::cout.flush() ? exitDone : exitFailed;
     }
     printMessage(std::string(error.what()) + ". Ask for the options with --help.");
@@ -54,6 +54,7 @@ void requireKnownCommand(int argc, char** argv) {
 
 int run(int argc, char** argv) {
     CLI::App parser{"Orrery without a window: sets up, runs and reads parameter sweeps.", "orrery-batch"};
+    parser.set_version_flag("--version", "orrery-batch " ORRERY_VERSION);
     parser.require_subcommand(1);
     std::vector<Action> actions;
     for (const Command& command : commands) {

@@ -1,6 +1,6 @@
 # One folder, one target: how every library, program and test of the project is declared.
 #
-#   orrery_library(NAME FOLDER path SOURCES ... [LINKS ...] [CORE])
+#   orrery_library(NAME FOLDER path SOURCES ... [LINKS ...] [PRIVATE_LINKS ...] [CORE]), the sources in that folder
 #   orrery_program(NAME SOURCES ... [LINKS ...])
 #   orrery_test(NAME LABEL unit|process|gl|window SOURCES ... [LINKS ...])
 
@@ -43,15 +43,7 @@ function(orrery_library NAME)
     file(CREATE_LINK ${header} ${view}/${ARG_FOLDER}/${file} SYMBOLIC)
     list(APPEND viewed ${view}/${ARG_FOLDER}/${file})
   endforeach()
-  set(present)
-  foreach(source IN LISTS ARG_SOURCES)
-    if(EXISTS ${CMAKE_SOURCE_DIR}/${ARG_FOLDER}/${source})
-      list(APPEND present ${CMAKE_SOURCE_DIR}/${ARG_FOLDER}/${source})
-    else()
-      message(STATUS "not there yet: ${NAME}/${source}")
-    endif()
-  endforeach()
-  set(ARG_SOURCES ${present})
+  list(TRANSFORM ARG_SOURCES PREPEND ${CMAKE_SOURCE_DIR}/${ARG_FOLDER}/)
   if(ARG_SOURCES)
     add_library(orrery_${NAME} STATIC ${ARG_SOURCES})
     target_include_directories(orrery_${NAME} PUBLIC ${view})
