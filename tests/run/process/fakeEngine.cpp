@@ -69,6 +69,7 @@ void dieBySignal(const Arguments& arguments) {
     const rlimit noCore{0, 0};
     setrlimit(RLIMIT_CORE, &noCore);
     put("about to die\n");
+    std::signal(static_cast<int>(number(arguments)), SIG_DFL); // a sanitizer may have taken it
     raise(static_cast<int>(number(arguments)));
 }
 
