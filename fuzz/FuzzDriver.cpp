@@ -46,43 +46,14 @@ Options parseOptions(std::span<char*> arguments) {
 }
 
 /// What tends to sit at the edges of the formats read here.
-const std::vector<std::string> pieces = {"<",
-                                         ">",
-                                         "&",
-                                         ";",
-                                         "\"",
-                                         "]]>",
-                                         "<![CDATA[",
-                                         "<!--",
-                                         "&e;",
-                                         "&#0;",
-                                         "&#xD800;",
-                                         "<a>",
-                                         "</a>",
-                                         "<a/>",
-                                         " x='1'",
-                                         "<!DOCTYPE a [",
-                                         "\xEF\xBB\xBF",
-                                         "\xFF\xFE",
-                                         std::string(1, '\0'),
-                                         "\x8E",
-                                         "é",
-                                         "\r\n",
-                                         "\n",
-                                         "\t",
-                                         ",",
-                                         "{",
-                                         "}",
-                                         "-",
-                                         ".",
-                                         "e",
-                                         "1e999",
-                                         "0.1",
-                                         "nan",
-                                         "<Output>",
-                                         "</Output>",
-                                         "<GCD>1</GCD>",
-                                         "2001-02-30 00:00:00 +0000"};
+// clang-format off
+const std::vector<std::string> pieces = {
+    "<", ">", "&", ";", "\"", "]]>", "<![CDATA[", "<!--", "&e;", "&#0;", "&#13;", "&#10;", "&#60;", "&#xD800;",
+    "<a>", "</a>", "<a/>", " x='1'", "<!DOCTYPE a [", "\xEF\xBB\xBF", "\xFF\xFE", std::string(1, '\0'), "\x8E",
+    "é", "\r\n", "\n", "\t", ",", "{", "}", "-", ".", "e", "1e999", "0.1", "nan", "<Output>", "</Output>",
+    "<GCD>1</GCD>", "2001-02-30 00:00:00 +0000",
+};
+// clang-format on
 
 std::string mutated(const Options& options, std::size_t index) {
     std::mt19937_64 random(index);
