@@ -113,7 +113,7 @@ std::optional<Date> dateWithString(std::string_view text) {
     const auto [year, month, day, hour, minute, second, offset, unused] = fields->numbers;
     if (year < 1 || month < 1 || month > 12 || day < 1 || day > daysInMonth(year, month)) return std::nullopt;
     if (hour > 23 || minute > 59 || second > 59 || offset / 100 > 23 || offset % 100 > 59) return std::nullopt;
-    const std::int64_t offsetSeconds = (offset / 100 * 60 + offset % 100) * 60;
+    const std::int64_t offsetSeconds = (offset / 100 * 60 + offset % 100) * 60LL;
     const std::int64_t local = dayNumber({year, month, day}) * secondsInDay + hour * 3600LL + minute * 60LL + second;
     const Date date{local + (fields->negative ? offsetSeconds : -offsetSeconds), 0};
     const std::int64_t yearInUtc = civilDay(floorDivide(date.seconds, secondsInDay)).year;

@@ -240,7 +240,7 @@ std::optional<std::string> pathForAuxiliaryExecutable(const std::string& name) {
     if (program.empty() || name.empty() || name.find('/') != std::string::npos) return std::nullopt;
     const std::string directory = program.substr(0, program.rfind('/'));
     for (const char* const place : {"/", "/../libexec/orrery/"}) {
-        const std::string path = absolutePath(directory + place + name);
+        const std::string path = absolutePath(fmt::format("{}{}{}", directory, place, name));
         if (isExecutableFile(path)) return path;
     }
     return std::nullopt;

@@ -51,8 +51,8 @@ void removeSaveLitter(int directory) {
     using Entries = std::unique_ptr<DIR, decltype([](DIR* entries) { closedir(entries); })>;
     const Entries entries{copy.isOpen() ? fdopendir(copy.get()) : nullptr};
     if (!entries) return;
-    (void)copy.release();                                  // the entries own it now
-    while (const dirent* entry = readdir(entries.get())) { // NOLINT(concurrency-mt-unsafe): each has its own position
+    (void)copy.release(); // the entries own it now
+    while (const dirent* entry = readdir(entries.get())) {
         if (isSaveName(entry->d_name) && isAbandoned(directory, entry->d_name)) unlinkat(directory, entry->d_name, 0);
     }
 }

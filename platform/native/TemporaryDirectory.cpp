@@ -20,7 +20,7 @@ constexpr const char* variable = "TMPDIR";
 }
 
 std::string environment(const char* name) {
-    const char* const value = std::getenv(name); // NOLINT(concurrency-mt-unsafe): called before any thread starts
+    const char* const value = std::getenv(name);
     return value == nullptr ? std::string() : std::string(value);
 }
 
@@ -62,7 +62,7 @@ std::optional<std::string> runtimeDirectory() {
 }
 
 std::string cacheDirectory() {
-    const std::string cache = environment("XDG_CACHE_HOME");
+    std::string cache = environment("XDG_CACHE_HOME");
     if (cache.starts_with('/')) return cache;
     const std::string home = environment("HOME");
     if (!home.starts_with('/')) {

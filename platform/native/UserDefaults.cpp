@@ -90,9 +90,9 @@ std::map<std::string, std::string>& FileUserDefaults::values() const {
 }
 
 std::string FileUserDefaults::standardPath() {
-    const char* const configuration = std::getenv("XDG_CONFIG_HOME"); // NOLINT(concurrency-mt-unsafe)
+    const char* const configuration = std::getenv("XDG_CONFIG_HOME");
     if (configuration != nullptr && *configuration == '/') return std::string(configuration) + "/orrery/defaults.json";
-    const char* const home = std::getenv("HOME"); // NOLINT(concurrency-mt-unsafe)
+    const char* const home = std::getenv("HOME");
     return std::string(home == nullptr ? "." : home) + "/.config/orrery/defaults.json";
 }
 

@@ -58,7 +58,7 @@ TEST(DateText, RefusesEveryOtherText) {
 }
 
 TEST(DateText, ReadsBackEveryInstantOfTheYearsThatItCanWrite) {
-    std::mt19937_64 random(2); // NOLINT(cert-msc51-cpp): the same dates every time
+    std::mt19937_64 random(2); // the same dates every time
     std::uniform_int_distribution<std::int64_t> seconds(-730485 * day, 2921574 * day - 1);
     for (int i = 0; i < 20000; ++i) {
         const Date date{seconds(random), 0};

@@ -55,8 +55,8 @@ TEST(ReadableFile, TakesRegularFilesOnlyAndNeverBlocks) {
                                                                    {folder.path() + "none", "No such file"},
                                                                    {folder.path() + "loop", "symbolic links"},
                                                                    {folder.path() + std::string("a\0b", 3), "NUL"}};
-    for (const auto& [path, reason] : rows) {
-        EXPECT_THAT([&] { const ReadableFile file(path); }, ThrowsMessage<OrreryError>(HasSubstr(reason)));
+    for (const auto& row : rows) {
+        EXPECT_THAT([&] { const ReadableFile file(row.first); }, ThrowsMessage<OrreryError>(HasSubstr(row.second)));
     }
     std::filesystem::create_symlink("real", folder.path() + "link");
     folder.write("real", "bytes");
@@ -66,7 +66,7 @@ TEST(ReadableFile, TakesRegularFilesOnlyAndNeverBlocks) {
 
 TEST(ReplaceFile, RefusesWhatIsNoRegularFile) {
     const test::TemporaryFolder folder;
-    const std::string path = folder.path();
+    const std::string& path = folder.path();
     ASSERT_EQ(mkfifo((path + "pipe").c_str(), 0600), 0);
     std::filesystem::create_directory(path + "directory");
     std::filesystem::create_symlink("nowhere", path + "dangling");
@@ -83,8 +83,9 @@ TEST(ReplaceFile, RefusesWhatIsNoRegularFile) {
         {std::string("a\0b", 3), "NUL"},
         {"", "it is a directory"},
         {std::string(256, 'x'), "File name too long"}};
-    for (const auto& [name, reason] : rows) {
-        EXPECT_THAT([&] { replaceFile(path + name, "new"); }, ThrowsMessage<OrreryError>(HasSubstr(reason))) << name;
+    for (const auto& row : rows) {
+        const auto save = [&] { replaceFile(path + row.first, "new"); };
+        EXPECT_THAT(save, ThrowsMessage<OrreryError>(HasSubstr(row.second))) << row.first;
     }
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(path), {}), 5);
 }

@@ -31,7 +31,7 @@ struct Outcome {
 class Save : public testing::Test {
 protected:
     void SetUp() override {
-        const int status = std::system("strace -o /dev/null true 2>/dev/null"); // NOLINT(concurrency-mt-unsafe)
+        const int status = std::system("strace -o /dev/null true 2>/dev/null");
         if (status != 0) GTEST_SKIP() << "strace is not installed or may not trace";
         m_folder.write("file", oldBytes);
     }
@@ -45,7 +45,6 @@ protected:
         replace(command, "TRACE", "strace -y -o '" + m_logs.path() + "trace" + "'");
         std::filesystem::remove(m_logs.path() + "trace");
         Outcome outcome;
-        // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread here
         outcome.status = std::system(("{ " + command + "; } 2>'" + m_logs.path() + "error" + "'").c_str());
         std::getline(std::ifstream(m_logs.path() + "error"), outcome.error);
         std::ifstream trace(m_logs.path() + "trace");

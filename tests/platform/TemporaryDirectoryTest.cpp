@@ -21,14 +21,14 @@ using testing::ThrowsMessage;
 /// A folder and an environment of the test's own.
 class TemporaryDirectory : public testing::Test {
 protected:
-    TemporaryDirectory() {
+    void SetUp() override {
         for (const char* name : {"TMPDIR", "XDG_RUNTIME_DIR", "XDG_CACHE_HOME", "HOME"}) {
             const char* const value = getenv(name);
             if (value != nullptr) m_before[name] = value;
             unsetenv(name);
         }
     }
-    ~TemporaryDirectory() override {
+    void TearDown() override {
         for (const char* name : {"TMPDIR", "XDG_RUNTIME_DIR", "XDG_CACHE_HOME", "HOME"}) {
             m_before.count(name) != 0 ? setenv(name, m_before[name].c_str(), 1) : unsetenv(name);
         }

@@ -73,7 +73,7 @@ TEST(ScanFloat, TakesTheLongestNumberAtTheStart) {
 }
 
 TEST(ScanFloat, RoundsToTheNearestSingleAndTiesToEven) {
-    std::mt19937 random(1); // NOLINT(cert-msc51-cpp): the same numbers every time
+    std::mt19937 random(1); // the same numbers every time
     for (int i = 0; i < 20000; ++i) {
         const auto bits = static_cast<std::uint32_t>(random()) & 0x7FFFFFFFU;
         const auto low = std::bit_cast<float>(bits);
