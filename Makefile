@@ -22,7 +22,7 @@ run: ## Build, run a sample through the engine, print and draw what came out
 
 test: ## Build everything and run the tests
 	@scripts/install-packages build test
-	cmake --preset dev -DORRERY_TESTS=ON
+	cmake --preset dev -DORRERY_TESTS=ON -DORRERY_BENCH=OFF
 	cmake --build --preset dev
 	ctest --preset dev
 
@@ -33,9 +33,9 @@ bench: ## Measure the hot paths in a release build
 	for bench in build/release/bin/*_bench; do $$bench || exit 1; done
 
 lint: ## Check format, clang-tidy, and that every header compiles alone
-	@scripts/install-packages build test lint
+	@scripts/install-packages build test bench lint
 	scripts/check-format
-	cmake --preset dev -DORRERY_TESTS=ON
+	cmake --preset dev -DORRERY_TESTS=ON -DORRERY_BENCH=ON
 	cmake --build --preset dev --target check-headers
 	scripts/check-tidy
 
