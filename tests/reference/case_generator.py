@@ -63,7 +63,8 @@ class Generator:
         inner = [piece for key, text in fields for piece in self.some(key, text, 0.85)]
         if name != "Initialization" or self.chance(0.5):
             if self.chance(0.15):
-                inner += [self.element("PartName", "Leaf"), self.element("PortName", self.pick(ODD_TEXTS))]
+                inner += [self.element("PartName", self.pick(["Leaf", "Soil"])) for _ in range(self.pick([1, 1, 2]))]
+                inner.append(self.element("PortName", self.pick(ODD_TEXTS)))
         self.rng.shuffle(inner)
         return f"<{name}>{''.join(inner)}</{name}>"
 
@@ -195,8 +196,8 @@ class Generator:
         if self.chance(odd):
             return self.pick(["1e39", "-1e39", "1e-40", "1.4e-45", "7e-46", "nan", "inf", "-", ".", "x", "+5", "1.2.3",
                               "0x10", "5-3", "1e", "2e+", "{1, 2, 3.5}", "{ 1e39 -1e39 }", "{}", "{a 1}", "{-0}", "-0",
-                              "{1 x 2}", "word", "\0", "\u00ca", "é", "1e5", "-.5", "5.", "\"3\"", "{1,{2,3}}", "}4",
-                              "3.4028235677973366e38", "3.4028235677973365e38", "1.000000059604644775390625",
+                              "{1 x 2}", "word", "\0", "{1\u00a02}", "é", "1e5", "-.5", "5.", "\"3\"", "{1,{2,3}}",
+                              "}4", "3.4028235677973366e38", "3.4028235677973365e38", "1.000000059604644775390625",
                               "1.00000005960464477539062500001", "", "1 000", "{1", "2}", "\v6", "1e-99999999"])
         return self.pick([f"{self.rng.uniform(-10, 100):.7g}", str(self.rng.randint(-3, 9)),
                           f"{self.rng.gauss(0, 1):.17g}", f"{self.rng.gauss(0, 1):.3e}"])
@@ -217,7 +218,7 @@ class Generator:
         end = self.pick(["\n", "\n", "\n", "\r\n", " \n"])
         sign = self.pick([1, 1, 1, -1, 0])
         lines = [head + (end if self.chance(0.2) else "\n")]
-        present = rows if self.chance(0.8) else rng.randint(0, rows + 2)
+        present = rows if self.chance(0.65) else rng.randint(0, rows + 2)
         for row in range(present):
             cells = [self.value(odd) for _ in range(len(recorders) + (rng.randint(-2, 1) if self.chance(odd) else 0))]
             if sign < 1 and not odd:
@@ -229,8 +230,8 @@ class Generator:
             lines.append(blank + front + between + gap.join(cells) + end)
         data = "".join(lines).encode("mac_roman", "replace")
         if self.chance(0.25):
-            data = data[: rng.randrange(len(data) + 1)] if self.chance(0.4) else data.rstrip(b"\r\n")
-            data += self.pick([b"", b"", b"e", b"E-", b".", b"\0"])
+            data = data[: rng.randrange(len(data) + 1)] if self.chance(0.5) else data.rstrip(b"\r\n")
+            data += self.pick([b"", b"e", b"E-", b".", b"\0"])
         return data
 
     # --- plot choices

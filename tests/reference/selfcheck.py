@@ -75,7 +75,8 @@ class Rows(unittest.TestCase):
             self.assertEqual(data, cells, text)
 
     def test_ends(self):
-        for table, rows, data in ((b"h\n0 7", 1, [7]), (b"h\n0 7", 2, [0, 0]), (b"h\n0 7 ", 2, [7, 0]), (b"h", 1, [0]),
+        for table, rows, data in ((b"h\n0 7", 1, [7]), (b"h\n0 7", 2, [0, 0]), (b"h\n0 7e-", 2, [0, 0]),
+                                  (b"h\n0 7 ", 2, [7, 0]), (b"h", 1, [0]),
                                   (b"h\n\n0 7\r\n\n0 8\n", 2, [7, 8]), (b"h\n0 1e39\n", 1, [math.inf])):
             self.assertEqual(reference.read_rows(table, 1, rows, 1)[0], data, table)
         self.assertEqual(reference.read_rows(b"h\n0 -1e30\n", 1, 1, 1)[1], [reference.NO_MAXIMUM])
