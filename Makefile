@@ -30,7 +30,7 @@ bench: ## Measure the hot paths in a release build
 	@scripts/install-packages build bench
 	cmake --preset release -DORRERY_TESTS=OFF -DORRERY_BENCH=ON
 	cmake --build --preset release
-	for bench in build/release/bin/*_bench; do $$bench || exit 1; done
+	for bench in build/release/bin/*Bench; do $$bench || exit 1; done
 
 lint: ## Check format, clang-tidy, and that every header compiles alone
 	@scripts/install-packages build test bench lint

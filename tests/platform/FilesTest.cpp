@@ -173,7 +173,7 @@ TEST(AvailableMemory, IsBoundedByTheProcessLimit) {
 TEST(PathForAuxiliaryExecutable, FindsExecutablesBesideTheProgramOnly) {
     const std::string program = std::filesystem::read_symlink("/proc/self/exe").filename();
     EXPECT_EQ(pathForAuxiliaryExecutable(program), std::filesystem::read_symlink("/proc/self/exe").string());
-    for (const char* name : {"none", "", "..", "../bin/platform_tests", "/bin/sh"}) {
+    for (const char* name : {"none", "", "..", "../bin/platformTests", "/bin/sh"}) {
         EXPECT_EQ(pathForAuxiliaryExecutable(name), std::nullopt) << name;
     }
 }
