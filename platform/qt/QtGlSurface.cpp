@@ -50,6 +50,7 @@ std::string QtGlSurface::whyUnavailable() {
 QtGlSurface::QtGlSurface(QWidget* parent) : QOpenGLWidget(parent) {}
 
 QtGlSurface::~QtGlSurface() {
+    disconnect(m_contextGoes); // the base's end destroys the context, when this is no surface any more
     if (isValid()) {
         QOpenGLWidget::makeCurrent();
     }
@@ -67,9 +68,9 @@ void QtGlSurface::setClient(std::unique_ptr<GlSurfaceClient> client) {
 }
 
 bool QtGlSurface::makeCurrent() {
-    if (!isValid()) {
+    if (!isValid()) { // not shown yet
         return false;
-    } // not shown yet
+    }
     QOpenGLWidget::makeCurrent();
     return QOpenGLContext::currentContext() == context();
 }
@@ -80,7 +81,7 @@ SurfaceBounds QtGlSurface::bounds() const {
 }
 
 void QtGlSurface::initializeGL() {
-    connect(context(), &QOpenGLContext::aboutToBeDestroyed, this, &QtGlSurface::releaseContext);
+    m_contextGoes = connect(context(), &QOpenGLContext::aboutToBeDestroyed, this, &QtGlSurface::releaseContext);
     if (m_client) {
         guarded([this] { m_client->prepareOpenGL(); });
     }

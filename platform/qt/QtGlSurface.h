@@ -42,6 +42,7 @@ private:
     void releaseContext();
 
     std::unique_ptr<GlSurfaceClient> m_client;
+    QMetaObject::Connection m_contextGoes;
 };
 
 } // namespace orrery
