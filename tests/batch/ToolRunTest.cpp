@@ -18,8 +18,9 @@ using testing::Not;
 
 /// An engine that copies the table that lies ready.
 constexpr const char* goodEngine = "echo computing \"$1\"; cp \"$TMPDIR/ready.txt\" \"$TMPDIR/Zephyr.txt\"";
-/// An engine that ends by a signal only, and says when it is there and when it goes.
-constexpr const char* endlessEngine = "trap 'echo going; exit 0' TERM; echo endless; while :; do sleep 0.02; done";
+/// An engine that ends by a signal only, says when it is there, and puts its things in order before it goes.
+constexpr const char* endlessEngine =
+    "trap 'echo gone > gone; exit 0' TERM; echo endless; while :; do sleep 0.02; done";
 
 TEST_F(Tool, RunsTheEngineAndPrintsTheSummary) {
     (void)m_folder.write("ready.txt", resultTable);
@@ -68,6 +69,7 @@ TEST_F(Tool, AbortsTheRunOnAnInterrupt) {
         EXPECT_EQ(done.exitCode, 130);
         EXPECT_EQ(done.out, "");
         EXPECT_THAT(done.err, HasSubstr("Aborted"));
+        EXPECT_TRUE(std::filesystem::remove(m_folder.path() + "gone")) << "the engine had no time to end";
     }
 }
 
