@@ -8,8 +8,10 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <csignal>
+#include <cstddef>
 
 namespace orrery {
 namespace {
@@ -138,11 +140,12 @@ Pipe makePipe(const std::string& path) {
 
 // From here on the code runs in the child of a process that may have other threads: async-signal-safe calls only.
 
+/// By the system call, since the C library keeps two signals to itself, which a parent may have left ignored.
 void resetSignalActions() noexcept {
-    struct sigaction defaults {};
-    defaults.sa_handler = SIG_DFL;
+    constexpr std::size_t kernelSetSize = 8;
+    const std::array<unsigned long, 8> defaults{}; // at least the kernel's record, in which 0 is the default action
     for (int number = 1; number < NSIG; ++number)
-        sigaction(number, &defaults, nullptr);
+        syscall(SYS_rt_sigaction, number, defaults.data(), nullptr, kernelSetSize);
 }
 
 bool connectStandardStreams(int output) noexcept {

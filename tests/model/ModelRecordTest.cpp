@@ -2,12 +2,10 @@
 
 #include "platform/Log.h"
 #include "platform/OrreryError.h"
+#include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <cstdio>
-#include <fstream>
 
 namespace orrery {
 namespace {
@@ -20,15 +18,11 @@ using testing::Pointee;
 /// A model file that is gone with the test.
 class ModelFile {
 public:
-    explicit ModelFile(const std::string& text) : m_path(testing::TempDir() + "orrery-model-record-test.xml") {
-        std::ofstream(m_path, std::ios::binary) << text;
-    }
-    ~ModelFile() { std::remove(m_path.c_str()); }
-    ModelFile(const ModelFile&) = delete;
-    ModelFile& operator=(const ModelFile&) = delete;
+    explicit ModelFile(const std::string& text) : m_path(m_folder.write("model.xml", text)) {}
     [[nodiscard]] const std::string& path() const { return m_path; }
 
 private:
+    test::TemporaryFolder m_folder;
     std::string m_path;
 };
 

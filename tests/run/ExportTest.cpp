@@ -1,6 +1,7 @@
 #include "run/Export.h"
 
 #include "platform/OrreryError.h"
+#include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -39,9 +40,10 @@ TEST(Export, SendsTheTableOfASingleRunAndTheOutputFilesOfASpatialOne) {
 }
 
 TEST(Export, IsPossibleOnlyWhenAllFilesAreThere) {
-    const std::string there = testing::TempDir() + "orrery_export_there";
+    const test::TemporaryFolder folder;
+    const std::string there = folder.path() + "orrery_export_there";
     std::ofstream(there) << "1";
-    const std::string missing = testing::TempDir() + "orrery_export_missing";
+    const std::string missing = folder.path() + "orrery_export_missing";
 
     EXPECT_TRUE(exportFilesExist(spatialSetup({{{"outputPath", there}}, {{"outputPath", there}}}), missing));
     EXPECT_FALSE(exportFilesExist(spatialSetup({{{"outputPath", there}}, {{"outputPath", missing}}}), there));

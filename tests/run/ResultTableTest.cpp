@@ -2,6 +2,7 @@
 
 #include "platform/Numbers.h"
 #include "run/RowScanner.h"
+#include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -226,7 +227,8 @@ TEST(ResultTable, IsTheSameForAnyBlockSizeAndByDefinition) {
     EXPECT_TRUE(bitsOf(whole.cells) == bitsOf(defined));
     EXPECT_EQ(whole.rowsFound, shape.rows);
 
-    const std::string path = testing::TempDir() + "orrery_table.txt";
+    const test::TemporaryFolder folder;
+    const std::string path = folder.path() + "orrery_table.txt";
     for (const std::size_t cut : {std::size_t{0}, std::size_t{1}, text.size() / 2}) {
         const std::string_view left = std::string_view(text).substr(0, text.size() - cut);
         std::ofstream(path, std::ios::binary) << left;
@@ -245,7 +247,8 @@ TEST(ResultTable, IsTheSameForAnyBlockSizeAndByDefinition) {
 // ---- Files
 
 TEST(ResultTableFile, OfOneEndlessLineIsRefused) {
-    const std::string path = testing::TempDir() + "orrery_endless.txt";
+    const test::TemporaryFolder folder;
+    const std::string path = folder.path() + "orrery_endless.txt";
     std::ofstream(path) << "header\n1 2";
     std::filesystem::resize_file(path, std::uintmax_t{1} << 31U); // sparse: two gigabytes of NULs
     try {
@@ -259,7 +262,8 @@ TEST(ResultTableFile, OfOneEndlessLineIsRefused) {
 }
 
 TEST(ResultTableFile, ReadingCanBeCancelled) {
-    const std::string path = testing::TempDir() + "orrery_cancelled.txt";
+    const test::TemporaryFolder folder;
+    const std::string path = folder.path() + "orrery_cancelled.txt";
     std::ofstream(path) << "header\n" << std::string(100'000, '\n');
     std::uint64_t seen = 0;
     TableReadOptions options;
