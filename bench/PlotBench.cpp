@@ -8,6 +8,7 @@
 
 #include <array>
 #include <cmath>
+#include <cstring>
 #include <vector>
 
 namespace orrery {
@@ -83,7 +84,17 @@ void writeMesh(benchmark::State& state) {
     const Surface surface(static_cast<std::uint32_t>(state.range(0)));
     std::vector<float> vertices = make3DVertexData(surface.layout, surface.source());
     while (state.KeepRunning()) {
-        write3DVertexData(surface.layout, surface.source(), vertices);
+        write3DVertexData(surface.layout, surface.source(), vertices, static_cast<unsigned>(state.range(1)));
+        benchmark::ClobberMemory();
+    }
+    countCells(state);
+}
+
+/// What the memory allows: as many bytes as a surface has, written and nothing else.
+void fillMemory(benchmark::State& state) {
+    std::vector<float> vertices(static_cast<std::size_t>(state.range(0) * state.range(0)) * 36);
+    while (state.KeepRunning()) {
+        std::memset(vertices.data(), 1, vertices.size() * sizeof(float));
         benchmark::ClobberMemory();
     }
     countCells(state);
@@ -98,14 +109,21 @@ void makeMesh(benchmark::State& state) {
 }
 
 BENCHMARK(writeMesh)
-    ->Name("surface into touched memory, cells a side")
+    ->Name("surface into touched memory, cells a side, threads")
+    ->ArgsProduct({{300, 1000}, {1, 2}})
+    ->UseRealTime()
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(fillMemory)
+    ->Name("a surface's memory filled, cells a side")
     ->Arg(300)
     ->Arg(1000)
+    ->UseRealTime()
     ->Unit(benchmark::kMillisecond);
 BENCHMARK(makeMesh)
     ->Name("surface into fresh memory, cells a side")
     ->Arg(300)
     ->Arg(1000)
+    ->UseRealTime()
     ->Unit(benchmark::kMillisecond);
 
 } // namespace

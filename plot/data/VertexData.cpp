@@ -8,7 +8,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <future>
 #include <limits>
+#include <thread>
 #include <utility>
 
 namespace orrery {
@@ -116,7 +118,10 @@ float* writeStrip(const Strip& strip, std::size_t cells, float* out) {
     return out;
 }
 
-float* writeSurface(const PlotLayout& layout, const Heights& heights, float* out) {
+constexpr std::size_t floatsPerCell = 36;
+
+/// Writes the cells between the grid lines `first` and `last` of x.
+void writeStrips(const PlotLayout& layout, const Heights& heights, std::size_t first, std::size_t last, float* out) {
     const auto cells = static_cast<std::size_t>(layout.zQuads);
     const std::size_t edges = cells + 1;
     const float halfX = halfOf(layout.xQuads);
@@ -126,9 +131,9 @@ float* writeSurface(const PlotLayout& layout, const Heights& heights, float* out
     std::vector<float> y1(edges);
     for (std::size_t k = 0; k < edges; ++k) {
         z[k] = axisPosition(k, halfZ);
-        y1[k] = heights.at(k);
+        y1[k] = heights.at(first * edges + k);
     }
-    for (std::size_t i = 0; i < static_cast<std::size_t>(layout.xQuads); ++i) {
+    for (std::size_t i = first; i < last; ++i) {
         std::swap(y0, y1);
         for (std::size_t k = 0; k < edges; ++k) {
             y1[k] = heights.at((i + 1) * edges + k);
@@ -136,7 +141,32 @@ float* writeSurface(const PlotLayout& layout, const Heights& heights, float* out
         out = writeStrip({axisPosition(i, halfX), axisPosition(i + 1, halfX), z.data(), y0.data(), y1.data()}, cells,
                          out);
     }
-    return out;
+}
+
+/// Cells do not depend on one another, so the bits are the same for any number of threads.
+float* writeSurface(const PlotLayout& layout, const Heights& heights, unsigned threads, float* out) {
+    const auto strips = static_cast<std::size_t>(layout.xQuads);
+    const std::size_t floatsPerStrip = static_cast<std::size_t>(layout.zQuads) * floatsPerCell;
+    const auto write = [&](unsigned part) {
+        const std::size_t first = strips * part / threads;
+        writeStrips(layout, heights, first, strips * (part + 1) / threads, out + first * floatsPerStrip);
+    };
+    std::vector<std::future<void>> others;
+    for (unsigned part = 1; part < threads; ++part) {
+        others.push_back(std::async(std::launch::async, write, part));
+    }
+    write(0);
+    for (std::future<void>& other : others) {
+        other.get();
+    }
+    return out + strips * floatsPerStrip;
+}
+
+/// Starting a thread costs about as much as some thousand cells; more than four write no faster to memory.
+unsigned threadsFor(const PlotLayout& layout) {
+    constexpr std::int64_t worthwhile = 50'000;
+    const bool large = std::int64_t{layout.xQuads} * layout.zQuads >= worthwhile;
+    return large ? std::clamp(std::thread::hardware_concurrency(), 1U, 4U) : 1U;
 }
 
 /// Calls write(column) for every included response variable.
@@ -220,15 +250,18 @@ void write2DVertexData(const PlotLayout& layout, const PlotSource& source, std::
     });
 }
 
-void write3DVertexData(const PlotLayout& layout, const PlotSource& source, std::span<float> vertices) {
+void write3DVertexData(const PlotLayout& layout, const PlotSource& source, std::span<float> vertices,
+                       unsigned threads) {
     requireFloatCount(layout, source, vertices.size());
     if (vertices.empty()) {
         return;
     }
     const double perUnit = 1.0 / static_cast<double>(overallMaximum(source));
     float* out = vertices.data();
-    forEachIncluded(source.responses,
-                    [&](std::size_t column) { out = writeSurface(layout, Heights(source, column, perUnit), out); });
+    const unsigned used = threads == 0 ? threadsFor(layout) : threads;
+    forEachIncluded(source.responses, [&](std::size_t column) {
+        out = writeSurface(layout, Heights(source, column, perUnit), used, out);
+    });
 }
 
 std::vector<VertexRange> vertexRanges(const PlotLayout& layout) {

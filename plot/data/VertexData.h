@@ -37,7 +37,9 @@ struct PlotSource {
 
 /// The same into memory that the caller has: `vertices` must hold exactly the layout's floats.
 void write2DVertexData(const PlotLayout& layout, const PlotSource& source, std::span<float> vertices);
-void write3DVertexData(const PlotLayout& layout, const PlotSource& source, std::span<float> vertices);
+/// With 0 threads a large surface is shared among as many as pay; the bits are the same for any number.
+void write3DVertexData(const PlotLayout& layout, const PlotSource& source, std::span<float> vertices,
+                       unsigned threads = 0);
 
 /// One range per curve or surface: (s × P, P).
 [[nodiscard]] std::vector<VertexRange> vertexRanges(const PlotLayout& layout);

@@ -159,6 +159,21 @@ TEST(Surfaces, FollowOneAnotherWithCellsXMajor) {
     }
 }
 
+TEST(Surfaces, AreTheSameForAnyNumberOfThreads) {
+    std::vector<float> cells;
+    for (int point = 0; point < 7 * 5; ++point) {
+        cells.push_back(std::sin(static_cast<float>(point)));
+    }
+    const Results results(cells, {true});
+    const PlotLayout layout = results.layout({axis("a", 1, 7), axis("b", 2, 5)});
+    const auto alone = make3DVertexData(layout, results.source());
+    for (const unsigned threads : {1U, 2U, 4U, 9U}) {
+        std::vector<float> shared(alone.size(), nan);
+        write3DVertexData(layout, results.source(), shared, threads);
+        EXPECT_EQ(shared, alone) << threads << " threads";
+    }
+}
+
 TEST(Surfaces, HaveFiniteNormalsWhateverTheHeights) {
     const Results results({1e30F, 1, nan, 4, inf, 6, 0, -1e30F, 9}, {true}, 1e20F);
     const auto vertices = make3DVertexData(results.layout({axis("a", 1, 3), axis("b", 2, 3)}), results.source());
