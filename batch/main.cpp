@@ -43,6 +43,7 @@ void requireKnownCommand(int argc, char** argv) {
         return;
     }
     std::vector<std::string> names;
+    names.reserve(commands.size());
     for (const Command& command : commands) {
         names.emplace_back(command.name);
     }
@@ -57,6 +58,7 @@ int run(int argc, char** argv) {
     parser.set_version_flag("--version", "orrery-batch " ORRERY_VERSION);
     parser.require_subcommand(1);
     std::vector<Action> actions;
+    actions.reserve(commands.size());
     for (const Command& command : commands) {
         actions.push_back(command.build(*parser.add_subcommand(command.name, command.help)));
     }

@@ -175,10 +175,8 @@ void RunControl::waitForTurn(const std::string& enginePath) {
     m_turn = m_services.runLoop->repeat(turnInterval, [this, enginePath] {
         auto lock = RunLock::tryAcquire(m_services.temporaryDirectory, m_host.filePath().value_or("untitled setup"));
         if (auto* ours = std::get_if<RunLock>(&lock)) {
-            const std::string path = enginePath; // the timer's callback goes with the timer
-            RunLock taken = std::move(*ours);
-            m_turn.reset();
-            startEngine(path, std::move(taken));
+            const auto keptToTheEnd = std::move(m_turn); // this callback and its path go with the timer
+            startEngine(enginePath, std::move(*ours));
         }
     });
 }

@@ -132,11 +132,13 @@ struct RecordingWindow : StatusView, ProgressWheel, TwoStateButton, Alerts, Slid
 
 /// A document with a recorded window, a fake engine and folders of its own.
 class DocumentTest : public testing::Test {
+public:
+    ~DocumentTest() override { setLogSink({}); }
+
 protected:
     DocumentTest() {
         setLogSink([this](std::string_view line) { log.emplace_back(line); });
     }
-    ~DocumentTest() override { setLogSink({}); }
 
     DocumentServices services() {
         DocumentServices services;

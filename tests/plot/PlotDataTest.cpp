@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <numeric>
@@ -160,10 +161,8 @@ TEST(Surfaces, FollowOneAnotherWithCellsXMajor) {
 }
 
 TEST(Surfaces, AreTheSameForAnyNumberOfThreads) {
-    std::vector<float> cells;
-    for (int point = 0; point < 7 * 5; ++point) {
-        cells.push_back(std::sin(static_cast<float>(point)));
-    }
+    std::vector<float> cells(7 * 5);
+    std::generate(cells.begin(), cells.end(), [point = 0.0F]() mutable { return std::sin(++point); });
     const Results results(cells, {true});
     const PlotLayout layout = results.layout({axis("a", 1, 7), axis("b", 2, 5)});
     const auto alone = make3DVertexData(layout, results.source());
