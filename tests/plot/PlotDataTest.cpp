@@ -161,7 +161,7 @@ TEST(Surfaces, FollowOneAnotherWithCellsXMajor) {
 }
 
 TEST(Surfaces, AreTheSameForAnyNumberOfThreads) {
-    std::vector<float> cells(7 * 5);
+    std::vector<float> cells(35);
     std::generate(cells.begin(), cells.end(), [point = 0.0F]() mutable { return std::sin(++point); });
     const Results results(cells, {true});
     const PlotLayout layout = results.layout({axis("a", 1, 7), axis("b", 2, 5)});
