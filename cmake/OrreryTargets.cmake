@@ -1,6 +1,7 @@
 # One folder, one target: how every library, program and test of the project is declared.
 #
-#   orrery_library(NAME FOLDER path SOURCES ... [LINKS ...] [PRIVATE_LINKS ...] [CORE]), the sources in that folder
+#   orrery_library(NAME FOLDER path SOURCES ... [HEADERS ...] [LINKS ...] [PRIVATE_LINKS ...] [CORE])
+#     sources and headers in that folder
 #   orrery_program(NAME SOURCES ... [LINKS ...])
 #   orrery_test(NAME LABEL unit|process|gl|window SOURCES ... [LINKS ...])
 
@@ -31,12 +32,16 @@ if(ORRERY_SANITIZE)
 endif()
 
 # A target sees the headers of the targets it links and no others: each gets an include directory of its own that
-# holds a link to every header of its folder, under the folder's path in the tree.
+# holds a link to every header of its folder, or to HEADERS where targets share one, under the folder's path in the tree.
 function(orrery_library NAME)
-  cmake_parse_arguments(ARG "CORE" "FOLDER" "SOURCES;LINKS;PRIVATE_LINKS" ${ARGN})
+  cmake_parse_arguments(ARG "CORE" "FOLDER" "HEADERS;SOURCES;LINKS;PRIVATE_LINKS" ${ARGN})
   set(view ${CMAKE_BINARY_DIR}/views/${NAME})
   file(MAKE_DIRECTORY ${view}/${ARG_FOLDER})
-  file(GLOB headers CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/${ARG_FOLDER}/*.h)
+  if(ARG_HEADERS)
+    list(TRANSFORM ARG_HEADERS PREPEND ${CMAKE_SOURCE_DIR}/${ARG_FOLDER}/ OUTPUT_VARIABLE headers)
+  else()
+    file(GLOB headers CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/${ARG_FOLDER}/*.h)
+  endif()
   set(viewed)
   foreach(header IN LISTS headers)
     cmake_path(GET header FILENAME file)
