@@ -39,7 +39,7 @@ bool isExecutable(const std::string& path) {
 }
 
 /// Shows the engine's text on standard error as it comes.
-class StatusOnStandardError : public StatusView {
+class StatusOnStandardError final : public StatusView {
 public:
     ~StatusOnStandardError() override { endLine(); }
 

@@ -7,6 +7,8 @@
 #include "platform/OrreryError.h"
 #include "platform/TemporaryDirectory.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cctype>
 #include <cstddef>
@@ -76,7 +78,7 @@ Results loadResults(const std::string& setupPath, const std::string& tablePath) 
                            .columns = results.responses.variables.size()};
     results.table = readResultTable(tablePath, shape);
     for (const std::string& note : results.table.notes(shape)) {
-        printMessage(tablePath + ": " + note);
+        printMessage(fmt::format("{}: {}", tablePath, note));
     }
     return results;
 }

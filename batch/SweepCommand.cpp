@@ -4,6 +4,7 @@
 #include "batch/SetupFiles.h"
 
 #include <CLI/CLI.hpp>
+#include <fmt/format.h>
 
 #include <memory>
 #include <string>
@@ -28,7 +29,7 @@ int sweep(const std::string& setupPath) {
     const SetupDictionary setup = loadSetup(setupPath);
     const SweepGrid grid = constructIndependentVariables(setup, currentCalendar());
     for (const std::string& warning : sweepWarnings(setup, grid)) {
-        printMessage(setupPath + ": " + warning);
+        printMessage(fmt::format("{}: {}", setupPath, warning));
     }
     Output output("-");
     JsonWriter json(output);
