@@ -53,7 +53,7 @@ Tool::Tool() {
 }
 
 std::string Tool::makeEngine(const std::string& script) const {
-    const std::string path = m_folder.write("engine", "#!/bin/sh\n" + script + "\n");
+    std::string path = m_folder.write("engine", "#!/bin/sh\n" + script + "\n");
     std::filesystem::permissions(path, std::filesystem::perms::owner_all);
     return path;
 }
@@ -65,6 +65,7 @@ RunningTool::RunningTool(std::string folder, std::vector<std::string> arguments,
     m_err = captured + ".err";
     arguments.insert(arguments.begin(), ORRERY_BIN "/orrery-batch");
     std::vector<char*> command;
+    command.reserve(arguments.size() + 1);
     for (std::string& argument : arguments) {
         command.push_back(argument.data());
     }
