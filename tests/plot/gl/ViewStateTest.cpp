@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 
 #include <cstdlib>
+#include <initializer_list>
 #include <memory>
 #include <new>
 
@@ -72,7 +73,8 @@ TEST_F(GlTest, AFrameLeavesNothingBoundOrPushed) {
         EXPECT_EQ(stateOf(GL_PROJECTION_STACK_DEPTH), 1);
         EXPECT_EQ(stateOf(GL_UNPACK_ROW_LENGTH), 0);
         EXPECT_EQ(stateOf(GL_UNPACK_ALIGNMENT), 4);
-        for (const GLenum array : {GL_VERTEX_ARRAY, GL_NORMAL_ARRAY, GL_TEXTURE_RECTANGLE_ARB}) {
+        for (const GLenum array :
+             std::initializer_list<GLenum>{GL_VERTEX_ARRAY, GL_NORMAL_ARRAY, GL_TEXTURE_RECTANGLE_ARB}) {
             EXPECT_FALSE(glIsEnabled(array)) << array;
         }
         EXPECT_TRUE(glIsEnabled(GL_BLEND));
