@@ -88,7 +88,7 @@ void MyDocument::runStateChanged() {
 }
 
 std::string MyDocument::resultTablePath() const {
-    return m_tablePath.empty() ? orrery::resultTablePath(m_services.run.temporaryDirectory) : m_tablePath;
+    return orrery::resultTablePath(m_services.run.temporaryDirectory);
 }
 
 void MyDocument::constructIndependentVariables() {

@@ -145,8 +145,6 @@ public:
     void getSimulationData();           // @throws OrreryError
     /// The three in their order. A failure leaves no response variables and no data behind.
     std::vector<std::string> buildResults() override;
-    /// Where the results are read, when not from the temporary directory.
-    void setResultTablePath(std::string path) { m_tablePath = std::move(path); }
     [[nodiscard]] std::string resultTablePath() const;
     [[nodiscard]] std::vector<IndependentVariable>& independentVariables() { return m_grid.variables; }
     [[nodiscard]] const std::vector<IndependentVariable>& independentVariables() const { return m_grid.variables; }
@@ -238,7 +236,6 @@ private:
     std::vector<float> m_simulationData; // nRowsOfData × response variables, row-major
     std::vector<float> m_yMax;           // per response variable
     std::vector<std::string> m_tableNotes;
-    std::string m_tablePath;
 
     PlotLayout m_layout;
     std::unique_ptr<RunLoop::Source> m_timer;
