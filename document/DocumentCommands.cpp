@@ -58,27 +58,35 @@ bool MyDocument::tableViewAcceptDrop(PortList table, const Pasteboard& pasteboar
         if (!holds(portPboardType(table))) return false;
         const auto path = unarchivePortPath(pasteboard.dataForType(std::string(portPboardType(table))));
         if (!path) return false;
-        controller(table).drop(*path, row, operation);
+        edit(fmt::format("Drop {}", listWord(table)), [&] {
+            controller(table).drop(*path, row, operation);
+            updateChangeCount(ChangeKind::Done);
+        });
     } else {
         if (!holds(rowPboardType(table))) return false;
         const auto rows = unarchiveRows(pasteboard.dataForType(std::string(rowPboardType(table))));
         if (!rows) return false;
-        controller(table).move(*rows, row);
+        moveRowsTo(table, *rows, row);
     }
-    updateChangeCount(ChangeKind::Done);
     return true;
 }
 
 void MyDocument::addOrRemove(PortList list, int segment) {
-    updateChangeCount(ChangeKind::Done);
-    if (segment == 1) {
-        controller(list).removeSelected();
-    } else if (segment == 0) {
-        controller(list).addObject(newEntry(list));
-    }
+    const std::string name = fmt::format("{} {}", segment == 1 ? "Remove" : "Add", listWord(list));
+    edit(name, [&] {
+        updateChangeCount(ChangeKind::Done);
+        if (segment == 1) {
+            controller(list).removeSelected();
+        } else if (segment == 0) {
+            controller(list).addObject(newEntry(list));
+        }
+    });
 }
 
 void MyDocument::clearSweepForRun() {
+    if (PlotChoices choices{m_grid.variables, m_dependentVariables}; choices.chosen()) {
+        m_earlierChoices = std::move(choices);
+    }
     setIndependentVariables({});
     redrawPlot();
 }
@@ -138,6 +146,7 @@ std::vector<std::string> MyDocument::buildResults() {
         constructIndependentVariables();
         constructDependentVariables();
         getSimulationData();
+        restorePlotChoices();
     } catch (...) {
         // What an earlier run left does not fit the new grid.
         setDependentVariables({});
@@ -147,6 +156,18 @@ std::vector<std::string> MyDocument::buildResults() {
         throw;
     }
     return m_tableNotes;
+}
+
+void MyDocument::restorePlotChoices() {
+    m_plotIsOutdated = true;
+    if (!keepChoices(m_earlierChoices, m_grid.variables, m_dependentVariables)) return;
+    for (SettingsRows* rows : {m_outlets.independentVariableSettings, m_outlets.dependentVariableSettings}) {
+        if (rows != nullptr) rows->reloadData();
+    }
+}
+
+SweepSummary MyDocument::sweepSummary() const {
+    return summarizeSweep(m_dictionary, *m_services.calendar, recordersOf(m_modelTree).size());
 }
 
 std::vector<std::uint32_t> MyDocument::makeCurrentIndexSet() const {

@@ -9,6 +9,7 @@
 namespace orrery {
 
 void MyDocument::setupPlotView() {
+    m_plotIsOutdated = false;
     m_layout = orrery::plotLayout(m_grid.variables, m_dependentVariables);
     if (m_layout.dimensions == 0 || m_layout.nSurfaces == 0) {
         clearPlot();

@@ -49,9 +49,12 @@ void MyDocument::initWithType(std::string_view /*typeName*/) {
 void MyDocument::setTheDictionary(SetupDictionary dictionary) {
     m_dictionary = std::move(dictionary);
     m_hasDictionary = true;
+    m_savedValues = m_dictionary.values();
+    m_undo.clear();
     for (ListController& controller : m_controllers) {
         controller.rearrangeObjects();
     }
+    setupChanged();
 }
 
 void MyDocument::observe(std::initializer_list<std::string_view> keys) {
@@ -134,7 +137,15 @@ void MyDocument::keepUnparsedFile(const std::string& path) {
 void MyDocument::saveToFile(const std::string& path) {
     writeToURL(path, "");
     m_filePath = path;
+    m_savedValues = m_dictionary.values();
     updateChangeCount(ChangeKind::Cleared);
+}
+
+void MyDocument::revertToFile() {
+    if (!m_filePath) return;
+    readFromFile(*m_filePath);
+    updateChangeCount(ChangeKind::Cleared);
+    importModelOfSetup();
 }
 
 void MyDocument::saveDocument(std::function<void(bool)> didSave) {
@@ -162,20 +173,23 @@ void MyDocument::setOutlets(const DocumentOutlets& outlets) {
 }
 
 void MyDocument::awakeFromNib() {
-    if (const std::string path = modelFilePath(); !path.empty()) {
-        try {
-            makeModelTree(path);
-            setModelModification(modificationDate(path));
-        } catch (const std::exception& failure) {
-            reportImportFailure(failure);
-        }
-    }
+    if (!modelFilePath().empty()) importModelOfSetup();
     if (m_services.run.runLoop != nullptr) {
         m_timer = m_services.run.runLoop->repeat(animationInterval, [this] { animationTimer(); });
     }
     resetCamera();
     setLightSliderMax(20);
     setLightSliderMin(-5);
+}
+
+void MyDocument::importModelOfSetup() {
+    const std::string path = modelFilePath();
+    try {
+        makeModelTree(path); // an empty path gives an empty tree
+        setModelModification(path.empty() ? std::nullopt : modificationDate(path));
+    } catch (const std::exception& failure) {
+        reportImportFailure(failure);
+    }
 }
 
 void MyDocument::close() {
@@ -190,8 +204,9 @@ std::string MyDocument::modelFilePath() const {
 }
 
 void MyDocument::makeModelTree(const std::string& path) {
-    m_modelTree = nodesFromDictionaries(dictionariesFromModelFile(path), path);
+    m_modelTree = path.empty() ? ModelTree() : nodesFromDictionaries(dictionariesFromModelFile(path), path);
     if (m_outlets.outlineView != nullptr) m_outlets.outlineView->reloadData();
+    setupChanged();
 }
 
 void MyDocument::updateModelTree() {
@@ -221,13 +236,8 @@ void MyDocument::selectModel() {
 }
 
 void MyDocument::useModel(const std::string& path) {
-    m_dictionary.setText(setup_key::modelPath, path);
-    try {
-        makeModelTree(path);
-        setModelModification(modificationDate(path));
-    } catch (const std::exception& failure) {
-        reportImportFailure(failure);
-    }
+    edit("Choose Model", [&] { m_dictionary.setText(setup_key::modelPath, path); });
+    importModelOfSetup();
 }
 
 void MyDocument::reportImportFailure(const std::exception& failure) {

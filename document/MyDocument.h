@@ -1,6 +1,7 @@
 #pragma once
 
 #include "document/DocumentOutlets.h"
+#include "document/UndoHistory.h"
 #include "document/setup/SetupDictionary.h"
 #include "model/ListController.h"
 #include "model/ModelTree.h"
@@ -10,14 +11,17 @@
 #include "platform/UserDefaults.h"
 #include "platform/XmlDocument.h"
 #include "plot/data/PlotLayout.h"
+#include "run/PlotChoices.h"
 #include "run/ResultTable.h"
 #include "run/RunControl.h"
+#include "run/SweepSummary.h"
 #include "run/SweepVariables.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <initializer_list>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -69,11 +73,31 @@ public:
     void setTheDictionary(SetupDictionary dictionary); // observation is not carried over
     void observeValueForKeyPath(std::string_view key);
     void updateChangeCount(ChangeKind kind);
-    [[nodiscard]] bool isDocumentEdited() const override { return m_changeCount != 0; }
+    [[nodiscard]] bool isDocumentEdited() const { return m_changeCount != 0; } // changes were counted since the last save
+    /// Whether a save would lose or gain anything: counted changes, or a setup that differs from the saved one. Fields
+    /// of entries and a new setup's start day count no change, and are not to be lost or run unsaved all the same.
+    [[nodiscard]] bool hasUnsavedChanges() const override;
     /// Called after every change of the edited state or the count.
     void setChangeObserver(std::function<void()> observer) { m_changeObserver = std::move(observer); }
+    /// Called after every change of the setup that was made through the document, with what depends on it up to date.
+    void setSetupObserver(std::function<void()> observer) { m_setupObserver = std::move(observer); }
     [[nodiscard]] static std::string_view windowNibName() { return "MyDocument"; }
     void windowControllerDidLoadNib() {} // the base behaviour suffices
+
+    // -- Edits by the user, each one step of undo ------------------------------------------------------------------
+    void editText(std::string_view key, std::string value); // one of the settings; the same text again is no edit
+    void editStartDay(std::optional<Date> date);
+    void editEntry(PortList list, std::size_t row, std::string_view key, std::string value);
+    /// Appends an entry for the port, as a drop behind the last row does.
+    void addPort(PortList list, const std::string& portPath);
+    /// Moves the selected rows of the list up (-1) or down (1) by one place; at its end they stay.
+    void moveSelected(PortList list, int direction);
+    [[nodiscard]] bool canUndo() const { return m_undo.canUndo(); }
+    [[nodiscard]] bool canRedo() const { return m_undo.canRedo(); }
+    void undo(); // nothing when there is nothing to undo
+    void redo();
+    [[nodiscard]] std::string undoMenuItemTitle() const; // "Undo Move Steppers"
+    [[nodiscard]] std::string redoMenuItemTitle() const;
 
     // -- The setup file -------------------------------------------------------------------------------------------
     [[nodiscard]] XmlDocument convertToXML() const;
@@ -87,6 +111,8 @@ public:
     void writeToURL(const std::string& path, std::string_view typeName);
     /// writeToURL, then the document is at that path and unedited.
     void saveToFile(const std::string& path);
+    /// Reads the document's file again; edits since the last save and their undo are gone. @throws OrreryError
+    void revertToFile();
     [[nodiscard]] std::optional<std::string> filePath() const override { return m_filePath; }
     void setFilePath(std::optional<std::string> path) { m_filePath = std::move(path); }
     /// How a save that a run asks for is done (a window may have to ask for a name); by default saveToFile.
@@ -159,8 +185,11 @@ public:
     [[nodiscard]] const std::vector<float>& yMax() const { return m_yMax; }
     void setYMax(std::vector<float> maxima) { m_yMax = std::move(maxima); }
     [[nodiscard]] std::uint32_t nRowsOfData() const { return m_grid.nRowsOfData; }
+    [[nodiscard]] SweepSummary sweepSummary() const; // of the setup as it stands now
     [[nodiscard]] std::vector<std::uint32_t> makeCurrentIndexSet() const;
     void saveToDorado();
+    /// Whether the plot shows an earlier run than the present results.
+    [[nodiscard]] bool plotIsOutdated() const { return m_plotIsOutdated; }
 
     // -- The plot -------------------------------------------------------------------------------------------------
     void setupPlotView();
@@ -204,12 +233,17 @@ private:
     void clearSweepForRun() override;
     void runStateChanged() override;
 
+    void edit(std::string name, const std::function<void()>& change);
+    void restore(const std::map<std::string, UndoHistory::Change, std::less<>>& values, bool countListChange);
+    void importModelOfSetup();
+    void setupChanged();
     void observe(std::initializer_list<std::string_view> keys);
     void keepUnparsedFile(const std::string& path);
     void addOrRemove(PortList list, int segment);
-    void moveDroppedRows(PortList table, const std::vector<std::size_t>& rows, std::size_t row);
+    void moveRowsTo(PortList list, const std::vector<std::size_t>& rows, std::size_t row);
     void reportImportFailure(const std::exception& failure);
     void showSheet(const AlertText& text);
+    void restorePlotChoices();
     void clearPlot();
     void redrawPlot();
     [[nodiscard]] double rotationSliderMax() const;
@@ -217,12 +251,16 @@ private:
     DocumentServices m_services;
     DocumentOutlets m_outlets;
     std::function<void()> m_changeObserver;
+    std::function<void()> m_setupObserver;
     std::function<void()> m_runObserver;
     std::function<void(std::function<void(bool)>)> m_saveHandler;
 
     SetupDictionary m_dictionary;
     bool m_hasDictionary = false; // a setup was installed
     int m_changeCount = 0;
+    SetupDictionary::Values m_savedValues; // as the file has them, or as the new setup began
+    UndoHistory m_undo;
+    bool m_isEditing = false; // within an edit: what it calls belongs to the same step
     std::optional<std::string> m_filePath;
     std::string m_unparsedBytes; // of the file that was opened, when it was no setup; kept beside the first save
     std::vector<ListController> m_controllers; // indexed by PortList
@@ -236,6 +274,8 @@ private:
     std::vector<float> m_simulationData; // nRowsOfData × response variables, row-major
     std::vector<float> m_yMax;           // per response variable
     std::vector<std::string> m_tableNotes;
+    PlotChoices m_earlierChoices; // of the last run that had any
+    bool m_plotIsOutdated = false;
 
     PlotLayout m_layout;
     std::unique_ptr<RunLoop::Source> m_timer;

@@ -19,13 +19,14 @@ struct ListTraits {
     std::string_view key;
     std::string_view portType;
     std::string_view rowType;
+    std::string_view word;
 };
 
 const ListTraits& traitsOf(PortList list) {
     static constexpr std::array<ListTraits, 3> traits = {{
-        {setup_key::outputs, outputPathPboardType, outputPboardType},
-        {setup_key::initializations, inputPathPboardType, initializationPboardType},
-        {setup_key::steppers, inputPathPboardType, stepperPboardType},
+        {setup_key::outputs, outputPathPboardType, outputPboardType, "Output"},
+        {setup_key::initializations, inputPathPboardType, initializationPboardType, "Initialization"},
+        {setup_key::steppers, inputPathPboardType, stepperPboardType, "Stepper"},
     }};
     return traits.at(static_cast<std::size_t>(list));
 }
@@ -53,6 +54,10 @@ EntryList extractRows(EntryList& entries, const std::vector<std::size_t>& rows) 
 }
 
 } // namespace
+
+std::string_view listWord(PortList list) {
+    return traitsOf(list).word;
+}
 
 std::string_view listKey(PortList list) {
     return traitsOf(list).key;

@@ -28,6 +28,9 @@ inline constexpr std::string_view stepperPboardType = "StepperPboardType";
 /// The type of the list's own rows while they are dragged.
 [[nodiscard]] std::string_view rowPboardType(PortList list);
 
+/// What undo and the tables call the list: "Output", "Initialization", "Stepper".
+[[nodiscard]] std::string_view listWord(PortList list);
+
 enum class DropOperation { On = 0, Above = 1 };
 enum class DragOperation { None = 0, Copy = 1, Move = 16 };
 

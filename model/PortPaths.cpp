@@ -1,5 +1,9 @@
 #include "model/PortPaths.h"
 
+#include "platform/OrreryError.h"
+
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <functional>
@@ -192,6 +196,17 @@ std::string nearestPortPath(const ModelTree& tree, std::string_view portPath, Po
         return true;
     });
     return nearest.takePath();
+}
+
+std::string portFault(const ModelTree& tree, std::string_view portPath, PortDirection direction) {
+    if (portPath.empty()) return "No port is chosen: drag one here from the model.";
+    if (tree.empty() || findPort(tree, portPath, direction) != nullptr) return {};
+    std::string fault = fmt::format("The model has no {} port {}.", direction == PortDirection::Input ? "input" : "output",
+                                    quotedForMessage(std::string(portPath)));
+    if (const std::string nearest = nearestPortPath(tree, portPath, direction); !nearest.empty()) {
+        fault += fmt::format(" Did you mean {}?", quotedForMessage(nearest));
+    }
+    return fault;
 }
 
 } // namespace orrery

@@ -29,4 +29,8 @@ struct PortReference {
 /// The known port path nearest to a wrong one, for "did you mean"; empty when nothing is near.
 [[nodiscard]] std::string nearestPortPath(const ModelTree& tree, std::string_view portPath, PortDirection direction);
 
+/// Why an entry's port cannot be used, in words for the user, with the nearest port where there is one; empty when it
+/// is in the model, or when there is no model to compare with.
+[[nodiscard]] std::string portFault(const ModelTree& tree, std::string_view portPath, PortDirection direction);
+
 } // namespace orrery

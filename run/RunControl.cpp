@@ -67,7 +67,7 @@ void RunControl::runSimulation() {
         askWhetherToAbortRunning();
         return;
     }
-    if (!m_host.isDocumentEdited()) {
+    if (!m_host.hasUnsavedChanges()) {
         checkForDirtyModelDocument();
         return;
     }

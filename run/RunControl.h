@@ -19,7 +19,7 @@ namespace orrery {
 class RunHost {
 public:
     virtual ~RunHost() = default;
-    [[nodiscard]] virtual bool isDocumentEdited() const = 0;
+    [[nodiscard]] virtual bool hasUnsavedChanges() const = 0;
     /// Saves the document; `didSave` comes once, with whether it succeeded, maybe before this returns.
     virtual void saveDocument(std::function<void(bool)> didSave) = 0;
     [[nodiscard]] virtual std::optional<std::string> filePath() const = 0; // none: never saved

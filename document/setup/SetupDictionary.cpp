@@ -63,6 +63,14 @@ void SetupDictionary::remove(std::string_view key) {
     changed(name);
 }
 
+void SetupDictionary::setValue(std::string_view key, std::optional<Value> value) {
+    if (value) {
+        set(key, std::move(*value));
+    } else {
+        remove(key);
+    }
+}
+
 void SetupDictionary::addObserver(std::string_view key, Observer observer) {
     m_observers.emplace(key, std::move(observer));
 }

@@ -42,6 +42,8 @@ inline constexpr std::string_view steppers = "steppers";
 class SetupDictionary {
 public:
     using Observer = std::function<void(std::string_view key)>;
+    using Value = std::variant<std::string, Date, EntryList>;
+    using Values = std::map<std::string, Value, std::less<>>;
 
     SetupDictionary() = default;
     SetupDictionary(const SetupDictionary&) = delete;
@@ -69,15 +71,18 @@ public:
     [[nodiscard]] EntryList& mutableList(std::string_view key);
     void remove(std::string_view key);
 
+    [[nodiscard]] const Values& values() const { return m_values; }
+    /// Sets the key to the value, or removes it without one.
+    void setValue(std::string_view key, std::optional<Value> value);
+
     /// Adds an observer of one key. It is called after each set or removal of that key.
     void addObserver(std::string_view key, Observer observer);
 
 private:
-    using Value = std::variant<std::string, Date, EntryList>;
     void set(std::string_view key, Value value);
     void changed(const std::string& key);
 
-    std::map<std::string, Value, std::less<>> m_values;
+    Values m_values;
     std::multimap<std::string, Observer, std::less<>> m_observers;
 };
 
