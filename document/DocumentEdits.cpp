@@ -1,6 +1,5 @@
 // The user's edits of the document's setup, each one step of undo.
 #include "document/MyDocument.h"
-
 #include "document/setup/SetupForm.h"
 
 #include <fmt/format.h>

@@ -73,7 +73,9 @@ public:
     void setTheDictionary(SetupDictionary dictionary); // observation is not carried over
     void observeValueForKeyPath(std::string_view key);
     void updateChangeCount(ChangeKind kind);
-    [[nodiscard]] bool isDocumentEdited() const { return m_changeCount != 0; } // changes were counted since the last save
+    [[nodiscard]] bool isDocumentEdited() const {
+        return m_changeCount != 0;
+    } // changes were counted since the last save
     /// Whether a save would lose or gain anything: counted changes, or a setup that differs from the saved one. Fields
     /// of entries and a new setup's start day count no change, and are not to be lost or run unsaved all the same.
     [[nodiscard]] bool hasUnsavedChanges() const override;

@@ -13,8 +13,8 @@ UndoHistory::Change valueOf(const SetupDictionary::Values& values, const std::st
 
 } // namespace
 
-void UndoHistory::record(std::string name, const SetupDictionary::Values& before,
-                         const SetupDictionary::Values& after, bool listChangeCounted) {
+void UndoHistory::record(std::string name, const SetupDictionary::Values& before, const SetupDictionary::Values& after,
+                         bool listChangeCounted) {
     Edit edit{std::move(name), {}, {}, listChangeCounted};
     SetupDictionary::Values all = before;
     all.insert(after.begin(), after.end());

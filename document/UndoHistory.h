@@ -11,8 +11,8 @@
 
 namespace orrery {
 
-/// The edits of a setup that can be taken back and done again, in their order. Holds values only; the document puts them
-/// into its dictionary.
+/// The edits of a setup that can be taken back and done again, in their order. Holds values only; the document puts
+/// them into its dictionary.
 class UndoHistory {
 public:
     using Change = std::optional<SetupDictionary::Value>; // std::nullopt: the key is absent

@@ -201,8 +201,9 @@ std::string nearestPortPath(const ModelTree& tree, std::string_view portPath, Po
 std::string portFault(const ModelTree& tree, std::string_view portPath, PortDirection direction) {
     if (portPath.empty()) return "No port is chosen: drag one here from the model.";
     if (tree.empty() || findPort(tree, portPath, direction) != nullptr) return {};
-    std::string fault = fmt::format("The model has no {} port {}.", direction == PortDirection::Input ? "input" : "output",
-                                    quotedForMessage(std::string(portPath)));
+    std::string fault =
+        fmt::format("The model has no {} port {}.", direction == PortDirection::Input ? "input" : "output",
+                    quotedForMessage(std::string(portPath)));
     if (const std::string nearest = nearestPortPath(tree, portPath, direction); !nearest.empty()) {
         fault += fmt::format(" Did you mean {}?", quotedForMessage(nearest));
     }

@@ -11,7 +11,7 @@ namespace orrery {
 
 /// What a setup's sweep comes to, before it is run.
 struct SweepSummary {
-    std::string size;                  // "12 × 4 × 100 = 4,800 rows, about 0.4 MB"; empty when it cannot be run at all
+    std::string size; // "12 × 4 × 100 = 4,800 rows, about 0.4 MB"; empty when it cannot be run at all
     std::vector<std::string> problems; // one line each
 };
 

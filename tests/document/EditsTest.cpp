@@ -53,8 +53,8 @@ TEST_F(EditsTest, EveryKindOfEditIsTakenBackAndDoneAgainUnderItsName) {
              d.tableViewAcceptDrop(PortList::Outputs, port, 1, DropOperation::On);
          },
          true},
-        {"Change Output Result File",
-         [](MyDocument& d) { d.editEntry(PortList::Outputs, 1, "outputPath", "x.txt"); }, false},
+        {"Change Output Result File", [](MyDocument& d) { d.editEntry(PortList::Outputs, 1, "outputPath", "x.txt"); },
+         false},
     };
     for (const Case& row : cases) {
         SCOPED_TRACE(row.name);

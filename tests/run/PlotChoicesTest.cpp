@@ -1,4 +1,5 @@
 #include "run/PlotChoices.h"
+
 #include "run/SweepSummary.h"
 
 #include <gtest/gtest.h>

@@ -1,0 +1,23 @@
+#include "app/ApplicationServices.h"
+
+#include "platform/Files.h"
+#include "platform/TemporaryDirectory.h"
+
+#include <utility>
+
+namespace orrery {
+
+ApplicationServices::ApplicationServices(std::unique_ptr<UserDefaults> defaults)
+    : m_defaults(std::move(defaults)), m_temporaryDirectory(temporaryDirectory()) {}
+
+DocumentServices ApplicationServices::forDocuments() {
+    DocumentServices services;
+    services.run.launcher = &m_launcher;
+    services.run.runLoop = &m_loop;
+    services.run.enginePath = [] { return pathForAuxiliaryExecutable("Zephyr"); };
+    services.run.temporaryDirectory = m_temporaryDirectory;
+    services.userDefaults = m_defaults.get();
+    return services;
+}
+
+} // namespace orrery

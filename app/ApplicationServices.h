@@ -1,0 +1,36 @@
+#pragma once
+
+#include "document/MyDocument.h"
+#include "platform/UserDefaults.h"
+#include "platform/native/PosixChildProcess.h"
+#include "platform/qt/QtRunLoop.h"
+#include "platform/qt/QtTextRasterizer.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace orrery {
+
+/// The platform as the application's documents and windows use it. One, made by main after the application object; it
+/// outlives every window.
+class ApplicationServices {
+public:
+    /// @throws OrreryError when there is no temporary directory to work in
+    explicit ApplicationServices(std::unique_ptr<UserDefaults> defaults);
+
+    [[nodiscard]] DocumentServices forDocuments();
+    [[nodiscard]] UserDefaults& defaults() { return *m_defaults; }
+    [[nodiscard]] TextRasterizer& rasterizer() { return m_rasterizer; }
+    [[nodiscard]] RunLoop& runLoop() { return m_loop; }
+
+private:
+    QtRunLoop m_loop;
+    PosixChildProcessLauncher m_launcher{m_loop};
+    std::unique_ptr<UserDefaults> m_defaults;
+    QtTextRasterizer m_rasterizer;
+    std::string m_temporaryDirectory;
+};
+
+} // namespace orrery

@@ -1,0 +1,103 @@
+#include "app/DocumentWindow.h"
+
+#include "app/PlotTab.h"
+#include "app/RunPanel.h"
+#include "app/SetupTab.h"
+#include "document/Toolbar.h"
+#include "platform/qt/QtText.h"
+#include "ui_MainMenu.h"
+#include "ui_MyDocument.h"
+
+#include <QFileInfo>
+#include <QToolBar>
+
+namespace orrery {
+
+DocumentWindow::DocumentWindow(ApplicationServices& services, std::unique_ptr<MyDocument> document)
+    : m_services(services), m_document(std::move(document)), m_menu(std::make_unique<Ui::MainMenu>()),
+      m_ui(std::make_unique<Ui::MyDocument>()), m_alerts(this), m_openPanel(this) {
+    setAttribute(Qt::WA_DeleteOnClose);
+    setObjectName(qtText(MyDocument::windowNibName()));
+    m_menu->setupUi(this);
+    m_ui->setupUi(this);
+    m_setupTab = std::make_unique<SetupTab>(*m_document, *m_ui, *m_menu);
+    m_plotTab = std::make_unique<PlotTab>(*m_document, *m_ui, *m_menu, m_services.rasterizer());
+    m_runPanel = std::make_unique<RunPanel>(*m_document, *m_ui, *m_menu);
+    connectOutlets();
+    makeToolbar();
+    connectMenu();
+    m_document->setChangeObserver([this] { updateTitle(); });
+    m_document->setSetupObserver([this] {
+        m_setupTab->refresh();
+        updateTitle();
+        validateCommands();
+    });
+    m_document->setRunObserver([this] {
+        m_runPanel->refresh();
+        m_plotTab->refresh();
+        validateCommands();
+    });
+    m_document->awakeFromNib();
+    m_plotTab->setCameraBounds();
+    m_setupTab->refresh();
+    m_plotTab->refresh();
+    m_runPanel->refresh();
+    updateTitle();
+    validateCommands();
+}
+
+DocumentWindow::~DocumentWindow() {
+    m_document->close();
+    m_document->setOutlets({});
+    m_document->setChangeObserver({});
+    m_document->setSetupObserver({});
+    m_document->setRunObserver({});
+}
+
+void DocumentWindow::connectOutlets() {
+    DocumentOutlets outlets;
+    outlets.alerts = &m_alerts;
+    outlets.openPanel = &m_openPanel;
+    m_setupTab->addOutlets(outlets);
+    m_plotTab->addOutlets(outlets);
+    m_runPanel->addOutlets(outlets);
+    m_document->setOutlets(outlets);
+}
+
+void DocumentWindow::makeToolbar() {
+    auto* bar = addToolBar(tr("Toolbar"));
+    bar->setObjectName(qtText(toolbarIdentifier));
+    bar->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
+    for (const std::string& identifier : toolbarItemIdentifiers()) {
+        const ToolbarItem item = toolbarItem(identifier);
+        QAction* action = bar->addAction(QIcon(":/" + qtText(item.image)), qtText(item.label));
+        action->setObjectName(qtText("toolbar " + identifier));
+        action->setProperty("tag", item.tag);
+        m_taggedActions.push_back(action);
+        connect(action, &QAction::triggered, this, [this, run = item.action == ToolbarAction::RunSimulation] {
+            run ? m_document->runSimulation() : m_document->saveToDorado();
+        });
+    }
+}
+
+void DocumentWindow::connectMenu() {
+    m_taggedActions.push_back(m_menu->actionRun);
+    m_taggedActions.push_back(m_menu->actionSendToDorado);
+    connect(m_menu->actionRun, &QAction::triggered, this, [this] { m_document->runSimulation(); });
+    connect(m_menu->actionSendToDorado, &QAction::triggered, this, [this] { m_document->saveToDorado(); });
+}
+
+/// As the platform validates its toolbar and menus: often, in the order toolbar, then menus.
+void DocumentWindow::validateCommands() {
+    for (QAction* action : m_taggedActions) {
+        action->setEnabled(m_document->validateMenuItem(action->property("tag").toInt()));
+    }
+}
+
+void DocumentWindow::updateTitle() {
+    const auto path = m_document->filePath();
+    setWindowTitle((path ? QFileInfo(qtPath(*path)).fileName() : tr("Untitled")) + "[*]");
+    setWindowModified(m_document->hasUnsavedChanges());
+}
+
+} // namespace orrery

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "app/ApplicationServices.h"
+#include "platform/qt/QtAlerts.h"
+#include "platform/qt/QtOpenPanel.h"
+
+#include <QMainWindow>
+#include <memory>
+#include <vector>
+
+QT_BEGIN_NAMESPACE
+namespace Ui {
+class MainMenu;
+class MyDocument;
+} // namespace Ui
+QT_END_NAMESPACE
+
+namespace orrery {
+
+class PlotTab;
+class RunPanel;
+class SetupTab;
+
+/// The window of one setup document. It owns the document, the controls of the interface description, and the parts
+/// that tie them to the document.
+class DocumentWindow : public QMainWindow {
+    Q_OBJECT
+
+public:
+    DocumentWindow(ApplicationServices& services, std::unique_ptr<MyDocument> document);
+    ~DocumentWindow() override;
+
+    [[nodiscard]] MyDocument& document() { return *m_document; }
+    [[nodiscard]] QtAlerts& alerts() { return m_alerts; }
+
+private:
+    void makeToolbar();
+    void connectOutlets();
+    void connectMenu();
+    void validateCommands();
+    void updateTitle();
+
+    ApplicationServices& m_services;
+    std::unique_ptr<MyDocument> m_document;
+    std::unique_ptr<Ui::MainMenu> m_menu;
+    std::unique_ptr<Ui::MyDocument> m_ui;
+    QtAlerts m_alerts;
+    QtOpenPanel m_openPanel;
+    std::unique_ptr<SetupTab> m_setupTab;
+    std::unique_ptr<PlotTab> m_plotTab;
+    std::unique_ptr<RunPanel> m_runPanel;
+    std::vector<QAction*> m_taggedActions; // follow the enabling rule of their tag
+};
+
+} // namespace orrery
