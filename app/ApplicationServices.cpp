@@ -3,12 +3,20 @@
 #include "platform/Files.h"
 #include "platform/TemporaryDirectory.h"
 
+#include <QtGlobal>
 #include <utility>
+
+/// A library's resources have to be asked for; outside any namespace, as Qt's macro wants it.
+static void registerResources() {
+    Q_INIT_RESOURCE(orrery);
+}
 
 namespace orrery {
 
 ApplicationServices::ApplicationServices(std::unique_ptr<UserDefaults> defaults)
-    : m_defaults(std::move(defaults)), m_temporaryDirectory(temporaryDirectory()) {}
+    : m_defaults(std::move(defaults)), m_temporaryDirectory(temporaryDirectory()) {
+    registerResources();
+}
 
 DocumentServices ApplicationServices::forDocuments() {
     DocumentServices services;
