@@ -9,9 +9,21 @@
 #include "ui_MyDocument.h"
 
 #include <QFileInfo>
+#include <QImageReader>
 #include <QToolBar>
 
 namespace orrery {
+
+namespace {
+
+/// The image resource by its name's own format: guessing makes readers of other formats complain aloud.
+QIcon iconOfResource(const std::string& name) {
+    const QString path = ":/" + qtText(name);
+    QImageReader reader(path, QFileInfo(path).suffix().toLatin1());
+    return QIcon(QPixmap::fromImage(reader.read()));
+}
+
+} // namespace
 
 DocumentWindow::DocumentWindow(ApplicationServices& services, std::unique_ptr<MyDocument> document)
     : m_services(services), m_document(std::move(document)), m_menu(std::make_unique<Ui::MainMenu>()),
@@ -70,7 +82,7 @@ void DocumentWindow::makeToolbar() {
     bar->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
     for (const std::string& identifier : toolbarItemIdentifiers()) {
         const ToolbarItem item = toolbarItem(identifier);
-        QAction* action = bar->addAction(QIcon(":/" + qtText(item.image)), qtText(item.label));
+        QAction* action = bar->addAction(iconOfResource(item.image), qtText(item.label));
         action->setObjectName(qtText("toolbar " + identifier));
         action->setProperty("tag", item.tag);
         m_taggedActions.push_back(action);
@@ -83,15 +95,25 @@ void DocumentWindow::makeToolbar() {
 void DocumentWindow::connectMenu() {
     m_taggedActions.push_back(m_menu->actionRun);
     m_taggedActions.push_back(m_menu->actionSendToDorado);
+    connect(m_menu->menuSimulation, &QMenu::aboutToShow, this, &DocumentWindow::validateCommands);
     connect(m_menu->actionRun, &QAction::triggered, this, [this] { m_document->runSimulation(); });
     connect(m_menu->actionSendToDorado, &QAction::triggered, this, [this] { m_document->saveToDorado(); });
 }
 
-/// As the platform validates its toolbar and menus: often, in the order toolbar, then menus.
+/// The start/stop button follows the command that was validated last, so Run comes after Send.
 void DocumentWindow::validateCommands() {
-    for (QAction* action : m_taggedActions) {
-        action->setEnabled(m_document->validateMenuItem(action->property("tag").toInt()));
+    for (const int tag : {sendTag, runTag}) {
+        const bool enabled = m_document->validateMenuItem(tag);
+        for (QAction* action : m_taggedActions) {
+            if (action->property("tag").toInt() == tag) action->setEnabled(enabled);
+        }
     }
+}
+
+void DocumentWindow::changeEvent(QEvent* event) {
+    QMainWindow::changeEvent(event);
+    // Result files come and go while other programs have the screen.
+    if (event->type() == QEvent::ActivationChange && isActiveWindow()) validateCommands();
 }
 
 void DocumentWindow::updateTitle() {

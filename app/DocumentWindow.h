@@ -33,6 +33,9 @@ public:
     [[nodiscard]] MyDocument& document() { return *m_document; }
     [[nodiscard]] QtAlerts& alerts() { return m_alerts; }
 
+protected:
+    void changeEvent(QEvent* event) override;
+
 private:
     void makeToolbar();
     void connectOutlets();

@@ -1,0 +1,156 @@
+#include "app/WindowFixture.h"
+
+#include "app/DocumentWindow.h"
+#include "platform/qt/QtGlSurface.h"
+#include "platform/qt/QtText.h"
+#include "plot/BasicOpenGLView.h"
+#include "support/VirtualDisplay.h"
+
+#include <QAction>
+#include <QPixmap>
+#include <QProcess>
+#include <QScreen>
+#include <clocale>
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+#include <stdexcept>
+
+namespace orrery::test {
+
+namespace {
+
+/// What a process has once: a display, its window manager, and the application object.
+class Desktop {
+public:
+    Desktop() {
+        m_windowManager.start("openbox", {"--sm-disable"});
+        if (!m_windowManager.waitForStarted()) ADD_FAILURE() << "openbox did not start";
+        QtGlSurface::setApplicationFormat(BasicOpenGLView::basicPixelFormat());
+        QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+        m_application = std::make_unique<QApplication>(m_count, m_arguments);
+        std::setlocale(LC_NUMERIC, "C");
+        QApplication::setApplicationDisplayName("Orrery");
+    }
+    ~Desktop() {
+        m_application.reset();
+        m_windowManager.kill();
+        m_windowManager.waitForFinished();
+    }
+    Desktop(const Desktop&) = delete;
+    Desktop& operator=(const Desktop&) = delete;
+
+private:
+    int m_count = 1;
+    char m_name[7] = "orrery";
+    char* m_arguments[2] = {m_name, nullptr};
+    VirtualDisplay m_display;
+    QProcess m_windowManager;
+    std::unique_ptr<QApplication> m_application;
+};
+
+/// Leaves the screen of a failed test beside the programs.
+void saveScreen(const std::string& testName) {
+    const std::string path = ORRERY_BIN "/failed-" + testName + ".png";
+    QGuiApplication::primaryScreen()->grabWindow(0).save(qtPath(path));
+    std::cerr << "The screen: " << path << "\n";
+}
+
+} // namespace
+
+bool waitFor(const std::function<bool()>& condition, int timeoutMs) {
+    return QTest::qWaitFor(condition, timeoutMs);
+}
+
+void xdotool(const QStringList& arguments) {
+    QProcess tool;
+    tool.start("xdotool", arguments);
+    EXPECT_TRUE(waitFor([&] { return tool.state() == QProcess::NotRunning; }));
+    EXPECT_EQ(tool.exitCode(), 0) << tool.readAllStandardError().toStdString();
+}
+
+QStringList dragArguments(QPoint from, QPoint to, const QStringList& last) {
+    constexpr int steps = 8;
+    QStringList arguments;
+    const auto moveTo = [&arguments](QPoint point) {
+        arguments << "mousemove" << QString::number(point.x()) << QString::number(point.y()) << "sleep"
+                  << "0.03";
+    };
+    moveTo(from);
+    arguments << "mousedown"
+              << "1"
+              << "sleep"
+              << "0.05";
+    for (int i = 1; i <= steps; ++i) {
+        moveTo(from + (to - from) * i / steps);
+    }
+    moveTo(to + QPoint(1, 0));
+    moveTo(to);
+    arguments << last << "mouseup"
+              << "1";
+    return arguments;
+}
+
+QPoint onScreen(const QWidget& widget, QPoint point) {
+    return widget.mapToGlobal(point);
+}
+
+QPoint centreOnScreen(const QWidget& widget) {
+    return widget.mapToGlobal(widget.rect().center());
+}
+
+WindowTest::WindowTest() {
+    static Desktop desktop;
+    std::filesystem::create_directories(files.path() + "tmp");
+    ::setenv("TMPDIR", (files.path() + "tmp").c_str(), 1);
+    services = std::make_unique<ApplicationServices>(std::make_unique<MemoryUserDefaults>());
+    controller = std::make_unique<AppController>(*services);
+}
+
+WindowTest::~WindowTest() {
+    if (HasFailure()) saveScreen(std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
+    controller.reset();
+    services.reset();
+}
+
+std::string WindowTest::sampleCopy(const std::string& name) {
+    for (const auto& each : std::filesystem::directory_iterator(ORRERY_SAMPLES)) {
+        if (each.is_regular_file()) {
+            std::filesystem::copy(each.path(), files.path(), std::filesystem::copy_options::skip_existing);
+        }
+    }
+    return files.path() + name;
+}
+
+DocumentWindow& WindowTest::open(const std::string& nameOrPath) {
+    const std::string path = nameOrPath.find('/') == std::string::npos ? sampleCopy(nameOrPath) : nameOrPath;
+    DocumentWindow* window = controller->documentController().openDocument(qtPath(path));
+    if (window == nullptr) throw std::runtime_error("not opened: " + path);
+    activate(*window);
+    return *window;
+}
+
+DocumentWindow& WindowTest::openNew() {
+    DocumentWindow* window = controller->documentController().newDocument();
+    activate(*window);
+    return *window;
+}
+
+void WindowTest::run(DocumentWindow& window) {
+    window.document().runSimulation();
+    ASSERT_TRUE(waitFor([&] { return window.document().runControl().state() == RunControl::State::Idle; }, 60'000));
+    ASSERT_TRUE(window.document().runControl().resultsBuilt());
+}
+
+QAction& WindowTest::action(const QWidget& window, const char* name) {
+    auto* found = window.findChild<QAction*>(name);
+    if (found == nullptr) throw std::runtime_error(std::string("no action ") + name);
+    return *found;
+}
+
+void WindowTest::activate(QWidget& window) {
+    window.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window, 20'000));
+}
+
+} // namespace orrery::test
