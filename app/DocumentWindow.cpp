@@ -27,7 +27,7 @@ QIcon iconOfResource(const std::string& name) {
 
 DocumentWindow::DocumentWindow(ApplicationServices& services, std::unique_ptr<MyDocument> document)
     : m_services(services), m_document(std::move(document)), m_menu(std::make_unique<Ui::MainMenu>()),
-      m_ui(std::make_unique<Ui::MyDocument>()), m_alerts(this), m_openPanel(this) {
+      m_ui(std::make_unique<Ui::MyDocument>()), m_alerts(this), m_openPanel(this), m_waitPanel(this) {
     setAttribute(Qt::WA_DeleteOnClose);
     setObjectName(qtText(MyDocument::windowNibName()));
     m_menu->setupUi(this);
@@ -70,6 +70,7 @@ void DocumentWindow::connectOutlets() {
     DocumentOutlets outlets;
     outlets.alerts = &m_alerts;
     outlets.openPanel = &m_openPanel;
+    outlets.waitPanel = &m_waitPanel;
     m_setupTab->addOutlets(outlets);
     m_plotTab->addOutlets(outlets);
     m_runPanel->addOutlets(outlets);

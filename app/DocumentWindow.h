@@ -3,6 +3,7 @@
 #include "app/ApplicationServices.h"
 #include "platform/qt/QtAlerts.h"
 #include "platform/qt/QtOpenPanel.h"
+#include "platform/qt/QtWaitPanel.h"
 
 #include <QMainWindow>
 #include <memory>
@@ -49,6 +50,7 @@ private:
     std::unique_ptr<Ui::MyDocument> m_ui;
     QtAlerts m_alerts;
     QtOpenPanel m_openPanel;
+    QtWaitPanel m_waitPanel;
     std::unique_ptr<SetupTab> m_setupTab;
     std::unique_ptr<PlotTab> m_plotTab;
     std::unique_ptr<RunPanel> m_runPanel;

@@ -131,10 +131,34 @@ void MyDocument::constructDependentVariables() {
     }
 }
 
+/// A table of gigabytes takes seconds: meanwhile the window shows how far the reading is, and the user may cancel it.
+ResultTable MyDocument::readTableWhileWaiting(const TableShape& shape) {
+    const std::string path = resultTablePath();
+    WaitPanel* panel = m_outlets.waitPanel;
+    if (panel == nullptr) return readResultTable(path, shape, m_services.tableReading);
+    const auto size = static_cast<double>(openResultTable(path).size());
+    bool cancelled = false;
+    TableReadOptions options = m_services.tableReading;
+    options.progress = [&](std::uint64_t bytesRead) {
+        cancelled = cancelled || !panel->update(static_cast<double>(bytesRead) / size);
+        return !cancelled;
+    };
+    panel->begin("Reading the results\u2026");
+    try {
+        ResultTable table = readResultTable(path, shape, options);
+        panel->end();
+        return table;
+    } catch (...) {
+        panel->end();
+        if (cancelled) throw ResultsCancelled();
+        throw;
+    }
+}
+
 void MyDocument::getSimulationData() {
     setSimulationData({});
     const TableShape shape{nRowsOfData(), independentVariables().size() + 1, m_dependentVariables.size()};
-    ResultTable table = readResultTable(resultTablePath(), shape, m_services.tableReading);
+    ResultTable table = readTableWhileWaiting(shape);
     m_tableNotes = table.notes(shape);
     setSimulationData(std::move(table.cells));
     setYMax(std::move(table.maxima));

@@ -20,6 +20,7 @@ struct DocumentOutlets {
     PlotView* glView = nullptr;
     Alerts* alerts = nullptr;
     OpenPanel* openPanel = nullptr;
+    WaitPanel* waitPanel = nullptr;
 };
 
 } // namespace orrery

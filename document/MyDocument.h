@@ -245,6 +245,7 @@ private:
     void moveRowsTo(PortList list, const std::vector<std::size_t>& rows, std::size_t row);
     void reportImportFailure(const std::exception& failure);
     void showSheet(const AlertText& text);
+    [[nodiscard]] ResultTable readTableWhileWaiting(const TableShape& shape);
     void restorePlotChoices();
     void clearPlot();
     void redrawPlot();

@@ -63,6 +63,17 @@ public:
     virtual void setControlEnabled(std::size_t row, int tag, bool enabled) = 0;
 };
 
+/// Keeps the window alive while the main thread waits for a calculation: after a moment it shows how far that is, and
+/// takes Cancel. It lets nothing else in.
+class WaitPanel {
+public:
+    virtual ~WaitPanel() = default;
+    virtual void begin(std::string_view what) = 0;
+    /// To be called often; returns at once while there is nothing to show. False when the user has cancelled.
+    [[nodiscard]] virtual bool update(double fractionDone) = 0;
+    virtual void end() = 0;
+};
+
 /// A question or message. Buttons count from 0 in the order given.
 struct AlertText {
     std::string message;

@@ -235,6 +235,11 @@ void RunControl::finishResults() {
         // The document has shown its alert already.
         appendStatus(fmt::format("\n{}", missing.what()));
         return;
+    } catch (const ResultsCancelled&) {
+        m_isAborted = true;
+        m_host.clearSweepForRun();
+        appendStatus("\nAborted");
+        return;
     } catch (const std::bad_alloc&) {
         failure = "The results need more memory than there is.";
     } catch (const std::exception& error) {

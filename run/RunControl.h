@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Date.h"
+#include "platform/OrreryError.h"
 #include "platform/Outlets.h"
 #include "platform/RunLoop.h"
 #include "platform/TemporaryDirectory.h"
@@ -14,6 +15,12 @@
 #include <vector>
 
 namespace orrery {
+
+/// The user cancelled the building of results; nothing is left of them.
+class ResultsCancelled : public OrreryError {
+public:
+    ResultsCancelled() : OrreryError("The reading of the results was cancelled.", {}, "") {}
+};
 
 /// What run control needs of the document whose setup is run.
 class RunHost {

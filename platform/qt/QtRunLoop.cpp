@@ -7,6 +7,9 @@
 namespace orrery {
 namespace {
 
+int pauses = 0; // main thread only
+constexpr auto retryInterval = std::chrono::milliseconds(20);
+
 /// Shared, so that a callback that destroys its own source runs to its end.
 using Callback = std::shared_ptr<const std::function<void()>>;
 
@@ -29,6 +32,10 @@ public:
         m_timer.setTimerType(Qt::PreciseTimer);
         m_timer.setSingleShot(true);
         QObject::connect(&m_timer, &QTimer::timeout, [this, repeats, callback = shared(std::move(callback))] {
+            if (pauses > 0) {
+                m_timer.start(retryInterval);
+                return;
+            }
             if (repeats) advance();
             call(callback); // last: it may destroy this
         });
@@ -64,6 +71,14 @@ private:
 };
 
 } // namespace
+
+QtRunLoop::Pause::Pause() {
+    ++pauses;
+}
+
+QtRunLoop::Pause::~Pause() {
+    --pauses;
+}
 
 std::unique_ptr<RunLoop::Source> QtRunLoop::repeat(std::chrono::nanoseconds interval, std::function<void()> callback) {
     return std::make_unique<TimerSource>(interval, true, std::move(callback));

@@ -165,6 +165,45 @@ TEST_F(RunControlTest, TheStatusTextTellsWhatIsWrongWithATable) {
     }
 }
 
+TEST_F(RunControlTest, ACancelledReadingLeavesNoResults) {
+    struct CancellingPanel : WaitPanel {
+        void begin(std::string_view) override { open = true; }
+        bool update(double) override { return false; }
+        void end() override { open = false; }
+        bool open = false;
+    } panel;
+    DocumentOutlets outlets = document.outlets();
+    outlets.waitPanel = &panel;
+    document.setOutlets(outlets);
+    document.runSimulation();
+    writeTable();
+    launcher.last().end();
+    EXPECT_EQ(window.status, "Processing output\u2026\nAborted");
+    EXPECT_TRUE(document.runControl().isAborted());
+    EXPECT_TRUE(document.independentVariables().empty());
+    EXPECT_TRUE(document.dependentVariables().empty());
+    EXPECT_FALSE(panel.open);
+    EXPECT_TRUE(window.sheets.empty());
+}
+
+TEST_F(RunControlTest, ARunOfTheSameVariablesKeepsWhatWasChosenToBeSeen) {
+    const auto run = [this] {
+        document.runSimulation();
+        writeTable();
+        launcher.last().end();
+    };
+    run();
+    document.independentVariables().back().setFunction(1);
+    document.dependentVariables().front().setValue("includep", true);
+    document.setupPlotView();
+    const std::vector<VertexRange> shown = plot.ranges();
+    run();
+    EXPECT_EQ(document.independentVariables().back().function(), 1U);
+    EXPECT_TRUE(document.dependentVariables().front().includep());
+    EXPECT_TRUE(document.plotIsOutdated());
+    EXPECT_EQ(plot.ranges(), shown) << "drawn when the user next changes the plot";
+}
+
 TEST_F(RunControlTest, AFailureLeavesNoResultsOfAnEarlierRun) {
     document.runSimulation();
     writeTable();

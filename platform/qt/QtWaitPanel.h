@@ -1,0 +1,32 @@
+#pragma once
+
+#include "platform/Outlets.h"
+#include "platform/qt/QtRunLoop.h"
+
+#include <QElapsedTimer>
+#include <QPointer>
+#include <QProgressDialog>
+#include <memory>
+#include <optional>
+
+namespace orrery {
+
+/// A progress panel on one window, shown when a wait takes longer than a tenth of a second. While it is there, the
+/// application paints and takes the panel's own Cancel (or Escape); sockets and the run loops' timers stay quiet.
+class QtWaitPanel : public WaitPanel {
+public:
+    explicit QtWaitPanel(QWidget* window) : m_window(window) {}
+
+    void begin(std::string_view what) override;
+    [[nodiscard]] bool update(double fractionDone) override;
+    void end() override;
+
+private:
+    QPointer<QWidget> m_window;
+    QString m_what;
+    QElapsedTimer m_sinceEvents;
+    std::unique_ptr<QProgressDialog> m_panel;
+    std::optional<QtRunLoop::Pause> m_pause;
+};
+
+} // namespace orrery
