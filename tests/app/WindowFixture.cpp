@@ -26,6 +26,7 @@ public:
     Desktop() {
         m_windowManager.start("openbox", {"--sm-disable"});
         if (!m_windowManager.waitForStarted()) ADD_FAILURE() << "openbox did not start";
+        waitForWindowManager();
         QtGlSurface::setApplicationFormat(BasicOpenGLView::basicPixelFormat());
         QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
         m_application = std::make_unique<QApplication>(m_count, m_arguments);
@@ -41,6 +42,16 @@ public:
     Desktop& operator=(const Desktop&) = delete;
 
 private:
+    /// A window that comes before its manager is ready is never made active. The manager tells its desktops when it is.
+    static void waitForWindowManager() {
+        for (const QDeadlineTimer deadline(20'000); !deadline.hasExpired();) {
+            QProcess asking;
+            asking.start("xdotool", {"get_num_desktops"});
+            if (asking.waitForFinished() && asking.exitCode() == 0) return;
+        }
+        ADD_FAILURE() << "openbox does not answer";
+    }
+
     int m_count = 1;
     char m_name[7] = "orrery";
     char* m_arguments[2] = {m_name, nullptr};
@@ -111,6 +122,7 @@ WindowTest::~WindowTest() {
     if (HasFailure()) saveScreen(std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
     controller.reset();
     services.reset();
+    ::unsetenv("TMPDIR"); // the folder goes now
 }
 
 std::string WindowTest::sampleCopy(const std::string& name) {
