@@ -15,6 +15,7 @@ public:
     virtual ~RemoteObject() = default;
     /// Hands over the paths, in order. Returns at once; `done` comes later with the empty text, or with why it failed
     /// (no answer within 5 s included).
+    /// @throws OrreryError naming a path that cannot be sent; nothing was sent then
     virtual void importWaves(const std::vector<std::string>& paths, std::function<void(std::string_view)> done) = 0;
 };
 
