@@ -1,17 +1,155 @@
 #include "app/PlotTab.h"
 
+#include "app/FollowedView.h"
+#include "app/GuardedPlot.h"
+#include "app/PictureCommands.h"
+#include "app/PlotMouse.h"
+#include "platform/qt/QtGlSurface.h"
+#include "platform/qt/QtText.h"
+#include "plot/OpenGLPlotView.h"
 #include "ui_MainMenu.h"
 #include "ui_MyDocument.h"
 
+#include <QEvent>
+#include <QScrollBar>
+#include <algorithm>
+
 namespace orrery {
 
-PlotTab::PlotTab(MyDocument& document, Ui::MyDocument& ui, Ui::MainMenu& menu, TextRasterizer& /*rasterizer*/)
-    : m_document(document), m_ui(ui), m_menu(menu) {}
+namespace {
 
-void PlotTab::addOutlets(DocumentOutlets& /*outlets*/) {}
+constexpr auto setupIdentifier = "1"; // of the tab views, in their order
+constexpr auto plotIdentifier = "2";
 
-void PlotTab::refresh() {}
+} // namespace
 
-void PlotTab::setCameraBounds() {}
+PlotTab::PlotTab(MyDocument& document, Ui::MyDocument& ui, Ui::MainMenu& menu, TextRasterizer& rasterizer)
+    : m_document(document), m_ui(ui), m_menu(menu), m_sweepSettings(document, *ui.independentVariableSettings),
+      m_responseSettings(document, ui), m_camera(document, ui, menu) {
+    ui.plotSplitter->setStretchFactor(0, 1);
+    ui.plotSplitter->setStretchFactor(1, 0);
+    makeView(rasterizer);
+    connectTabs();
+    ui.plotControlsContents->installEventFilter(this);
+    connect(ui.plotNewResults, &QPushButton::clicked, this,
+            [this] { guardedPlot(m_document, [this] { m_document.setupPlotView(); }); });
+}
+
+PlotTab::~PlotTab() {
+    if (m_surface != nullptr) m_surface->setClient(nullptr); // it calls back here
+}
+
+void PlotTab::makeView(TextRasterizer& rasterizer) {
+    const std::string reason = QtGlSurface::whyUnavailable();
+    if (reason.empty()) {
+        makeSurface(rasterizer);
+        return;
+    }
+    showReason(reason);
+    auto view = std::make_unique<FollowedView<StoredPlotView>>([this] { follow(); });
+    m_showsSomething = [stored = view.get()] { return !stored->ranges().empty(); };
+    m_storedView = std::move(view);
+    m_view = m_storedView.get();
+}
+
+void PlotTab::makeSurface(TextRasterizer& rasterizer) {
+    m_surface = new QtGlSurface(m_ui.glContainer);
+    m_surface->setObjectName("glView");
+    m_surface->setAccessibleName(tr("Plot"));
+    m_surface->setToolTip(tr("Drag to turn, wheel to come nearer, double click to reset"));
+    m_surface->setFocusPolicy(Qt::StrongFocus);
+    m_surface->setContextMenuPolicy(Qt::ActionsContextMenu);
+    m_surface->installEventFilter(this);
+    m_ui.glLayout->addWidget(m_surface);
+    new PlotMouse(m_document, *m_surface, this);
+    new PictureCommands(m_document, *m_surface, this);
+    m_surface->addAction(m_menu.actionResetCamera);
+    auto view = std::make_unique<FollowedView<OpenGLPlotView>>([this] { follow(); }, *m_surface, rasterizer);
+    m_showsSomething = [drawn = view.get()] { return !drawn->ranges().empty(); };
+    m_view = view.get();
+    m_surface->setClient(std::move(view));
+}
+
+void PlotTab::showReason(const std::string& reason) {
+    auto* label = new QLabel(
+        qtText(reason) + '\n' +
+            tr("Install a graphics driver with OpenGL 2.1, or start Orrery on another display. Everything else works."),
+        m_ui.glContainer);
+    label->setObjectName("noOpenGL");
+    label->setAlignment(Qt::AlignCenter);
+    label->setWordWrap(true);
+    m_ui.glLayout->addWidget(label);
+}
+
+void PlotTab::connectTabs() {
+    connect(m_ui.tabView, &QTabWidget::currentChanged, this, [this] {
+        const bool plot = m_ui.tabView->currentWidget() == m_ui.plotTab;
+        m_document.tabViewDidSelectTabViewItem(plot ? plotIdentifier : setupIdentifier);
+    });
+    connect(m_menu.actionShowSetup, &QAction::triggered, this,
+            [this] { m_ui.tabView->setCurrentWidget(m_ui.setupTab); });
+    connect(m_menu.actionShowPlot, &QAction::triggered, this, [this] { m_ui.tabView->setCurrentWidget(m_ui.plotTab); });
+}
+
+void PlotTab::addOutlets(DocumentOutlets& outlets) {
+    outlets.glView = m_view;
+    outlets.independentVariableSettings = &m_sweepSettings;
+    outlets.dependentVariableSettings = &m_responseSettings;
+    outlets.yRotationSlider = &m_camera.rotationSlider();
+}
+
+void PlotTab::refresh() {
+    m_sweepSettings.reloadData();
+    m_responseSettings.reloadData();
+    follow();
+}
+
+/// The column scrolls up and down alone: it is never narrower than what is in it.
+void PlotTab::fitColumn() {
+    m_ui.plotControls->setMinimumWidth(m_ui.plotControlsContents->minimumSizeHint().width() +
+                                       m_ui.plotControls->verticalScrollBar()->sizeHint().width());
+}
+
+void PlotTab::setCameraBounds() {
+    m_camera.setLightBounds();
+}
+
+bool PlotTab::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == m_ui.plotControlsContents) {
+        if (event->type() == QEvent::LayoutRequest) fitColumn();
+    } else if (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut) {
+        // The frame around the view shows that the keys go there.
+        m_ui.glContainer->setAutoFillBackground(true);
+        m_ui.glContainer->setBackgroundRole(event->type() == QEvent::FocusIn ? QPalette::Highlight : QPalette::Window);
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+/// With everything that asks for a redraw.
+void PlotTab::follow() {
+    m_camera.follow();
+    showNotice();
+}
+
+void PlotTab::showNotice() {
+    const QString text = notice();
+    m_ui.plotNotice->setText(text);
+    m_ui.plotNoticeRow->setVisible(!text.isEmpty());
+    m_ui.plotNewResults->setVisible(newResultsWait());
+}
+
+/// Whether there are results that the choice would draw and the plot does not show yet.
+bool PlotTab::newResultsWait() const {
+    const bool chosen = PlotChoices{m_document.independentVariables(), m_document.dependentVariables()}.chosen();
+    return m_document.plotIsOutdated() && !m_document.independentVariables().empty() && (chosen || m_showsSomething());
+}
+
+QString PlotTab::notice() const {
+    if (m_document.independentVariables().empty()) return noResultsText(m_document);
+    if (newResultsWait()) {
+        return m_showsSomething() ? tr("The plot shows an earlier run.") : tr("The new results are not plotted yet.");
+    }
+    return m_showsSomething() ? QString() : tr("Choose an axis and a response to see a plot.");
+}
 
 } // namespace orrery

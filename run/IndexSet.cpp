@@ -1,7 +1,10 @@
 #include "run/IndexSet.h"
 
+#include "run/SweepVariables.h"
+
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace orrery {
 
@@ -30,6 +33,17 @@ std::uint32_t heldIndex(const IndependentVariable& variable) {
     }
     const std::uint32_t last = variable.stridesPerCycle() - 1;
     return index < static_cast<float>(last) ? static_cast<std::uint32_t>(index) : last;
+}
+
+float heldValueAt(const IndependentVariable& variable, std::uint32_t index) {
+    constexpr int mostRoundings = 64;
+    IndependentVariable held = variable;
+    held.setConstant(valueAtIndex(variable, index));
+    const float onward = std::copysign(std::numeric_limits<float>::infinity(), variable.step());
+    for (int i = 0; i < mostRoundings && heldIndex(held) < index; ++i) {
+        held.setConstant(std::nextafter(held.constant(), onward));
+    }
+    return held.constant();
 }
 
 std::vector<std::uint32_t> currentIndexSet(std::span<const IndependentVariable> variables) {

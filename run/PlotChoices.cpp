@@ -1,6 +1,6 @@
 #include "run/PlotChoices.h"
 
-#include "run/SweepVariables.h"
+#include "run/IndexSet.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -11,7 +11,7 @@ namespace {
 
 bool onGrid(const IndependentVariable& variable, float value) {
     if (variable.stridesPerCycle() == 0) return false;
-    const float last = valueAtIndex(variable, variable.stridesPerCycle() - 1);
+    const float last = heldValueAt(variable, variable.stridesPerCycle() - 1);
     return value >= std::min(variable.start(), last) && value <= std::max(variable.start(), last);
 }
 

@@ -1,0 +1,20 @@
+#include "app/ElidedLabel.h"
+
+#include <QPainter>
+#include <QStyle>
+
+namespace orrery {
+
+QSize ElidedLabel::minimumSizeHint() const {
+    constexpr int fewCharacters = 6;
+    return {fontMetrics().averageCharWidth() * fewCharacters, QLabel::minimumSizeHint().height()};
+}
+
+void ElidedLabel::paintEvent(QPaintEvent* /*event*/) {
+    QPainter painter(this);
+    const QString shown = fontMetrics().elidedText(text(), Qt::ElideLeft, contentsRect().width());
+    style()->drawItemText(&painter, contentsRect(), static_cast<int>(alignment() | Qt::TextSingleLine), palette(),
+                          isEnabled(), shown, foregroundRole());
+}
+
+} // namespace orrery

@@ -1,0 +1,105 @@
+#include "app/ResponseSettings.h"
+
+#include "app/GuardedPlot.h"
+#include "app/QtColor.h"
+#include "platform/qt/QtText.h"
+#include "ui_MyDocument.h"
+
+#include <QColorDialog>
+#include <algorithm>
+
+namespace orrery {
+
+namespace {
+
+constexpr std::size_t manyRows = 8; // more scroll by themselves
+
+} // namespace
+
+ResponseSettings::ResponseSettings(MyDocument& document, Ui::MyDocument& ui)
+    : m_document(document), m_ui(ui),
+      m_rows(ui.dependentVariableLayout, [this](std::size_t number) { return makeRow(number); }) {
+    connect(ui.responseFilter, &QLineEdit::textChanged, this, [this] { applyFilter(); });
+    connect(ui.responsesAll, &QPushButton::clicked, this, [this] { includeListed(true); });
+    connect(ui.responsesNone, &QPushButton::clicked, this, [this] { includeListed(false); });
+}
+
+ResponseVariableRow* ResponseSettings::makeRow(std::size_t number) {
+    auto* row = new ResponseVariableRow(number, m_ui.dependentVariableSettings);
+    connect(row, &ResponseVariableRow::included, this,
+            [this, number](bool drawn) { change(number, "includep", drawn); });
+    connect(row, &ResponseVariableRow::scaleTyped, this,
+            [this, number](float scale) { change(number, "scale", scale); });
+    connect(row, &ResponseVariableRow::colorAsked, this, [this, number] { chooseColor(number); });
+    return row;
+}
+
+void ResponseSettings::reloadData() {
+    m_rows.resize(m_document.dependentVariables().size());
+    showRows();
+    m_ui.dependentVariableTitle->setVisible(m_rows.size() > 0);
+    m_ui.responseTools->setVisible(m_rows.size() > 1);
+    m_ui.responseFilter->setVisible(m_rows.size() > manyRows);
+    if (m_rows.size() <= manyRows) m_ui.responseFilter->clear();
+    applyFilter();
+    fitHeight();
+}
+
+void ResponseSettings::change(std::size_t row, const char* key, ResponseVariable::Value value) {
+    changeRecord(m_document.dependentVariables()[row], key, std::move(value));
+}
+
+/// A copy of a response is the same record: this one's place in the list may be gone.
+void ResponseSettings::changeRecord(ResponseVariable record, const char* key, ResponseVariable::Value value) {
+    guardedPlot(m_document, [&] {
+        record.setValue(key, std::move(value));
+        m_document.updateScale();
+    });
+    showRows(); // others may share the record
+}
+
+void ResponseSettings::chooseColor(std::size_t row) {
+    const ResponseVariable record = m_document.dependentVariables()[row];
+    auto* dialog = new QColorDialog(qtColor(record.color()), m_rows[row].window());
+    dialog->setObjectName("colorDialog");
+    dialog->setWindowTitle(tr("Colour of %1").arg(qtText(record.name())));
+    dialog->setOption(QColorDialog::DontUseNativeDialog);
+    dialog->setWindowModality(Qt::WindowModal);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(dialog, &QColorDialog::colorSelected, this,
+            [this, record](const QColor& chosen) { changeRecord(record, "color", coreColor(chosen)); });
+    dialog->open();
+}
+
+void ResponseSettings::includeListed(bool drawn) {
+    guardedPlot(m_document, [&] {
+        for (std::size_t row = 0; row < m_rows.size(); ++row) {
+            if (!m_rows[row].isHidden()) m_document.dependentVariables()[row].setValue("includep", drawn);
+        }
+        m_document.updateScale();
+    });
+    showRows();
+}
+
+void ResponseSettings::showRows() {
+    const auto& variables = m_document.dependentVariables();
+    for (std::size_t row = 0; row < std::min(m_rows.size(), variables.size()); ++row) {
+        m_rows[row].show(variables[row]);
+    }
+}
+
+void ResponseSettings::applyFilter() {
+    for (std::size_t row = 0; row < m_rows.size(); ++row) {
+        m_rows[row].setVisible(m_rows[row].accessibleName().contains(m_ui.responseFilter->text(), Qt::CaseInsensitive));
+    }
+}
+
+/// As high as the rows are, up to a number of rows that leaves the rest of the column in sight.
+void ResponseSettings::fitHeight() {
+    const auto shown = static_cast<int>(std::min(m_rows.size(), manyRows));
+    const int rowHeight = m_rows.size() == 0 ? 0 : m_rows[0].sizeHint().height();
+    m_ui.responseScroll->setFixedHeight(shown * (rowHeight + m_ui.dependentVariableLayout->spacing()));
+    m_ui.responseScroll->setVisible(shown > 0);
+}
+
+} // namespace orrery

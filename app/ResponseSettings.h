@@ -1,0 +1,43 @@
+#pragma once
+
+#include "app/ResponseVariableRow.h"
+#include "app/RowList.h"
+#include "document/MyDocument.h"
+
+#include <QObject>
+#include <functional>
+
+QT_BEGIN_NAMESPACE
+namespace Ui {
+class MyDocument;
+} // namespace Ui
+QT_END_NAMESPACE
+
+namespace orrery {
+
+/// One row per response variable of the document, with a filter and buttons for all of them where there are many.
+class ResponseSettings : public QObject, public SettingsRows {
+    Q_OBJECT
+
+public:
+    ResponseSettings(MyDocument& document, Ui::MyDocument& ui);
+
+    void reloadData() override;
+    void setControlEnabled(std::size_t /*row*/, int /*tag*/, bool /*enabled*/) override {} // all stay enabled
+
+private:
+    ResponseVariableRow* makeRow(std::size_t number);
+    void change(std::size_t row, const char* key, ResponseVariable::Value value);
+    void changeRecord(ResponseVariable record, const char* key, ResponseVariable::Value value);
+    void chooseColor(std::size_t row);
+    void includeListed(bool drawn);
+    void showRows();
+    void applyFilter();
+    void fitHeight();
+
+    MyDocument& m_document;
+    Ui::MyDocument& m_ui;
+    RowList<ResponseVariableRow> m_rows;
+};
+
+} // namespace orrery

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "run/ResponseVariable.h"
+
+#include <QWidget>
+
+class QCheckBox;
+class QLineEdit;
+class QToolButton;
+
+namespace orrery {
+
+class ElidedLabel;
+
+/// The controls of one response variable: whether it is drawn, its scale and its colour. Signals come from the user
+/// alone.
+class ResponseVariableRow : public QWidget {
+    Q_OBJECT
+
+public:
+    ResponseVariableRow(std::size_t number, QWidget* parent);
+
+    void show(const ResponseVariable& variable);
+
+signals:
+    void included(bool drawn);
+    void scaleTyped(float scale);
+    void colorAsked();
+
+protected:
+    void mouseReleaseEvent(QMouseEvent* event) override; // on the name: as on the check box
+
+private:
+    void makeControls();
+    void nameControls(std::size_t number);
+    void showColor(const Color& color);
+    void valueTyped();
+
+    QCheckBox* m_include;
+    ElidedLabel* m_name;
+    QLineEdit* m_scale;
+    QToolButton* m_color;
+    QString m_shownScale; // in the field, until the user types
+};
+
+} // namespace orrery

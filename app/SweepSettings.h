@@ -1,0 +1,37 @@
+#pragma once
+
+#include "app/RowList.h"
+#include "app/SweepVariableRow.h"
+#include "document/MyDocument.h"
+
+#include <QLabel>
+#include <QObject>
+
+namespace orrery {
+
+/// One row per sweep variable of the document, or a word of why there is none.
+class SweepSettings : public QObject, public SettingsRows {
+    Q_OBJECT
+
+public:
+    SweepSettings(MyDocument& document, QWidget& place);
+
+    void reloadData() override;
+    void setControlEnabled(std::size_t row, int tag, bool enabled) override;
+
+private:
+    SweepVariableRow* makeRow(std::size_t number);
+    void chooseRole(std::size_t row, std::uint32_t function);
+    void hold(std::size_t row, int tag, float constant);
+    void showRows();
+
+    MyDocument& m_document;
+    QWidget& m_place;
+    QLabel* m_empty; // instead of rows
+    RowList<SweepVariableRow> m_rows;
+};
+
+/// What a person reads where results would be.
+[[nodiscard]] QString noResultsText(MyDocument& document);
+
+} // namespace orrery

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "run/IndependentVariable.h"
+
+#include <QWidget>
+#include <cstdint>
+
+class QComboBox;
+class QLineEdit;
+class QSlider;
+
+namespace orrery {
+
+class ElidedLabel;
+
+/// The controls of one sweep variable: its role in the plot (tag 3) and, while it lies on no axis, the value at which
+/// it is held: a slider over the grid's values (tag 2) and a field (tag 1). Signals come from the user alone.
+class SweepVariableRow : public QWidget {
+    Q_OBJECT
+
+public:
+    SweepVariableRow(std::size_t number, QWidget* parent);
+
+    void show(const IndependentVariable& variable);
+    void setControlEnabled(int tag, bool enabled);
+
+signals:
+    void roleChosen(std::uint32_t function);
+    void heldIndexChosen(std::uint32_t index);
+    void heldValueTyped(float value);
+
+private:
+    void makeControls();
+    void nameControls(std::size_t number);
+    void describe(const IndependentVariable& variable);
+    void valueTyped();
+
+    ElidedLabel* m_name;
+    QComboBox* m_role;
+    QSlider* m_slider;
+    QLineEdit* m_field;
+    QString m_shownValue; // in the field, until the user types
+};
+
+} // namespace orrery
