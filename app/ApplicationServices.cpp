@@ -25,6 +25,7 @@ DocumentServices ApplicationServices::forDocuments() {
     services.run.enginePath = [] { return pathForAuxiliaryExecutable("Zephyr"); };
     services.run.temporaryDirectory = m_temporaryDirectory;
     services.userDefaults = m_defaults.get();
+    services.namedServices = &m_namedServices;
     return services;
 }
 

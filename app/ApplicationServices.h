@@ -3,6 +3,7 @@
 #include "document/MyDocument.h"
 #include "platform/UserDefaults.h"
 #include "platform/native/PosixChildProcess.h"
+#include "platform/qt/QtNamedServices.h"
 #include "platform/qt/QtRunLoop.h"
 #include "platform/qt/QtTextRasterizer.h"
 
@@ -30,6 +31,7 @@ private:
     PosixChildProcessLauncher m_launcher{m_loop};
     std::unique_ptr<UserDefaults> m_defaults;
     QtTextRasterizer m_rasterizer;
+    QtNamedServices m_namedServices;
     std::string m_temporaryDirectory;
 };
 
