@@ -32,6 +32,7 @@ DocumentWindow::DocumentWindow(ApplicationServices& services, std::unique_ptr<My
     setObjectName(qtText(MyDocument::windowNibName()));
     m_menu->setupUi(this);
     m_ui->setupUi(this);
+    m_openPanel.setWords(tr("Choose a model"), tr("Models"));
     m_setupTab = std::make_unique<SetupTab>(*m_document, *m_ui, *m_menu);
     m_plotTab = std::make_unique<PlotTab>(*m_document, *m_ui, *m_menu, m_services.rasterizer());
     m_runPanel = std::make_unique<RunPanel>(*m_document, *m_ui, *m_menu);

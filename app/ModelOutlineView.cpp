@@ -1,1 +1,152 @@
 #include "app/ModelOutlineView.h"
+
+#include "app/DragPicture.h"
+#include "app/EmptyStateText.h"
+#include "app/ModelOutlineModel.h"
+#include "document/MyDocument.h"
+#include "platform/qt/QtPasteboard.h"
+#include "platform/qt/QtText.h"
+
+#include <QDrag>
+#include <QMimeData>
+#include <QScopedValueRollback>
+#include <algorithm>
+
+namespace orrery {
+
+namespace {
+
+constexpr std::size_t fewNodes = 60;             // a model of that size is shown wide open
+constexpr std::size_t mostExpandedAtOnce = 2000; // by a filter: nobody reads more
+
+} // namespace
+
+ModelOutlineView::ModelOutlineView(QWidget* parent) : QTreeView(parent), m_model(new ModelOutlineModel(this)) {
+    setModel(m_model);
+    setContextMenuPolicy(Qt::ActionsContextMenu);
+    connect(this, &QTreeView::expanded, this, [this](const QModelIndex& index) { rememberExpanded(index, true); });
+    connect(this, &QTreeView::collapsed, this, [this](const QModelIndex& index) { rememberExpanded(index, false); });
+}
+
+void ModelOutlineView::setDocument(const MyDocument& document) {
+    m_document = &document;
+    reloadData();
+}
+
+void ModelOutlineView::release() {
+    setModel(nullptr);
+    m_document = nullptr;
+}
+
+void ModelOutlineView::reloadData() {
+    if (m_document == nullptr) return;
+    const bool wasEmpty = m_model->shownCount() == 0 && m_model->filter().isEmpty();
+    {
+        const QScopedValueRollback restoring(m_isRestoring, true);
+        m_model->setTree(m_document->modelTree());
+        if (wasEmpty && m_expandedPaths.empty()) expandAtFirst();
+        restoreState();
+    }
+    emit selectedNodesChanged();
+}
+
+void ModelOutlineView::setFilter(const QString& text) {
+    {
+        const QScopedValueRollback restoring(m_isRestoring, true);
+        m_model->setFilter(text);
+        restoreState();
+    }
+    emit selectedNodesChanged();
+}
+
+void ModelOutlineView::expandAtFirst() {
+    const bool isSmall = m_model->shownCount() <= fewNodes;
+    std::vector<QModelIndex> toExpand{QModelIndex()};
+    while (!toExpand.empty()) {
+        const QModelIndex parent = toExpand.back();
+        toExpand.pop_back();
+        for (int row = 0; row < m_model->rowCount(parent); ++row) {
+            const QModelIndex child = m_model->index(row, 0, parent);
+            m_expandedPaths.insert(m_model->path(child));
+            if (isSmall) toExpand.push_back(child);
+        }
+    }
+}
+
+/// After the model was replaced or filtered: everything that a view knows of it is gone.
+void ModelOutlineView::restoreState() {
+    if (m_model->filter().isEmpty()) {
+        for (const std::string& path : m_expandedPaths) {
+            setExpanded(m_model->indexForPath(path), true);
+        }
+    } else {
+        const std::vector<QModelIndex> found = m_model->ancestorsOfMatches();
+        for (std::size_t each = 0; each < std::min(found.size(), mostExpandedAtOnce); ++each) {
+            setExpanded(found[each], true);
+        }
+    }
+    if (const QModelIndex current = m_model->indexForPath(m_currentPath); current.isValid()) {
+        setCurrentIndex(current);
+        scrollTo(current);
+    }
+}
+
+void ModelOutlineView::rememberExpanded(const QModelIndex& index, bool isNowExpanded) {
+    if (m_isRestoring || !m_model->filter().isEmpty()) return;
+    if (isNowExpanded) {
+        m_expandedPaths.insert(m_model->path(index));
+    } else {
+        m_expandedPaths.erase(m_model->path(index));
+    }
+}
+
+void ModelOutlineView::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
+    if (!m_isRestoring && current.isValid()) m_currentPath = m_model->path(current);
+    QTreeView::currentChanged(current, previous);
+}
+
+void ModelOutlineView::selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) {
+    QTreeView::selectionChanged(selected, deselected);
+    if (!m_isRestoring) emit selectedNodesChanged();
+}
+
+std::vector<const ModelNode*> ModelOutlineView::selectedNodes() const {
+    QModelIndexList indexes = selectedIndexes();
+    std::ranges::sort(indexes, {}, [this](const QModelIndex& index) { return visualRect(index).top(); });
+    std::vector<const ModelNode*> nodes;
+    for (const QModelIndex& index : indexes) {
+        nodes.push_back(m_model->node(index));
+    }
+    return nodes;
+}
+
+void ModelOutlineView::startDrag(Qt::DropActions /*supportedActions*/) {
+    const std::vector<const ModelNode*> nodes = selectedNodes();
+    if (m_document == nullptr || nodes.empty()) return;
+    const QString name = qtText(nodes.front()->name()); // the tree may be another one when the drag ends
+    auto* carried = new QMimeData;
+    QtPasteboard pasteboard(carried);
+    if (!m_document->outlineViewWriteItems(nodes, pasteboard)) {
+        delete carried;
+        return;
+    }
+    auto* drag = new QDrag(this);
+    drag->setMimeData(carried);
+    drag->setPixmap(dragPicture(*this, name));
+    drag->setHotSpot(QPoint(-12, -6));
+    drag->exec(Qt::CopyAction, Qt::CopyAction);
+}
+
+QString ModelOutlineView::emptyStateText() const {
+    if (!m_model->filter().isEmpty()) return tr("Nothing in the model holds “%1”").arg(m_model->filter());
+    if (m_document == nullptr || m_document->modelFilePath().empty())
+        return tr("Choose a model file\n(Setup > Choose Model…)");
+    return tr("The model could not be read, or holds no parts");
+}
+
+void ModelOutlineView::paintEvent(QPaintEvent* event) {
+    QTreeView::paintEvent(event);
+    if (m_model->rowCount() == 0) drawEmptyState(*this, emptyStateText());
+}
+
+} // namespace orrery

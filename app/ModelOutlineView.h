@@ -1,15 +1,57 @@
 #pragma once
 
+#include "platform/Outlets.h"
+
 #include <QTreeView>
+#include <functional>
+#include <set>
+#include <string>
+#include <vector>
 
 namespace orrery {
 
-/// The model's tree.
-class ModelOutlineView : public QTreeView {
+struct ModelNode;
+class ModelOutlineModel;
+class MyDocument;
+
+/// The model's tree: shows it, filters it, and lets ports be dragged out of it.
+///
+/// What is expanded and which node is current are kept by path when the model is imported again or filtered.
+class ModelOutlineView : public QTreeView, public ListView {
     Q_OBJECT
 
 public:
-    using QTreeView::QTreeView;
+    explicit ModelOutlineView(QWidget* parent = nullptr);
+    void setDocument(const MyDocument& document);
+    void release(); // the document goes
+
+    void reloadData() override;
+    void selectRows(const std::vector<std::size_t>& /*rows*/) override {} // the document selects nothing here
+    void setFilter(const QString& text);
+
+    /// The selected nodes in the order in which they are shown.
+    [[nodiscard]] std::vector<const ModelNode*> selectedNodes() const;
+
+signals:
+    void selectedNodesChanged();
+
+protected:
+    void startDrag(Qt::DropActions supportedActions) override;
+    void paintEvent(QPaintEvent* event) override;
+    void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
+    void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
+
+private:
+    void rememberExpanded(const QModelIndex& index, bool isNowExpanded);
+    void restoreState();
+    void expandAtFirst();
+    [[nodiscard]] QString emptyStateText() const;
+
+    const MyDocument* m_document = nullptr;
+    ModelOutlineModel* m_model;
+    bool m_isRestoring = false;
+    std::set<std::string, std::less<>> m_expandedPaths; // without a filter
+    std::string m_currentPath;
 };
 
 } // namespace orrery

@@ -1,15 +1,157 @@
 #include "app/SetupTab.h"
 
+#include "app/EditCommands.h"
+#include "app/EscapeFilter.h"
+#include "app/ModelOutlineView.h"
+#include "app/NodeIcons.h"
+#include "app/PortTableView.h"
+#include "app/UndoPassThrough.h"
+#include "platform/qt/OptionalDateEdit.h"
+#include "platform/qt/QtText.h"
 #include "ui_MainMenu.h"
 #include "ui_MyDocument.h"
 
 namespace orrery {
 
+namespace {
+
+/// The outline as the document knows it: when its tree is another one, what is known of the lists' ports is void.
+class ModelOutlet : public ListView {
+public:
+    ModelOutlet(Ui::MyDocument& ui, PortFaults& faults) : m_ui(ui), m_faults(faults) {}
+
+    void reloadData() override {
+        m_ui.outlineView->reloadData();
+        m_faults.forget();
+        for (PortTableView* table : {m_ui.outputTable, m_ui.inputTable, m_ui.stepperTable}) {
+            table->reloadData();
+        }
+    }
+    void selectRows(const std::vector<std::size_t>& rows) override { m_ui.outlineView->selectRows(rows); }
+
+private:
+    Ui::MyDocument& m_ui;
+    PortFaults& m_faults;
+};
+
+} // namespace
+
 SetupTab::SetupTab(MyDocument& document, Ui::MyDocument& ui, Ui::MainMenu& menu)
-    : m_document(document), m_ui(ui), m_menu(menu) {}
+    : m_document(document), m_ui(ui), m_faults(document),
+      m_outline(std::make_unique<ModelOutlet>(ui, m_faults)), m_settings{{setup_key::runLength, ui.runLength},
+                                                                         {setup_key::stepsPerDay, ui.stepsPerDay},
+                                                                         {setup_key::reportStep, ui.reportStep},
+                                                                         {setup_key::dimensions, ui.dimensions},
+                                                                         {setup_key::gcd, ui.gcd}} {
+    m_ui.outlineView->setDocument(document);
+    m_ui.outputTable->setDocument(document, PortList::Outputs, m_faults);
+    m_ui.inputTable->setDocument(document, PortList::Initializations, m_faults);
+    m_ui.stepperTable->setDocument(document, PortList::Steppers, m_faults);
+    m_commands = std::make_unique<EditCommands>(document, ui, menu);
+    layOut();
+    connectSettings();
+    connectTables();
+}
 
-void SetupTab::addOutlets(DocumentOutlets& /*outlets*/) {}
+/// The window's widgets outlive the document.
+SetupTab::~SetupTab() {
+    m_ui.outlineView->release();
+    for (PortTableView* table : {m_ui.outputTable, m_ui.inputTable, m_ui.stepperTable}) {
+        table->release();
+    }
+}
 
-void SetupTab::refresh() {}
+void SetupTab::addOutlets(DocumentOutlets& outlets) {
+    outlets.outlineView = m_outline.get();
+    outlets.outputTable = m_ui.outputTable;
+    outlets.inputTable = m_ui.inputTable;
+    outlets.stepperTable = m_ui.stepperTable;
+}
+
+void SetupTab::layOut() {
+    m_ui.mainSplitter->setStretchFactor(0, 0);
+    m_ui.mainSplitter->setStretchFactor(1, 1);
+    m_ui.mainSplitter->setSizes({240, 760});
+    m_ui.workSplitter->setStretchFactor(0, 1);
+    m_ui.workSplitter->setStretchFactor(1, 0);
+    m_ui.outputTable->setEmptyStateText(tr("Drag output ports here"));
+    m_ui.inputTable->setEmptyStateText(tr("Drag input ports here to give them a first value"));
+    m_ui.stepperTable->setEmptyStateText(tr("Drag input ports here to sweep them from start by step to stop"));
+    const int iconSize = m_ui.sweepProblems->fontMetrics().height();
+    m_ui.sweepProblemsIcon->setPixmap(
+        warningIcon().pixmap(QSize(iconSize, iconSize), m_ui.setupTab->devicePixelRatioF()));
+}
+
+void SetupTab::connectSettings() {
+    for (const Setting& setting : m_settings) {
+        letUndoPassThrough(*setting.field);
+        letEscapeDo(*setting.field, [this, setting] {
+            setting.field->setText(qtText(m_document.theDictionary().textOrEmpty(setting.key)));
+        });
+        connect(setting.field, &QLineEdit::editingFinished, this, [this, setting] { commit(setting); });
+    }
+    letEscapeDo(*m_ui.modelFilter, [this] { m_ui.modelFilter->clear(); });
+    letUndoPassThrough(*m_ui.modelFilter);
+    for (QWidget* part : m_ui.startDay->findChildren<QWidget*>()) {
+        letUndoPassThrough(*part);
+    }
+    connect(m_ui.startDay, &OptionalDateEdit::edited, this, [this] { m_document.editStartDay(m_ui.startDay->date()); });
+    connect(m_ui.selectModel, &QPushButton::clicked, this, [this] { m_document.selectModel(); });
+    connect(m_ui.modelFilter, &QLineEdit::textChanged, m_ui.outlineView, &ModelOutlineView::setFilter);
+}
+
+void SetupTab::connectTables() {
+    using Command = void (MyDocument::*)(int);
+    const auto connectButtons = [this](QToolButton* add, QToolButton* remove, Command command) {
+        connect(add, &QToolButton::clicked, this, [this, command] { (m_document.*command)(0); });
+        connect(remove, &QToolButton::clicked, this, [this, command] { (m_document.*command)(1); });
+    };
+    connectButtons(m_ui.addOutput, m_ui.removeOutput, &MyDocument::addOrRemoveOutput);
+    connectButtons(m_ui.addInitialization, m_ui.removeInitialization, &MyDocument::addOrRemoveInitialization);
+    connectButtons(m_ui.addStepper, m_ui.removeStepper, &MyDocument::addOrRemoveStepper);
+}
+
+/// The field is set anew: what was typed is the document's now, and so is its undo.
+void SetupTab::commit(const Setting& setting) {
+    if (!setting.field->isModified()) return;
+    const QString typed = setting.field->text();
+    setting.field->setModified(false);
+    m_document.editText(setting.key, coreText(typed));
+    setting.field->setText(typed);
+}
+
+void SetupTab::refresh() {
+    showModelPath();
+    showSettings();
+    showSweep();
+    m_commands->validate();
+}
+
+void SetupTab::showModelPath() {
+    const QString path = qtText(m_document.theDictionary().textOrEmpty(setup_key::modelPath));
+    if (m_ui.modelPath->text() != path) m_ui.modelPath->setText(path);
+    m_ui.modelPath->setToolTip(path.isEmpty() ? tr("The model file that is run") : path);
+}
+
+void SetupTab::showSettings() {
+    for (const Setting& setting : m_settings) {
+        if (setting.field->hasFocus() && setting.field->isModified()) continue; // it is being edited
+        const QString text = qtText(m_document.theDictionary().textOrEmpty(setting.key));
+        if (setting.field->text() != text) setting.field->setText(text);
+    }
+    const std::optional<Date> startDay = m_document.theDictionary().startDay();
+    if (m_ui.startDay->date() != startDay) m_ui.startDay->setDate(startDay);
+}
+
+void SetupTab::showSweep() {
+    const SweepSummary summary = m_document.sweepSummary();
+    m_ui.sweepSize->setText(qtText(summary.size));
+    QStringList problems;
+    for (const std::string& problem : summary.problems) {
+        problems << qtText(problem);
+    }
+    m_ui.sweepProblems->setText(problems.join('\n'));
+    m_ui.problemsPanel->setVisible(!problems.isEmpty());
+}
 
 } // namespace orrery

@@ -1,9 +1,14 @@
 #pragma once
 
+#include "app/PortFaults.h"
 #include "document/MyDocument.h"
-#include "platform/TextRasterizer.h"
 
 #include <QObject>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+class QLineEdit;
 
 QT_BEGIN_NAMESPACE
 namespace Ui {
@@ -14,19 +19,39 @@ QT_END_NAMESPACE
 
 namespace orrery {
 
+class EditCommands;
+class PortTableView;
+
 /// The setup tab and the model outline: settings, the three tables, and what ties them to the document.
 class SetupTab : public QObject {
     Q_OBJECT
 
 public:
     SetupTab(MyDocument& document, Ui::MyDocument& ui, Ui::MainMenu& menu);
+    ~SetupTab() override;
     void addOutlets(DocumentOutlets& outlets);
-    void refresh();
+    void refresh(); // the setup or the model changed
 
 private:
+    struct Setting {
+        std::string_view key;
+        QLineEdit* field;
+    };
+
+    void layOut();
+    void connectSettings();
+    void connectTables();
+    void commit(const Setting& setting);
+    void showSettings();
+    void showModelPath();
+    void showSweep();
+
     MyDocument& m_document;
     Ui::MyDocument& m_ui;
-    Ui::MainMenu& m_menu;
+    PortFaults m_faults;
+    std::unique_ptr<ListView> m_outline; // the outline, and what else depends on the model
+    std::vector<Setting> m_settings;
+    std::unique_ptr<EditCommands> m_commands;
 };
 
 } // namespace orrery

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "document/MyDocument.h"
+
+#include <QObject>
+#include <QPointer>
+
+class QAction;
+
+QT_BEGIN_NAMESPACE
+namespace Ui {
+class MainMenu;
+class MyDocument;
+} // namespace Ui
+QT_END_NAMESPACE
+
+namespace orrery {
+
+class PortTableView;
+
+/// The commands of the Setup menu, and undo, redo and the model's filter in the Edit menu; the tables and the outline
+/// offer theirs in context menus too.
+class EditCommands : public QObject {
+    Q_OBJECT
+
+public:
+    EditCommands(MyDocument& document, Ui::MyDocument& ui, Ui::MainMenu& menu);
+    void validate(); // enables what can be done now, and names what would be undone
+
+private:
+    void connectCommands();
+    void addContextMenus();
+    void focusChanged(QWidget* now);
+    void addSelectedPorts(PortList list);
+    [[nodiscard]] bool selectedPortsFit(PortList list) const;
+    void moveRows(int direction);
+    void removeRows();
+    void stepBack(bool redo);
+
+    MyDocument& m_document;
+    Ui::MyDocument& m_ui;
+    Ui::MainMenu& m_menu;
+    QPointer<PortTableView> m_table; // the one that has the focus
+};
+
+} // namespace orrery

@@ -1,0 +1,32 @@
+#include "app/PortCellDelegate.h"
+
+#include "app/PortTableModel.h"
+#include "app/UndoPassThrough.h"
+
+#include <QLineEdit>
+
+namespace orrery {
+
+QWidget* PortCellDelegate::createEditor(QWidget* parent, const QStyleOptionViewItem& /*option*/,
+                                        const QModelIndex& index) const {
+    auto* editor = new QLineEdit(parent);
+    editor->setObjectName("cellEditor");
+    editor->setAccessibleName(index.model()->headerData(index.column(), Qt::Horizontal).toString());
+    editor->setAlignment(Qt::Alignment(index.data(Qt::TextAlignmentRole).toInt()));
+    letUndoPassThrough(*editor);
+    return editor;
+}
+
+void PortCellDelegate::setModelData(QWidget* editor, QAbstractItemModel* model, const QModelIndex& index) const {
+    auto* table = qobject_cast<PortTableModel*>(model);
+    auto* field = qobject_cast<QLineEdit*>(editor);
+    if (table == nullptr || field == nullptr) return;
+    if (const QString reason = table->acceptText(index, field->text()); !reason.isEmpty()) emit refused(index, reason);
+}
+
+void PortCellDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const {
+    QStyledItemDelegate::initStyleOption(option, index);
+    option->textElideMode = Qt::ElideLeft; // the end of a path tells more than its beginning
+}
+
+} // namespace orrery
