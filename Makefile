@@ -1,13 +1,13 @@
 # The front: everything is done by CMake with the presets of CMakePresets.json.
 .DEFAULT_GOAL := help
-.PHONY: help run test bench lint format clean
+.PHONY: help run test screenshots bench lint format clean
 sample := samples/crop-two-steppers.orrery
 plot := build/dev/bin/orrery-batch plot $(sample)
 growth := Farm/Crop/Canopy/Growth
 configured = test -f build/$(1)/build.ninja || cmake --preset $(1)
 
 help: ## Say what there is to make
-	@awk -F ':.*## ' '/^[a-z]+:.*## / { printf "make %-8s %s\n", $$1, $$2 }' Makefile
+	@awk -F ':.*## ' '/^[a-z]+:.*## / { printf "make %-11s %s\n", $$1, $$2 }' Makefile
 
 run: ## Build, run a sample through the engine, print and draw what came out
 	@scripts/install-packages build
@@ -25,6 +25,12 @@ test: ## Build everything and run the tests
 	cmake --preset dev -DORRERY_TESTS=ON -DORRERY_BENCH=OFF
 	cmake --build --preset dev
 	ctest --preset dev
+
+screenshots: ## Fill build/screenshots with pictures of the windows in all their states
+	@scripts/install-packages build test
+	cmake --preset dev -DORRERY_TESTS=ON -DORRERY_BENCH=OFF
+	cmake --build --preset dev --target orrery-screenshots Zephyr
+	ORRERY_SCREENSHOTS=build/screenshots build/dev/bin/orrery-screenshots
 
 bench: ## Measure the hot paths in a release build
 	@scripts/install-packages build bench

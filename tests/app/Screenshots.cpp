@@ -1,0 +1,108 @@
+// Pictures of the application in its states, for people to look at: `make screenshots`.
+#include "app/WindowFixture.h"
+
+#include "platform/qt/QtText.h"
+
+#include <QComboBox>
+#include <QCheckBox>
+#include <QPixmap>
+#include <QPushButton>
+#include <QScreen>
+#include <QTimer>
+#include <cstdlib>
+#include <filesystem>
+
+namespace orrery::test {
+namespace {
+
+class Screenshots : public WindowTest {
+protected:
+    static void save(const std::string& name) {
+        const char* wanted = std::getenv("ORRERY_SCREENSHOTS");
+        const std::string folder = wanted != nullptr ? wanted : ORRERY_BIN "/../screenshots";
+        std::filesystem::create_directories(folder);
+        QTest::qWait(250); // styles fade focus rings and hovers in
+        ASSERT_TRUE(QGuiApplication::primaryScreen()->grabWindow(0).save(qtPath(folder + "/" + name + ".png")));
+    }
+
+    DocumentWindow& openSized(const std::string& sample, QSize size = {1180, 820}) {
+        DocumentWindow& window = open(sample);
+        window.resize(size);
+        window.move(20, 20);
+        return window;
+    }
+
+    static void choose(DocumentWindow& window, const char* chooser, int role) {
+        auto& box = find<QComboBox>(window, chooser);
+        box.setCurrentIndex(role);
+        emit box.activated(role);
+    }
+    static void showPlot(DocumentWindow& window, bool surfaces) {
+        run(window);
+        action(window, "actionShowPlot").trigger();
+        choose(window, "sweepRole2", 1);
+        if (surfaces) choose(window, "sweepRole0", 2);
+        for (const char* response : {"responseInclude0", "responseInclude1", "responseInclude2"}) {
+            find<QCheckBox>(window, response).click();
+        }
+    }
+};
+
+TEST_F(Screenshots, EmptySetup) {
+    DocumentWindow& window = openNew();
+    window.move(20, 20);
+    save("setup-empty");
+}
+
+TEST_F(Screenshots, FilledSetup) {
+    openSized("crop-two-steppers.orrery");
+    save("setup-filled");
+}
+
+TEST_F(Screenshots, SmallWindow) {
+    openSized("crop-two-steppers.orrery", {1024, 700});
+    save("setup-1024x700");
+}
+
+TEST_F(Screenshots, Plots) {
+    DocumentWindow& window = openSized("crop-two-steppers.orrery");
+    action(window, "actionShowPlot").trigger();
+    save("plot-no-results");
+    showPlot(window, false);
+    save("plot-curves");
+    choose(window, "sweepRole0", 2);
+    save("plot-surfaces");
+    window.resize(1024, 700);
+    save("plot-1024x700");
+}
+
+TEST_F(Screenshots, UnsavedRunAlert) {
+    DocumentWindow& window = openSized("crop-two-steppers.orrery");
+    window.document().editText(setup_key::runLength, "90");
+    QTimer::singleShot(0, [] {
+        save("alert-unsaved");
+        QTest::keyClick(QApplication::activeModalWidget(), Qt::Key_Escape);
+    });
+    window.document().runSimulation();
+}
+
+TEST_F(Screenshots, CompanionSheet) {
+    DocumentWindow& window = openSized("crop-two-steppers.orrery");
+    window.document().saveToDorado();
+    save("sheet-dorado");
+}
+
+TEST_F(Screenshots, Dark) {
+    QPalette dark(QColor(0x35, 0x35, 0x35), QColor(0x2b, 0x2b, 0x2b));
+    dark.setColor(QPalette::Highlight, QColor(0x2a, 0x82, 0xda));
+    const QPalette light = QApplication::palette();
+    QApplication::setPalette(dark);
+    DocumentWindow& window = openSized("crop-two-steppers.orrery");
+    save("dark-setup");
+    showPlot(window, true);
+    save("dark-plot");
+    QApplication::setPalette(light);
+}
+
+} // namespace
+} // namespace orrery::test
