@@ -1,23 +1,120 @@
 #include "app/AppController.h"
 
+#include "app/AboutBox.h"
+#include "app/ApplicationMenu.h"
+#include "app/DocumentFiles.h"
+#include "app/DocumentWindow.h"
+#include "app/FilePanels.h"
+#include "app/FrontWindow.h"
+#include "app/PageWindow.h"
+#include "app/PreferencesPanel.h"
+#include "app/StartPanel.h"
+
 #include <QApplication>
 
 namespace orrery {
 
-AppController::AppController(ApplicationServices& services) : m_documents(services) {
+AppController::AppController(ApplicationServices& services)
+    : m_services(services), m_documents(services),
+      m_fileDrops([this](const std::vector<std::string>& files) { openFiles(files); }),
+      m_startPanel(std::make_unique<StartPanel>(*this)) {
     connect(qApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
         if (state == Qt::ApplicationActive) applicationDidBecomeActive();
     });
+    connect(&m_documents, &DocumentController::windowMade, this, [this](DocumentWindow* w) { windowMade(*w); });
+    connect(&m_documents, &DocumentController::windowClosed, this, &AppController::showStartPanelWhenEmpty);
+    connect(m_startPanel.get(), &StartPanel::closed, this, &AppController::quit);
 }
 
-void AppController::openFiles(const QStringList& files) {
-    for (const QString& file : files) {
+AppController::~AppController() {
+    for (const QPointer<PageWindow>& page : m_pages) {
+        delete page;
+    }
+}
+
+void AppController::openFiles(const std::vector<std::string>& files) {
+    for (const std::string& file : files) {
         m_documents.openDocument(file);
     }
 }
 
+void AppController::reopen(const std::vector<std::string>& files) {
+    showStartPanelWhenEmpty();
+    bringToFront(*frontWindow());
+    openFiles(files);
+}
+
+QWidget* AppController::frontWindow() {
+    if (m_documents.windows().empty()) return m_startPanel.get();
+    for (DocumentWindow* window : m_documents.windows()) {
+        if (window->isActiveWindow()) return window;
+    }
+    return m_documents.windows().back();
+}
+
 void AppController::applicationDidBecomeActive() {
     orrery::applicationDidBecomeActive(m_documents.documents());
+}
+
+void AppController::windowMade(DocumentWindow& window) {
+    new ApplicationMenu(*this, window.menu(), window); // the window's child
+    m_startPanel->hide();
+}
+
+void AppController::showStartPanelWhenEmpty() {
+    if (!m_isQuitting && m_documents.windows().empty()) m_startPanel->present();
+}
+
+void AppController::openDocument(QWidget* window) {
+    beginOpenSetupPanel(window, defaults(), [this](const std::vector<std::string>& paths) { openFiles(paths); });
+}
+
+void AppController::preferences() {
+    if (!m_preferences) m_preferences = std::make_unique<PreferencesPanel>(*this);
+    m_preferences->makeKeyAndOrderFront();
+}
+
+void AppController::showReleaseNotes() {
+    showPage(tr("Release Notes"), "orreryreleasenotes.html");
+}
+
+void AppController::showHelp() {
+    showPage(tr("Orrery Help"), "help.html");
+}
+
+void AppController::showPage(const QString& title, const QString& page) {
+    std::erase(m_pages, nullptr);
+    m_pages.emplace_back(new PageWindow(title, QUrl("qrc:/" + page)));
+    bringToFront(*m_pages.back());
+}
+
+void AppController::showAbout(QWidget* window) {
+    beginAboutBox(window);
+}
+
+void AppController::quit() {
+    if (m_isQuitting) return;
+    m_isQuitting = true;
+    m_mayLose.clear();
+    reviewNext();
+}
+
+/// From the first window again after each answer, since a document may be edited while another one is asked about.
+void AppController::reviewNext() {
+    for (DocumentWindow* window : m_documents.windows()) {
+        window->files().commitPendingEdits();
+        if (m_mayLose.contains(window) || window->files().mayCloseUnasked()) continue;
+        bringToFront(*window);
+        window->files().askBeforeClosing([this, window](bool mayClose) {
+            m_isQuitting = mayClose;
+            if (!mayClose) return;
+            if (!window->files().mayCloseUnasked()) m_mayLose.insert(window);
+            reviewNext();
+        });
+        return;
+    }
+    m_documents.closeAll();
+    QCoreApplication::exit(0);
 }
 
 } // namespace orrery

@@ -1,5 +1,6 @@
 #include "app/ApplicationServices.h"
 
+#include "app/Icons.h"
 #include "platform/Files.h"
 #include "platform/TemporaryDirectory.h"
 
@@ -16,6 +17,7 @@ namespace orrery {
 ApplicationServices::ApplicationServices(std::unique_ptr<UserDefaults> defaults)
     : m_defaults(std::move(defaults)), m_temporaryDirectory(temporaryDirectory()) {
     registerResources();
+    useOwnIcons();
 }
 
 DocumentServices ApplicationServices::forDocuments() {

@@ -23,6 +23,7 @@ public:
 
     [[nodiscard]] DocumentServices forDocuments();
     [[nodiscard]] UserDefaults& defaults() { return *m_defaults; }
+    [[nodiscard]] const std::string& temporaryDirectory() const { return m_temporaryDirectory; }
     [[nodiscard]] TextRasterizer& rasterizer() { return m_rasterizer; }
     [[nodiscard]] RunLoop& runLoop() { return m_loop; }
 

@@ -1,19 +1,28 @@
 #include "app/DocumentController.h"
 
+#include "app/DocumentFiles.h"
 #include "app/DocumentWindow.h"
+#include "app/FileNames.h"
+#include "app/FrontWindow.h"
+#include "app/WindowLayout.h"
+#include "platform/Files.h"
 #include "platform/qt/QtAlerts.h"
 #include "platform/qt/QtText.h"
 
+#include <QApplication>
 #include <algorithm>
 #include <exception>
 
 namespace orrery {
 
-DocumentController::DocumentController(ApplicationServices& services) : m_services(services) {}
+DocumentController::DocumentController(ApplicationServices& services)
+    : m_services(services), m_recent(services.defaults()) {}
 
 DocumentController::~DocumentController() {
-    while (!m_windows.empty()) {
-        delete m_windows.back();
+    for (auto* list : {&m_windows, &m_closed}) {
+        while (!list->empty()) {
+            delete list->back();
+        }
     }
 }
 
@@ -32,22 +41,100 @@ DocumentWindow* DocumentController::newDocument() {
 }
 
 DocumentWindow* DocumentController::openDocument(const QString& path) {
+    return openDocument(corePath(path));
+}
+
+DocumentWindow* DocumentController::openDocument(const std::string& path) {
+    if (DocumentWindow* window = windowOf(path)) {
+        bringToFront(*window);
+        return window;
+    }
     auto document = std::make_unique<MyDocument>(m_services.forDocuments());
+    const std::string absolute = absolutePath(path);
     try {
-        document->readFromFile(corePath(path));
+        document->readFromFile(absolute);
     } catch (const std::exception& failure) {
-        (void)QtAlerts(nullptr).runModal({"The document could not be opened.", failure.what()});
+        QtAlerts(QApplication::activeWindow())
+            .beginSheet({"“" + coreText(shownFileName(absolute)) + "” could not be opened.", failure.what()}, {});
         return nullptr;
     }
-    return show(std::move(document));
+    m_recent.note(absolute);
+    DocumentWindow* window = show(std::move(document));
+    if (const std::string& fault = window->document().unparsedFault(); !fault.empty()) {
+        window->alerts().beginSheet({"“" + coreText(shownFileName(absolute)) + "” holds no setup.",
+                                     fault + "\nThe window shows an empty setup. When you save it, the old file is "
+                                             "kept beside it, with “~” behind its name."},
+                                    {});
+    }
+    return window;
+}
+
+void DocumentController::closeAll() {
+    for (DocumentWindow* window : std::vector(m_windows)) {
+        window->closeUnasked();
+    }
 }
 
 DocumentWindow* DocumentController::show(std::unique_ptr<MyDocument> document) {
+    const int number = freeUntitledNumber();
     auto* window = new DocumentWindow(m_services, std::move(document));
+    window->files().setUntitledNumber(number);
+    window->files().setOpenElsewhere([this, window](const std::string& path) {
+        DocumentWindow* other = windowOf(path);
+        return other != nullptr && other != window;
+    });
     m_windows.push_back(window);
-    connect(window, &QObject::destroyed, this, [this, window] { std::erase(m_windows, window); });
+    connect(&window->files(), &DocumentFiles::saved, this, [this, window] { documentSaved(*window); });
+    connect(window, &DocumentWindow::closed, this, [this, window] { documentClosed(*window); });
+    connect(window, &QObject::destroyed, this, [this, window] {
+        std::erase(m_windows, window);
+        std::erase(m_closed, window);
+    });
+    updateTitles();
+    restoreWindowLayout(*window, m_services.defaults());
+    emit windowMade(window);
     window->show();
+    bringToFront(*window);
     return window;
+}
+
+DocumentWindow* DocumentController::windowOf(const std::string& path) const {
+    const auto found = std::ranges::find_if(m_windows, [&](DocumentWindow* window) {
+        const auto its = window->document().filePath();
+        return its && isSameFile(*its, path);
+    });
+    return found == m_windows.end() ? nullptr : *found;
+}
+
+/// The smallest number that no open untitled document has.
+int DocumentController::freeUntitledNumber() const {
+    for (int number = 1;; ++number) {
+        if (std::ranges::none_of(m_windows, [&](auto* window) { return window->files().untitledNumber() == number; })) {
+            return number;
+        }
+    }
+}
+
+void DocumentController::documentSaved(DocumentWindow& window) {
+    if (const auto path = window.document().filePath()) m_recent.note(*path);
+    updateTitles();
+}
+
+void DocumentController::documentClosed(DocumentWindow& window) {
+    keepWindowLayout(window, m_services.defaults());
+    std::erase(m_windows, &window);
+    m_closed.push_back(&window);
+    updateTitles();
+    emit windowClosed();
+}
+
+void DocumentController::updateTitles() {
+    for (DocumentWindow* window : m_windows) {
+        const bool isNamedTwice = std::ranges::any_of(m_windows, [&](DocumentWindow* other) {
+            return other != window && other->files().displayName() == window->files().displayName();
+        });
+        window->files().setTitleShowsFolder(isNamedTwice);
+    }
 }
 
 } // namespace orrery

@@ -1,9 +1,12 @@
 #pragma once
 
 #include "app/ApplicationServices.h"
+#include "app/RecentDocuments.h"
 
 #include <QObject>
 #include <QString>
+#include <memory>
+#include <string>
 #include <vector>
 
 namespace orrery {
@@ -21,16 +24,31 @@ public:
     /// In the order in which they were made.
     [[nodiscard]] std::vector<MyDocument*> documents() const;
     [[nodiscard]] const std::vector<DocumentWindow*>& windows() const { return m_windows; }
+    [[nodiscard]] RecentDocuments& recentDocuments() { return m_recent; }
 
     DocumentWindow* newDocument();
-    /// The window of the document at the path, opened when it was not; nullptr when it cannot be, which is told.
+    /// The window of the document at the path, opened when it was not, and brought to the front; nullptr when it
+    /// cannot be opened, which is told.
+    DocumentWindow* openDocument(const std::string& path);
     DocumentWindow* openDocument(const QString& path);
+    void closeAll(); // without asking
+
+signals:
+    void windowMade(orrery::DocumentWindow* window); // before it is shown
+    void windowClosed();
 
 private:
     DocumentWindow* show(std::unique_ptr<MyDocument> document);
+    [[nodiscard]] DocumentWindow* windowOf(const std::string& path) const;
+    [[nodiscard]] int freeUntitledNumber() const;
+    void documentSaved(DocumentWindow& window);
+    void documentClosed(DocumentWindow& window);
+    void updateTitles();
 
     ApplicationServices& m_services;
-    std::vector<DocumentWindow*> m_windows; // each deletes itself when closed
+    RecentDocuments m_recent;
+    std::vector<DocumentWindow*> m_windows; // open ones
+    std::vector<DocumentWindow*> m_closed;  // go when the event that closed them is over
 };
 
 } // namespace orrery

@@ -1,5 +1,6 @@
 #include "app/DocumentWindow.h"
 
+#include "app/DocumentFiles.h"
 #include "app/PlotTab.h"
 #include "app/RunPanel.h"
 #include "app/SetupTab.h"
@@ -8,6 +9,7 @@
 #include "ui_MainMenu.h"
 #include "ui_MyDocument.h"
 
+#include <QCloseEvent>
 #include <QFileInfo>
 #include <QImageReader>
 #include <QToolBar>
@@ -33,16 +35,18 @@ DocumentWindow::DocumentWindow(ApplicationServices& services, std::unique_ptr<My
     m_menu->setupUi(this);
     m_ui->setupUi(this);
     m_openPanel.setWords(tr("Choose a model"), tr("Models"));
+    setAcceptDrops(true); // of files
+    m_files = std::make_unique<DocumentFiles>(*m_document, *this, m_alerts, m_services.defaults());
     m_setupTab = std::make_unique<SetupTab>(*m_document, *m_ui, *m_menu);
     m_plotTab = std::make_unique<PlotTab>(*m_document, *m_ui, *m_menu, m_services.rasterizer());
     m_runPanel = std::make_unique<RunPanel>(*m_document, *m_ui, *m_menu);
     connectOutlets();
     makeToolbar();
     connectMenu();
-    m_document->setChangeObserver([this] { updateTitle(); });
+    m_document->setChangeObserver([this] { m_files->updateTitle(); });
     m_document->setSetupObserver([this] {
         m_setupTab->refresh();
-        updateTitle();
+        m_files->updateTitle();
         validateCommands();
     });
     m_document->setRunObserver([this] {
@@ -55,7 +59,7 @@ DocumentWindow::DocumentWindow(ApplicationServices& services, std::unique_ptr<My
     m_setupTab->refresh();
     m_plotTab->refresh();
     m_runPanel->refresh();
-    updateTitle();
+    m_files->updateTitle();
     validateCommands();
 }
 
@@ -89,16 +93,25 @@ void DocumentWindow::makeToolbar() {
         action->setProperty("tag", item.tag);
         m_taggedActions.push_back(action);
         connect(action, &QAction::triggered, this, [this, run = item.action == ToolbarAction::RunSimulation] {
-            run ? m_document->runSimulation() : m_document->saveToDorado();
+            run ? runSimulation() : m_document->saveToDorado();
         });
     }
+}
+
+void DocumentWindow::runSimulation() {
+    m_files->commitPendingEdits(); // what is being typed belongs to the run
+    m_document->runSimulation();
 }
 
 void DocumentWindow::connectMenu() {
     m_taggedActions.push_back(m_menu->actionRun);
     m_taggedActions.push_back(m_menu->actionSendToDorado);
     connect(m_menu->menuSimulation, &QMenu::aboutToShow, this, &DocumentWindow::validateCommands);
-    connect(m_menu->actionRun, &QAction::triggered, this, [this] { m_document->runSimulation(); });
+    connect(m_menu->actionSave, &QAction::triggered, this, [this] { m_files->save([](bool) {}); });
+    connect(m_menu->actionSaveAs, &QAction::triggered, this, [this] { m_files->saveAs([](bool) {}); });
+    connect(m_menu->actionRevert, &QAction::triggered, this, [this] { m_files->revert(); });
+    connect(m_menu->actionClose, &QAction::triggered, this, &QWidget::close);
+    connect(m_menu->actionRun, &QAction::triggered, this, &DocumentWindow::runSimulation);
     connect(m_menu->actionSendToDorado, &QAction::triggered, this, [this] { m_document->saveToDorado(); });
 }
 
@@ -118,10 +131,22 @@ void DocumentWindow::changeEvent(QEvent* event) {
     if (event->type() == QEvent::ActivationChange && isActiveWindow()) validateCommands();
 }
 
-void DocumentWindow::updateTitle() {
-    const auto path = m_document->filePath();
-    setWindowTitle((path ? QFileInfo(qtPath(*path)).fileName() : tr("Untitled")) + "[*]");
-    setWindowModified(m_document->hasUnsavedChanges());
+void DocumentWindow::closeUnasked() {
+    m_closesUnasked = true;
+    close();
+}
+
+void DocumentWindow::closeEvent(QCloseEvent* event) {
+    m_files->commitPendingEdits();
+    if (m_closesUnasked || m_files->mayCloseUnasked()) {
+        event->accept();
+        emit closed();
+        return;
+    }
+    event->ignore();
+    m_files->askBeforeClosing([this](bool mayClose) {
+        if (mayClose) closeUnasked();
+    });
 }
 
 } // namespace orrery

@@ -18,6 +18,7 @@ QT_END_NAMESPACE
 
 namespace orrery {
 
+class DocumentFiles;
 class PlotTab;
 class RunPanel;
 class SetupTab;
@@ -32,17 +33,24 @@ public:
     ~DocumentWindow() override;
 
     [[nodiscard]] MyDocument& document() { return *m_document; }
+    [[nodiscard]] DocumentFiles& files() { return *m_files; }
     [[nodiscard]] QtAlerts& alerts() { return m_alerts; }
+    [[nodiscard]] Ui::MainMenu& menu() { return *m_menu; }
+    void closeUnasked(); // ends a run and loses what was not saved
+
+signals:
+    void closed(); // once; the window is deleted later
 
 protected:
+    void closeEvent(QCloseEvent* event) override; // asks first when something would be lost
     void changeEvent(QEvent* event) override;
 
 private:
     void makeToolbar();
     void connectOutlets();
     void connectMenu();
+    void runSimulation();
     void validateCommands();
-    void updateTitle();
 
     ApplicationServices& m_services;
     std::unique_ptr<MyDocument> m_document;
@@ -51,10 +59,12 @@ private:
     QtAlerts m_alerts;
     QtOpenPanel m_openPanel;
     QtWaitPanel m_waitPanel;
+    std::unique_ptr<DocumentFiles> m_files;
     std::unique_ptr<SetupTab> m_setupTab;
     std::unique_ptr<PlotTab> m_plotTab;
     std::unique_ptr<RunPanel> m_runPanel;
     std::vector<QAction*> m_taggedActions; // follow the enabling rule of their tag
+    bool m_closesUnasked = false;
 };
 
 } // namespace orrery

@@ -92,10 +92,9 @@ void MyDocument::convertFromXML(const XmlDocument& document) {
 
 bool MyDocument::loadDataRepresentation(std::string_view bytes, std::string_view /*typeName*/) {
     LoadedSetup loaded = readSetup(bytes, m_filePath.value_or("setup"));
-    if (!loaded.parsed) {
-        logLine(loaded.fault);
-        m_unparsedBytes = bytes;
-    }
+    m_unparsedFault = loaded.parsed ? "" : loaded.fault;
+    m_unparsedBytes = loaded.parsed ? "" : bytes;
+    if (!loaded.parsed) logLine(loaded.fault);
     setTheDictionary(std::move(loaded.dictionary));
     observe(observedWhenOpened);
     return true;
@@ -122,6 +121,7 @@ void MyDocument::writeToURL(const std::string& path, std::string_view /*typeName
     keepUnparsedFile(path);
     replaceFile(path, bytes);
     m_unparsedBytes.clear();
+    m_unparsedFault.clear();
 }
 
 void MyDocument::keepUnparsedFile(const std::string& path) {

@@ -109,6 +109,8 @@ public:
     bool loadDataRepresentation(std::string_view bytes, std::string_view typeName);
     /// Reads the file and takes its path. @throws OrreryError
     void readFromFile(const std::string& path);
+    /// Why the file that was opened is no setup, with the place; empty when it is one, and after the next save.
+    [[nodiscard]] const std::string& unparsedFault() const { return m_unparsedFault; }
     /// Writes the setup file whole, or throws OrreryError and leaves the old file. Stores the user default "lastPath".
     void writeToURL(const std::string& path, std::string_view typeName);
     /// writeToURL, then the document is at that path and unedited.
@@ -265,6 +267,7 @@ private:
     UndoHistory m_undo;
     bool m_isEditing = false; // within an edit: what it calls belongs to the same step
     std::optional<std::string> m_filePath;
+    std::string m_unparsedFault;
     std::string m_unparsedBytes; // of the file that was opened, when it was no setup; kept beside the first save
     std::vector<ListController> m_controllers; // indexed by PortList
 

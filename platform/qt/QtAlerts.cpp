@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QMessageBox>
 #include <QPushButton>
+#include <algorithm>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -38,7 +39,9 @@ std::size_t answerOf(const QMessageBox& box, const AlertText& text) {
     for (std::size_t i = 0; i < text.buttons.size(); ++i) {
         if (clicked != nullptr && clicked->text() == qtText(text.buttons[i])) return i;
     }
-    return text.buttons.size() - 1;
+    const auto cancel = std::ranges::find(text.buttons, "Cancel"); // closed by none: the program is ending
+    return cancel != text.buttons.end() ? static_cast<std::size_t>(cancel - text.buttons.begin())
+                                        : text.buttons.size() - 1;
 }
 
 } // namespace

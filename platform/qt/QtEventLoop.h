@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/qt/QtRunLoop.h"
+#include "platform/qt/TerminationSignals.h"
 
 #include <functional>
 #include <memory>
@@ -31,15 +32,13 @@ public:
     void onTerminationSignal(std::function<void(int signalNumber)> callback);
 
 private:
-    class Signals;
-
     std::string m_programName;
     int m_argumentCount = 1;
     char* m_arguments[2];
     std::unique_ptr<QCoreApplication> m_application;
     QtRunLoop m_runLoop;
     std::unique_ptr<RunLoop::Source> m_quitting;
-    std::unique_ptr<Signals> m_signals;
+    std::unique_ptr<TerminationSignals> m_signals;
 };
 
 } // namespace orrery

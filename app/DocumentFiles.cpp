@@ -1,0 +1,201 @@
+#include "app/DocumentFiles.h"
+
+#include "app/FileNames.h"
+#include "app/FilePanels.h"
+#include "platform/Files.h"
+#include "platform/qt/QtText.h"
+
+#include <QPointer>
+#include <QWidget>
+#include <exception>
+#include <utility>
+
+namespace orrery {
+
+namespace {
+
+std::string quoted(const QString& name) {
+    return "“" + coreText(name) + "”";
+}
+
+} // namespace
+
+DocumentFiles::DocumentFiles(MyDocument& document, QWidget& window, QtAlerts& alerts, UserDefaults& defaults)
+    : m_document(document), m_window(window), m_alerts(alerts), m_defaults(defaults) {
+    noteFileDate();
+    m_document.setSaveHandler([this](Answer didSave) { save(std::move(didSave)); });
+}
+
+void DocumentFiles::setUntitledNumber(int number) {
+    m_untitledNumber = number;
+    updateTitle();
+}
+
+QString DocumentFiles::displayName() const {
+    if (const auto path = m_document.filePath()) return shownFileName(*path);
+    return m_untitledNumber < 2 ? tr("Untitled") : tr("Untitled %1").arg(m_untitledNumber);
+}
+
+void DocumentFiles::setTitleShowsFolder(bool shows) {
+    m_titleShowsFolder = shows;
+    updateTitle();
+}
+
+void DocumentFiles::updateTitle() {
+    const auto path = m_document.filePath();
+    QString title = path && m_titleShowsFolder ? shownNameAndFolder(*path) : displayName();
+    title.replace("[*]", "[*][*]"); // doubled, it stands for itself
+    m_window.setWindowTitle(title + "[*]");
+    m_window.setWindowModified(m_document.hasUnsavedChanges());
+}
+
+void DocumentFiles::save(Answer done) {
+    commitPendingEdits();
+    const auto path = m_document.filePath();
+    if (!path) {
+        saveAs(std::move(done));
+    } else if (const auto date = modificationDate(*path); date && m_fileDate && date != m_fileDate) {
+        askAboutChangedFile(*path, std::move(done));
+    } else {
+        write(*path, done);
+    }
+}
+
+void DocumentFiles::saveAs(Answer done) {
+    commitPendingEdits();
+    const std::string suggestion = m_document.filePath().value_or(coreText(displayName()) + ".orrery");
+    beginSaveSetupPanel(&m_window, m_defaults, suggestion, [this, done = std::move(done)](const std::string& path) {
+        if (path.empty()) {
+            done(false);
+        } else {
+            writeUnder(path, done);
+        }
+    });
+}
+
+void DocumentFiles::writeUnder(const std::string& path, const Answer& done) {
+    if (m_isOpenElsewhere && m_isOpenElsewhere(path)) {
+        tell(tr("“%1” is open in another window.").arg(shownFileName(path)),
+             "Choose another name, or close that window first.");
+        done(false);
+        return;
+    }
+    write(path, done);
+}
+
+void DocumentFiles::write(const std::string& path, const Answer& done) {
+    bool written = false;
+    try {
+        m_document.saveToFile(path);
+        written = true;
+    } catch (const std::exception& failure) {
+        tell(tr("“%1” could not be saved.").arg(shownFileName(path)), failure.what());
+    }
+    if (written) {
+        noteFileDate();
+        emit saved();
+    }
+    done(written);
+}
+
+void DocumentFiles::askAboutChangedFile(const std::string& path, Answer done) {
+    m_alerts.beginSheet({quoted(displayName()) + " was changed by another program.",
+                         "Saving replaces what that program wrote by the contents of this window.",
+                         {"Save", "Cancel", "Save As…"}},
+                        [this, path, done = std::move(done)](std::size_t button) {
+                            if (button == 0) {
+                                write(path, done);
+                            } else if (button == 2) {
+                                saveAs(done);
+                            } else {
+                                done(false);
+                            }
+                        });
+}
+
+void DocumentFiles::revert() {
+    commitPendingEdits();
+    if (!m_document.filePath()) return;
+    if (!m_document.hasUnsavedChanges()) {
+        revertToFile();
+        return;
+    }
+    m_alerts.beginSheet({"Do you want to revert to the saved version of " + quoted(displayName()) + "?",
+                         "The changes that you made since then will be lost.",
+                         {"Revert", "Cancel"}},
+                        [this](std::size_t button) {
+                            if (button == 0) revertToFile();
+                        });
+}
+
+void DocumentFiles::revertToFile() {
+    try {
+        m_document.revertToFile();
+        noteFileDate();
+        emit saved();
+    } catch (const std::exception& failure) {
+        tell(tr("“%1” could not be read again.").arg(displayName()), failure.what());
+    }
+}
+
+void DocumentFiles::commitPendingEdits() {
+    const QPointer<QWidget> field = m_window.focusWidget();
+    if (field == nullptr) return;
+    field->clearFocus(); // fields and cell editors hand over what they hold when they lose the focus
+    if (field != nullptr && field->isVisible()) field->setFocus(Qt::OtherFocusReason);
+}
+
+bool DocumentFiles::mayCloseUnasked() const {
+    return !m_document.hasUnsavedChanges() && m_document.runControl().state() == RunControl::State::Idle;
+}
+
+void DocumentFiles::askBeforeClosing(Answer mayClose) {
+    m_closeAnswers.push_back(std::move(mayClose));
+    if (m_closeAnswers.size() == 1) askAboutRun();
+}
+
+void DocumentFiles::askAboutRun() {
+    if (m_document.runControl().state() == RunControl::State::Idle) {
+        askAboutChanges();
+        return;
+    }
+    m_alerts.beginSheet({"A simulation of " + quoted(displayName()) + " is running.",
+                         "Closing the document aborts it, and its results will not be read.",
+                         {"Abort and Close", "Cancel"}},
+                        [this](std::size_t button) { button == 0 ? askAboutChanges() : answerClosing(false); });
+}
+
+void DocumentFiles::askAboutChanges() {
+    commitPendingEdits();
+    if (!m_document.hasUnsavedChanges()) {
+        answerClosing(true);
+        return;
+    }
+    m_alerts.beginSheet({"Do you want to save the changes made to " + quoted(displayName()) + "?",
+                         "Your changes will be lost if you don't save them.",
+                         {"Save", "Cancel", "Don't Save"}},
+                        [this](std::size_t button) {
+                            if (button == 0) {
+                                save([this](bool saved) { answerClosing(saved); });
+                            } else {
+                                answerClosing(button == 2);
+                            }
+                        });
+}
+
+void DocumentFiles::answerClosing(bool mayClose) {
+    for (const Answer& answer : std::exchange(m_closeAnswers, {})) {
+        answer(mayClose);
+    }
+}
+
+void DocumentFiles::noteFileDate() {
+    const auto path = m_document.filePath();
+    m_fileDate = path ? modificationDate(*path) : std::nullopt;
+}
+
+void DocumentFiles::tell(const QString& message, const std::string& reason) {
+    m_alerts.beginSheet({coreText(message), reason}, {});
+}
+
+} // namespace orrery

@@ -1,0 +1,31 @@
+#include "app/LaunchOptions.h"
+
+#include "platform/Files.h"
+
+#include <CLI/CLI.hpp>
+
+#include <iostream>
+
+namespace orrery {
+
+std::optional<LaunchOptions> launchOptions(int argc, char** argv, int& exitCode) {
+    LaunchOptions options;
+    CLI::App parser{"Orrery sets up, runs and shows parameter sweeps of a simulation model.", "orrery"};
+    parser.set_version_flag("--version", "orrery " ORRERY_VERSION);
+    parser.add_flag("--new-instance", options.newInstance, "Start another program even when one is running");
+    parser.add_option("files", options.files, "Setups to open");
+    parser.footer("A program that is running already opens the files. Without a display, use orrery-batch.");
+    try {
+        parser.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        exitCode = error.get_exit_code() == 0 ? parser.exit(error) : 2;
+        if (exitCode == 2) std::cerr << "orrery: " << error.what() << ". Ask for the options with --help.\n";
+        return std::nullopt;
+    }
+    for (std::string& file : options.files) {
+        file = absolutePath(file);
+    }
+    return options;
+}
+
+} // namespace orrery

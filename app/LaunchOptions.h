@@ -1,0 +1,18 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace orrery {
+
+/// What the command line asks for.
+struct LaunchOptions {
+    std::vector<std::string> files; // absolute
+    bool newInstance = false;       // do not hand the files to a program that runs already
+};
+
+/// Reads the arguments. Answers --help and --version, and tells of wrong options; `exitCode` is then what to end with.
+[[nodiscard]] std::optional<LaunchOptions> launchOptions(int argc, char** argv, int& exitCode);
+
+} // namespace orrery

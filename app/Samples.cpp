@@ -1,0 +1,34 @@
+#include "app/Samples.h"
+
+#include <algorithm>
+#include <filesystem>
+
+namespace orrery {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::vector<std::string> setupsIn(const fs::path& folder) {
+    std::vector<std::string> setups;
+    std::error_code ignored; // a folder that is missing or cannot be read holds no samples
+    for (const auto& entry : fs::directory_iterator(folder, ignored)) {
+        if (entry.path().extension() == ".orrery") setups.push_back(entry.path().string());
+    }
+    std::ranges::sort(setups);
+    return setups;
+}
+
+} // namespace
+
+std::vector<std::string> sampleSetups() {
+    std::error_code ignored;
+    const fs::path bin = fs::read_symlink("/proc/self/exe", ignored).parent_path();
+    if (bin.empty()) return {};
+    for (const char* place : {"../share/orrery/samples", "../../../samples"}) {
+        if (auto setups = setupsIn((bin / place).lexically_normal()); !setups.empty()) return setups;
+    }
+    return {};
+}
+
+} // namespace orrery
