@@ -15,7 +15,7 @@ static void registerResources() {
 namespace orrery {
 
 ApplicationServices::ApplicationServices(std::unique_ptr<UserDefaults> defaults)
-    : m_defaults(std::move(defaults)), m_temporaryDirectory(temporaryDirectory()) {
+    : m_defaults(std::move(defaults)), m_temporaryDirectory(orrery::temporaryDirectory()) {
     registerResources();
     useOwnIcons();
 }

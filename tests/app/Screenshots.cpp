@@ -1,10 +1,9 @@
 // Pictures of the application in its states, for people to look at: `make screenshots`.
 #include "app/WindowFixture.h"
-
 #include "platform/qt/QtText.h"
 
-#include <QComboBox>
 #include <QCheckBox>
+#include <QComboBox>
 #include <QPixmap>
 #include <QPushButton>
 #include <QScreen>

@@ -1,21 +1,193 @@
-// A whole session at the window: what a scientist does from the sample to the plot.
+// Whole sessions at the window: what a scientist does between a sample and its plot.
 #include "app/WindowFixture.h"
+#include "platform/qt/QtGlSurface.h"
+#include "support/SessionBus.h"
 
+#include <malloc.h>
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QMessageBox>
+#include <QProcess>
+#include <QProgressBar>
 #include <QPushButton>
+#include <QScreen>
+#include <QTableView>
+#include <QTimer>
+#include <QTreeView>
+#include <filesystem>
 
 namespace orrery::test {
 namespace {
 
 using SessionTest = WindowTest;
 
-TEST_F(SessionTest, TheStartButtonRunsASampleToItsResults) {
+void click(const QWidget& widget) {
+    const QPoint point = centreOnScreen(widget);
+    xdotool({"mousemove", QString::number(point.x()), QString::number(point.y()), "sleep", "0.05", "click", "1"});
+}
+
+QPoint rowOnScreen(const QAbstractItemView& view, const QModelIndex& index) {
+    return onScreen(*view.viewport(), view.visualRect(index).center());
+}
+
+/// The node of that name below the index, with its branch open.
+QModelIndex nodeNamed(QTreeView& outline, const QString& name, const QModelIndex& parent = {}) {
+    const QAbstractItemModel& model = *outline.model();
+    for (int row = 0; row < model.rowCount(parent); ++row) {
+        const QModelIndex child = model.index(row, 0, parent);
+        if (child.data().toString() == name) {
+            outline.setExpanded(child, true);
+            outline.scrollTo(child);
+            return child;
+        }
+    }
+    throw std::runtime_error("no node " + name.toStdString());
+}
+
+void chooseRole(DocumentWindow& window, const QString& chooser, int role) {
+    auto* box = window.findChild<QComboBox*>(chooser);
+    ASSERT_NE(box, nullptr);
+    box->setFocus();
+    QTest::keyClick(box, Qt::Key_Home);
+    for (int i = 0; i < role; ++i) {
+        QTest::keyClick(box, Qt::Key_Down);
+    }
+    ASSERT_EQ(box->currentIndex(), role);
+}
+
+QImage picture(DocumentWindow& window) {
+    return window.findChild<QtGlSurface*>()->grabFramebuffer();
+}
+
+TEST_F(SessionTest, APortIsDraggedTypedUndoneSavedRunAndSeen) {
     DocumentWindow& window = open("crop-two-steppers.orrery");
+    MyDocument& document = window.document();
+    auto& outline = find<QTreeView>(window, "outlineView");
+    const QModelIndex water = nodeNamed(outline, "Water balance", nodeNamed(outline, "Soil"));
+    const QModelIndex port = nodeNamed(outline, "soil water", nodeNamed(outline, "outputs", water));
+    auto& outputs = find<QTableView>(window, "outputTable");
+    xdotool(dragArguments(rowOnScreen(outline, port), centreOnScreen(*outputs.viewport())));
+    ASSERT_TRUE(waitFor([&] { return outputs.model()->rowCount() == 1; }));
+    EXPECT_EQ(outputs.model()->index(0, 0).data().toString(), "/Farm/Soil/Water balance/soil water");
+    EXPECT_TRUE(window.isWindowModified());
+
+    const QModelIndex file = outputs.model()->index(0, 1);
+    const QPoint cell = rowOnScreen(outputs, file);
+    xdotool({"mousemove", QString::number(cell.x()), QString::number(cell.y()), "click", "--repeat", "2", "1", "sleep",
+             "0.2", "type", "--delay", "20", "water.txt"});
+    xdotool({"key", "Return"});
+    EXPECT_TRUE(waitFor([&] { return file.data().toString() == "water.txt"; }));
+    xdotool({"key", "ctrl+z"});
+    EXPECT_TRUE(waitFor([&] { return file.data().toString().isEmpty(); }));
+    xdotool({"key", "ctrl+s"});
+    ASSERT_TRUE(waitFor([&] { return !window.isWindowModified(); }));
+
+    xdotool({"key", "ctrl+r"});
+    ASSERT_TRUE(waitFor([&] { return document.runControl().resultsBuilt(); }));
+    xdotool({"key", "ctrl+2"});
+    ASSERT_TRUE(waitFor([&] { return find<QComboBox>(window, "sweepRole2").isVisible(); }));
+    const QImage empty = picture(window);
+    chooseRole(window, "sweepRole2", 1);
+    click(find<QCheckBox>(window, "responseInclude0"));
+    ASSERT_TRUE(waitFor([&] { return picture(window) != empty; }));
+    const QImage curves = picture(window);
+    chooseRole(window, "sweepRole0", 2);
+    ASSERT_TRUE(waitFor([&] { return picture(window) != curves; }));
+    EXPECT_EQ(document.plotLayout().dimensions, 3U);
+}
+
+TEST_F(SessionTest, TheButtonStartsARunAndAbortsIt) {
+    DocumentWindow& window = open("crop-two-steppers.orrery");
+    MyDocument& document = window.document();
+    document.editEntry(PortList::Steppers, 0, "step", "0.0005"); // millions of rows: never at its end by itself
+    document.saveToFile(*document.filePath());
     auto& button = find<QPushButton>(window, "startStopButton");
-    xdotool({"mousemove", QString::number(centreOnScreen(button).x()), QString::number(centreOnScreen(button).y()),
-             "click", "1"});
-    ASSERT_TRUE(waitFor([&] { return window.document().runControl().resultsBuilt(); }));
+    auto& wheel = find<QProgressBar>(window, "progressWheel");
+    click(button);
+    ASSERT_TRUE(waitFor([&] { return wheel.isVisible() && button.isChecked(); }));
+    click(button);
+    ASSERT_TRUE(waitFor([&] { return document.runControl().state() == RunControl::State::Idle; }));
+    EXPECT_TRUE(document.runControl().isAborted());
+    EXPECT_TRUE(document.independentVariables().empty());
     EXPECT_FALSE(button.isChecked());
-    EXPECT_GT(window.document().nRowsOfData(), 0U);
+    EXPECT_FALSE(wheel.isVisible());
+}
+
+TEST_F(SessionTest, AnEditedSetupAsksBeforeItsRun) {
+    DocumentWindow& window = open("crop-single.orrery");
+    window.document().editText(setup_key::runLength, "30");
+    const auto answer = [&](const char* key) {
+        QTimer::singleShot(0, [key] {
+            EXPECT_TRUE(waitFor([] {
+                const QWidget* alert = QApplication::activeModalWidget();
+                return alert != nullptr && alert->isActiveWindow();
+            }));
+            xdotool({"key", key});
+        });
+        window.document().runSimulation();
+    };
+    answer("Escape");
+    EXPECT_EQ(window.document().runControl().state(), RunControl::State::Idle);
+    EXPECT_TRUE(window.isWindowModified());
+    answer("Return"); // Save
+    ASSERT_TRUE(waitFor([&] { return window.document().runControl().resultsBuilt(); }));
+    EXPECT_FALSE(window.isWindowModified());
+}
+
+TEST_F(SessionTest, ResultsGoToTheCompanionOrASheetTellsThatThereIsNone) {
+    SessionBus bus;
+    DocumentWindow& window = open("crop-single.orrery");
+    EXPECT_FALSE(action(window, "actionSendToDorado").isEnabled());
+    run(window);
+    ASSERT_TRUE(action(window, "actionSendToDorado").isEnabled());
+    action(window, "actionSendToDorado").trigger();
+    auto* sheet = window.findChild<QMessageBox*>("alert");
+    ASSERT_NE(sheet, nullptr);
+    EXPECT_EQ(sheet->text(), "Could not open communication with Dorado.");
+    EXPECT_EQ(sheet->informativeText(), "Please start Dorado if it is not already running.");
+    sheet->close();
+
+    QProcess receiver;
+    receiver.start(ORRERY_BIN "/dorado-receiver", {"--once"});
+    ASSERT_TRUE(receiver.waitForStarted());
+    ASSERT_TRUE(waitFor([&] { return QtNamedServices().rootProxy("Dorado Server") != nullptr; }));
+    action(window, "actionSendToDorado").trigger();
+    ASSERT_TRUE(waitFor([&] { return receiver.state() == QProcess::NotRunning; }));
+    EXPECT_EQ(receiver.readAllStandardOutput().toStdString(), window.document().resultTablePath() + "\n");
+}
+
+int openDescriptors() {
+    int count = 0;
+    for ([[maybe_unused]] const auto& each : std::filesystem::directory_iterator("/proc/self/fd"))
+        ++count;
+    return count;
+}
+
+TEST_F(SessionTest, OpeningAndClosingManyDocumentsLeavesNothingBehind) {
+    const std::string sample = sampleCopy("crop-two-steppers.orrery");
+    const auto cycle = [&] {
+        DocumentWindow* window = controller->documentController().openDocument(QString::fromStdString(sample));
+        action(*window, "actionShowPlot").trigger(); // makes a GL context
+        action(*window, "actionAnimate").trigger();
+        QCoreApplication::processEvents();
+        window->close();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QCoreApplication::processEvents();
+    };
+    for (int i = 0; i < 25; ++i) {
+        cycle();
+    }
+    const int descriptors = openDescriptors();
+    const auto objects = qApp->findChildren<QObject*>().size();
+    const auto memory = ::mallinfo2().uordblks;
+    for (int i = 0; i < 475; ++i) {
+        cycle();
+    }
+    EXPECT_TRUE(controller->documentController().windows().empty());
+    EXPECT_LE(openDescriptors(), descriptors);
+    EXPECT_LE(qApp->findChildren<QObject*>().size(), objects);
+    EXPECT_LT(::mallinfo2().uordblks, memory + 475 * 1024) << "a window and its document take 100 times as much";
 }
 
 } // namespace
