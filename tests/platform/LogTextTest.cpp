@@ -1,0 +1,137 @@
+#include "platform/LogText.h"
+
+#include "platform/LogSearch.h"
+
+#include <gmock/gmock.h>
+
+#include <cctype>
+
+namespace orrery {
+namespace {
+
+using Rows = std::vector<std::string>;
+
+Rows rowsOf(const LogText& text) {
+    Rows rows;
+    for (const LogText::Row& row : text.rows(0, text.rowCount()))
+        rows.push_back(text.bytes(row.begin, row.end));
+    return rows;
+}
+
+struct RowCase {
+    const char* name;
+    std::string text;
+    Rows rows;
+};
+const std::string full(LogText::longestRow, 'x');
+const std::string almost = full.substr(1);
+
+class LogRows : public testing::TestWithParam<RowCase> {};
+
+TEST_P(LogRows, AreTheSameHoweverTheTextArrives) {
+    for (const std::size_t length : {std::size_t{1}, std::size_t{3}, GetParam().text.size() + 1}) {
+        LogText text;
+        for (std::size_t i = 0; i < GetParam().text.size(); i += length)
+            text.append(GetParam().text.substr(i, length));
+        EXPECT_EQ(rowsOf(text), GetParam().rows) << "in pieces of " << length;
+        EXPECT_EQ(text.rowCount(), GetParam().rows.size());
+        EXPECT_EQ(text.bytes(0, text.size()), GetParam().text);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Ends, LogRows,
+    testing::Values(RowCase{"empty", "", {""}}, RowCase{"unfinished", "a", {"a"}},
+                    RowCase{"finished", "a\n", {"a", ""}}, RowCase{"emptyRows", "\n\n", {"", "", ""}},
+                    RowCase{"allEnds", "a\r\nb\rc\nd\n\re", {"a", "b", "c", "d", "", "e"}},
+                    RowCase{"openReturn", "a\r", {"a"}}, RowCase{"returns", "a\r\r\n\r\rb", {"a", "", "", "", "b"}},
+                    RowCase{"fullRow", full, {full}}, RowCase{"endBehindFullRow", full + "\nb", {full, "b"}},
+                    RowCase{"bothBehindFullRow", full + "\r\nb", {full, "b"}},
+                    RowCase{"longLine", full + full + "b", {full, full, "b"}},
+                    RowCase{"neverInsideACharacter", almost + "äöü", {almost, "äöü"}},
+                    RowCase{"noCharacters",
+                            std::string(LogText::longestRow + 1, '\x80'),
+                            {std::string(LogText::longestRow, '\x80'), "\x80"}},
+                    RowCase{"nul", std::string("a\0b\n", 4), {std::string("a\0b", 3), ""}}),
+    [](const auto& row) { return row.param.name; });
+
+TEST(LogText, FindsRowsFarIntoManyBlocks) {
+    LogText text;
+    std::uint64_t size = 0;
+    std::vector<std::uint64_t> begins;
+    for (int i = 0; i < 50'000; ++i) {
+        begins.push_back(size);
+        const std::string line = std::string(static_cast<std::size_t>(i % 40), 'a') + "\n";
+        text.append(line);
+        size += line.size();
+    }
+    ASSERT_EQ(text.rowCount(), 50'001U);
+    EXPECT_EQ(text.widestRow(), 39U);
+    for (const std::uint64_t row : {0U, 1U, 63U, 64U, 65U, 12'345U, 49'999U}) {
+        EXPECT_EQ(text.rows(row, 1).at(0), (LogText::Row{begins[row], begins[row] + row % 40}));
+        EXPECT_EQ(text.rowAt(begins[row]), row);
+        EXPECT_EQ(text.rowAt(begins[row] + row % 40), row);
+    }
+    EXPECT_EQ(text.rowAt(size), 50'000U);
+    EXPECT_EQ(text.rows(50'000, 9).size(), 1U);
+    EXPECT_TRUE(text.rows(50'001, 1).empty());
+    text.clear();
+    EXPECT_EQ(rowsOf(text), Rows{""});
+}
+
+LogPattern pattern(const std::string& asciiText) {
+    std::vector<std::array<std::string, 2>> characters;
+    for (const char c : asciiText) {
+        const std::string small(1, static_cast<char>(std::tolower(c)));
+        characters.push_back({small, std::string(1, static_cast<char>(std::toupper(c)))});
+    }
+    return LogPattern(std::move(characters));
+}
+
+std::optional<std::uint64_t> found(const LogText& text, LogPattern what, std::uint64_t start,
+                                   SearchDirection direction) {
+    LogSearch search(text, std::move(what), start, direction);
+    LogSearch::State state{};
+    while ((state = search.step()) == LogSearch::State::Running) {
+    }
+    if (state == LogSearch::State::NotFound) return std::nullopt;
+    return search.match().begin;
+}
+
+TEST(LogSearch, GoesAroundOnce) {
+    constexpr auto forward = SearchDirection::Forward;
+    constexpr auto backward = SearchDirection::Backward;
+    LogText text;
+    text.append("Day one\nday two\n");
+    EXPECT_EQ(found(text, pattern("DAY"), 0, forward), 0U);
+    EXPECT_EQ(found(text, pattern("day"), 1, forward), 8U);
+    EXPECT_EQ(found(text, pattern("day"), 9, forward), 0U) << "wraps";
+    EXPECT_EQ(found(text, pattern("day"), 8, backward), 0U);
+    EXPECT_EQ(found(text, pattern("day"), 0, backward), 8U) << "wraps";
+    EXPECT_EQ(found(text, pattern("days"), 3, forward), std::nullopt);
+    EXPECT_EQ(found(text, pattern("two\n"), 99, forward), 12U);
+    EXPECT_EQ(found(LogText(), pattern("a"), 0, backward), std::nullopt);
+}
+
+TEST(LogSearch, FindsAcrossTheBordersOfBlocksAndSteps) {
+    for (const std::uint64_t begin : {(1U << 18U) - 2, (1U << 20U) - 1, (1U << 20U) - 4, (2U << 20U) + 7}) {
+        LogText text;
+        text.append(std::string(begin, '.'));
+        text.append("needle");
+        text.append(std::string(3U << 20U, '.'));
+        for (const std::uint64_t start : {std::uint64_t{0}, begin + 1, text.size()}) {
+            EXPECT_EQ(found(text, pattern("needle"), start, SearchDirection::Forward), begin);
+            EXPECT_EQ(found(text, pattern("needle"), start, SearchDirection::Backward), begin);
+        }
+    }
+}
+
+TEST(LogSearch, FormsOfACharacterMayDifferInLength) {
+    LogText text;
+    text.append("xⱥȺx");
+    const LogPattern twice({{"ⱥ", "Ⱥ"}, {"ⱥ", "Ⱥ"}});
+    EXPECT_EQ(found(text, twice, 0, SearchDirection::Forward), 1U);
+}
+
+} // namespace
+} // namespace orrery
