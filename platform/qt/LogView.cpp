@@ -1,0 +1,230 @@
+#include "platform/qt/LogView.h"
+
+#include "platform/Files.h"
+#include "platform/Utf8.h"
+#include "platform/qt/LogRow.h"
+#include "platform/qt/QtText.h"
+
+#include <QClipboard>
+#include <QElapsedTimer>
+#include <QEvent>
+#include <QFontDatabase>
+#include <QFontMetricsF>
+#include <QGuiApplication>
+#include <QScrollBar>
+#include <QTimerEvent>
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+
+namespace orrery {
+namespace {
+
+constexpr int refreshMs = 30;
+constexpr int sliceMs = 8;
+constexpr std::uint64_t clipboardLimit = 1U << 26U;
+constexpr std::uint64_t primarySelectionLimit = 1U << 20U;
+
+LogPattern patternFor(const QString& text) {
+    std::vector<std::array<std::string, 2>> characters;
+    for (const uint codePoint : text.toUcs4()) {
+        std::array<std::string, 2> forms;
+        appendUtf8(forms[0], QChar::toLower(codePoint));
+        appendUtf8(forms[1], QChar::toUpper(codePoint));
+        characters.push_back(std::move(forms));
+    }
+    return LogPattern(std::move(characters));
+}
+
+} // namespace
+
+LogView::LogView(QWidget* parent) : QAbstractScrollArea(parent) {
+    setAccessibleName(tr("Engine output"));
+    setFocusPolicy(Qt::StrongFocus);
+    viewport()->setCursor(Qt::IBeamCursor);
+    QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    font.setStyleHint(QFont::Monospace);
+    font.setKerning(false);
+    setFont(font);
+    measureFont();
+}
+
+void LogView::setString(std::string_view text) {
+    cancelFind();
+    m_text.clear();
+    select(0, 0);
+    m_dragging = false;
+    m_widestSeen = 0;
+    m_follows = true;
+    appendString(text);
+}
+
+void LogView::appendString(std::string_view text) {
+    m_text.append(text);
+    setNeedsDisplay();
+}
+
+void LogView::setNeedsDisplay() {
+    if (!m_refreshTimer.isActive()) m_refreshTimer.start(refreshMs, this);
+}
+
+void LogView::timerEvent(QTimerEvent* event) {
+    if (event->timerId() == m_refreshTimer.timerId()) {
+        m_refreshTimer.stop();
+        updateScrollBars();
+        viewport()->update();
+    } else if (event->timerId() == m_searchTimer.timerId()) {
+        searchSlice();
+    } else if (event->timerId() == m_dragTimer.timerId()) {
+        dragTo(viewport()->mapFromGlobal(QCursor::pos()));
+    } else {
+        QAbstractScrollArea::timerEvent(event);
+    }
+}
+
+bool LogView::find(const QString& text, FindStart start) {
+    cancelFind();
+    if (text.isEmpty()) return false;
+    const bool backward = start == FindStart::Previous;
+    std::uint64_t from = start == FindStart::Next ? selection().end : selection().begin;
+    if (const auto top = m_text.rows(firstRow(), 1); !hasSelection() && !top.empty()) from = top.front().begin;
+    m_search = std::make_unique<LogSearch>(m_text, patternFor(text), from,
+                                           backward ? SearchDirection::Backward : SearchDirection::Forward);
+    m_searchTimer.start(0, this);
+    searchSlice();
+    return m_search == nullptr && hasSelection();
+}
+
+void LogView::cancelFind() {
+    m_searchTimer.stop();
+    m_search.reset();
+}
+
+void LogView::searchSlice() {
+    QElapsedTimer timer;
+    timer.start();
+    LogSearch::State state = LogSearch::State::Running;
+    while (state == LogSearch::State::Running && timer.elapsed() < sliceMs)
+        state = m_search->step();
+    if (state == LogSearch::State::Running) return;
+    const LogText::Row match = m_search->match();
+    cancelFind();
+    const bool found = state == LogSearch::State::Found;
+    select(found ? match.begin : selection().begin, found ? match.end : selection().begin);
+    if (found) show(match);
+    emit searchFinished(found);
+}
+
+void LogView::saveTo(const std::string& path) const {
+    FileReplacement file(path);
+    for (std::uint64_t offset = 0; offset < m_text.size();) {
+        const std::string_view block = m_text.blockFrom(offset);
+        file.write(block);
+        offset += block.size();
+    }
+    file.finish();
+}
+
+void LogView::selectAll() {
+    select(0, m_text.size());
+    keepPrimarySelection();
+}
+
+void LogView::copy() {
+    const LogText::Row selected = selection();
+    if (!hasSelection()) return;
+    if (selected.end - selected.begin > clipboardLimit) {
+        emit noticed(tr("The selection is too long to be copied. Save the log to a file, or select less."));
+    } else {
+        QGuiApplication::clipboard()->setText(selectedText());
+    }
+}
+
+/// For the middle mouse button, where the desktop has that.
+void LogView::keepPrimarySelection() const {
+    QClipboard* clipboard = QGuiApplication::clipboard();
+    const LogText::Row selected = selection();
+    const bool fits = hasSelection() && selected.end - selected.begin <= primarySelectionLimit;
+    if (fits && clipboard->supportsSelection()) clipboard->setText(selectedText(), QClipboard::Selection);
+}
+
+QString LogView::selectedText() const {
+    const LogText::Row selected = selection();
+    return qtText(m_text.bytes(selected.begin, selected.end));
+}
+
+QString LogView::text(std::uint64_t lastBytes) const {
+    return qtText(m_text.bytes(m_text.size() - std::min(lastBytes, m_text.size()), m_text.size()));
+}
+
+LogText::Row LogView::selection() const {
+    return {std::min(m_anchor, m_caret), std::max(m_anchor, m_caret)};
+}
+
+void LogView::select(std::uint64_t anchor, std::uint64_t caret) {
+    m_anchor = anchor;
+    m_caret = caret;
+    viewport()->update();
+}
+
+void LogView::measureFont() {
+    const QFontMetricsF metrics(font());
+    m_cellWidth = std::max<qreal>(metrics.horizontalAdvance(QString(100, 'M')) / 100, 1);
+    m_rowHeight = std::max(static_cast<int>(std::ceil(metrics.lineSpacing())), 1);
+}
+
+void LogView::updateScrollBars() {
+    const bool follows = m_follows && !m_dragging;
+    constexpr std::uint64_t most = std::numeric_limits<int>::max();
+    const int rows = static_cast<int>(std::min(m_text.rowCount(), most));
+    const int columns = std::max(static_cast<int>(m_text.widestRow()), m_widestSeen);
+    verticalScrollBar()->setPageStep(pageRows());
+    verticalScrollBar()->setRange(0, std::max(rows - pageRows(), 0));
+    horizontalScrollBar()->setPageStep(pageColumns());
+    horizontalScrollBar()->setRange(0, std::max(columns - pageColumns(), 0));
+    if (follows) verticalScrollBar()->setValue(verticalScrollBar()->maximum());
+}
+
+void LogView::scrollContentsBy(int, int dy) {
+    if (dy != 0) m_follows = verticalScrollBar()->value() == verticalScrollBar()->maximum();
+    viewport()->update();
+}
+
+/// Brings the range into sight, in the middle when it was not there.
+void LogView::show(LogText::Row range) {
+    m_follows = false;
+    updateScrollBars();
+    const std::uint64_t row = m_text.rowAt(range.begin);
+    const auto page = static_cast<std::uint64_t>(pageRows());
+    if (row < firstRow() || row >= firstRow() + page) {
+        verticalScrollBar()->setValue(static_cast<int>(row - std::min(row, page / 2)));
+    }
+    const LogText::Row shown = m_text.rows(row, 1).front();
+    showColumns(columnOf(shown, range.begin), columnOf(shown, std::min(range.end, shown.end)));
+}
+
+int LogView::columnOf(LogText::Row row, std::uint64_t offset) const {
+    const auto cells = cellsOfRow(m_text.bytes(row.begin, offset), std::numeric_limits<int>::max());
+    return cells.empty() ? 0 : cells.back().column + cells.back().width;
+}
+
+void LogView::showColumns(int first, int end) {
+    const int left = horizontalScrollBar()->value();
+    if (first >= left && end <= left + pageColumns()) return;
+    horizontalScrollBar()->setValue(end <= pageColumns() ? 0 : first - pageColumns() / 4);
+}
+
+void LogView::changeEvent(QEvent* event) {
+    QAbstractScrollArea::changeEvent(event);
+    if (event->type() != QEvent::FontChange && event->type() != QEvent::StyleChange) return;
+    measureFont();
+    updateScrollBars();
+}
+
+void LogView::resizeEvent(QResizeEvent* event) {
+    QAbstractScrollArea::resizeEvent(event);
+    updateScrollBars();
+}
+
+} // namespace orrery
