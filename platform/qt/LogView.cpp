@@ -112,7 +112,7 @@ void LogView::searchSlice() {
     cancelFind();
     const bool found = state == LogSearch::State::Found;
     select(found ? match.begin : selection().begin, found ? match.end : selection().begin);
-    if (found) show(match);
+    if (found) reveal(match);
     emit searchFinished(found);
 }
 
@@ -192,7 +192,7 @@ void LogView::scrollContentsBy(int, int dy) {
 }
 
 /// Brings the range into sight, in the middle when it was not there.
-void LogView::show(LogText::Row range) {
+void LogView::reveal(LogText::Row range) {
     m_follows = false;
     updateScrollBars();
     const std::uint64_t row = m_text.rowAt(range.begin);

@@ -77,7 +77,7 @@ private:
     void select(std::uint64_t anchor, std::uint64_t caret);
     void measureFont();
     void updateScrollBars();
-    void show(LogText::Row range);
+    void reveal(LogText::Row range);
     [[nodiscard]] int columnOf(LogText::Row row, std::uint64_t offset) const;
     void showColumns(int first, int end);
     void searchSlice();
