@@ -14,7 +14,8 @@ namespace {
 
 constexpr const char* choiceKey = "restoreWindowLayout";
 constexpr const char* geometryKey = "documentWindow.geometry";
-constexpr int cascade = 28; // pixels between windows that would hide each other
+constexpr int cascade = 28;  // pixels between windows that would hide each other
+constexpr int titleBar = 40; // pixels to leave for it
 
 std::string splitterKey(const QSplitter& splitter) {
     return "documentWindow." + splitter.objectName().toStdString();
@@ -24,23 +25,17 @@ QByteArray stored(const UserDefaults& defaults, const std::string& key) {
     return QByteArray::fromBase64(QByteArray::fromStdString(defaults.stringForKey(key).value_or("")));
 }
 
-/// Shrinks and moves the window into the screen that it lies on, or into the first one.
-void fitOnScreen(QMainWindow& window) {
-    const QScreen* screen = QGuiApplication::screenAt(window.geometry().center());
-    if (screen == nullptr) screen = QGuiApplication::primaryScreen();
-    if (screen == nullptr) return;
-    const QRect room = screen->availableGeometry();
-    window.resize(window.size().boundedTo(room.size()));
-    QRect place = window.geometry();
-    place.moveLeft(std::clamp(place.left(), room.left(), std::max(room.left(), room.right() + 1 - place.width())));
-    place.moveTop(std::clamp(place.top(), room.top(), std::max(room.top(), room.bottom() + 1 - place.height())));
-    window.setGeometry(place);
+/// The size of a first window, or the whole of a smaller screen.
+QSize defaultSize() {
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    const QSize room = screen == nullptr ? QSize(1024, 700) : screen->availableGeometry().size() - QSize(0, titleBar);
+    return QSize(1180, 820).boundedTo(room);
 }
 
 bool hidesAnother(const QMainWindow& window) {
     return std::ranges::any_of(QApplication::topLevelWidgets(), [&](const QWidget* other) {
         return other != &window && other->isVisible() && other->isWindow() && other->inherits("QMainWindow") &&
-               other->pos() == window.pos();
+               other->geometry().topLeft() == window.geometry().topLeft();
     });
 }
 
@@ -63,17 +58,16 @@ void keepWindowLayout(const QMainWindow& window, UserDefaults& defaults) {
 }
 
 void restoreWindowLayout(QMainWindow& window, const UserDefaults& defaults) {
-    window.resize(1180, 820);
-    if (restoresWindowLayout(defaults)) {
-        window.restoreGeometry(stored(defaults, geometryKey)); // false for what is none: the size stays
-        for (QSplitter* splitter : window.findChildren<QSplitter*>()) {
-            splitter->restoreState(stored(defaults, splitterKey(*splitter)));
-        }
+    window.resize(defaultSize());
+    if (!restoresWindowLayout(defaults)) return;
+    for (QSplitter* splitter : window.findChildren<QSplitter*>()) {
+        splitter->restoreState(stored(defaults, splitterKey(*splitter)));
     }
+    // Moves and shrinks the window where today's screens are smaller; false when nothing was kept.
+    if (!window.restoreGeometry(stored(defaults, geometryKey))) return;
     while (hidesAnother(window)) {
-        window.move(window.pos() + QPoint(cascade, cascade));
+        window.setGeometry(window.geometry().translated(cascade, cascade));
     }
-    fitOnScreen(window);
 }
 
 } // namespace orrery
