@@ -6,6 +6,7 @@
 #include "app/DocumentWindow.h"
 #include "app/FilePanels.h"
 #include "app/FrontWindow.h"
+#include "app/LogFont.h"
 #include "app/PageWindow.h"
 #include "app/PreferencesPanel.h"
 #include "app/StartPanel.h"
@@ -59,6 +60,10 @@ void AppController::applicationDidBecomeActive() {
 void AppController::windowMade(DocumentWindow& window) {
     new ApplicationMenu(*this, window.menu(), window); // the window's child
     m_startPanel->hide();
+    if (auto* log = window.findChild<QWidget*>("statusView")) {
+        applyLogFontSize(*log, defaults());
+        connect(this, &AppController::preferencesChanged, log, [this, log] { applyLogFontSize(*log, defaults()); });
+    }
 }
 
 void AppController::showStartPanelWhenEmpty() {

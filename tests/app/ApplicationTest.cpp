@@ -1,0 +1,231 @@
+// The application above its documents: start panel, quitting, dropped files, panels, re-activation, a second start.
+#include "app/PreferencesPanel.h"
+#include "app/ShellTest.h"
+#include "app/StartPanel.h"
+
+#include <QCheckBox>
+#include <QListWidget>
+#include <QMimeData>
+#include <QProcess>
+#include <QSplitter>
+#include <QTextBrowser>
+#include <csignal>
+#include <filesystem>
+
+namespace orrery::test {
+namespace {
+
+class ApplicationTest : public ShellTest {
+protected:
+    static int shownPages() {
+        const auto widgets = QApplication::topLevelWidgets();
+        return static_cast<int>(std::ranges::count_if(
+            widgets, [](const QWidget* each) { return each->objectName() == "ReleaseNotes" && each->isVisible(); }));
+    }
+    /// The program as a user starts it, with a home and a runtime directory of the test's.
+    std::unique_ptr<QProcess> start(const QStringList& arguments) {
+        std::filesystem::create_directories(files.path() + "run");
+        std::filesystem::permissions(files.path() + "run", std::filesystem::perms::owner_all);
+        auto environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("HOME", qtPath(files.path()));
+        environment.insert("XDG_CONFIG_HOME", qtPath(files.path() + "config"));
+        environment.insert("XDG_RUNTIME_DIR", qtPath(files.path() + "run"));
+        auto program = std::make_unique<QProcess>();
+        program->setProcessEnvironment(environment);
+        program->setWorkingDirectory(qtPath(files.path()));
+        program->start(ORRERY_BIN "/orrery", arguments);
+        EXPECT_TRUE(program->waitForStarted());
+        return program;
+    }
+    static int windowsNamed(const QString& name) {
+        QProcess search;
+        search.start("xdotool", {"search", "--onlyvisible", "--name", name});
+        search.waitForFinished();
+        return static_cast<int>(search.readAllStandardOutput().count('\n'));
+    }
+    static bool ended(const QProcess& program) {
+        return waitFor([&] { return program.state() == QProcess::NotRunning; });
+    }
+    static QByteArray childrenOf(qint64 process) {
+        QProcess search;
+        search.start("pgrep", {"-P", QString::number(process)});
+        search.waitForFinished();
+        return search.readAllStandardOutput().trimmed();
+    }
+};
+
+TEST_F(ApplicationTest, TheStartPanelStandsInForDocuments) {
+    controller->showStartPanelWhenEmpty();
+    StartPanel& panel = controller->startPanel();
+    EXPECT_TRUE(panel.isVisible());
+    EXPECT_TRUE(controller->documentController().documents().empty());
+    auto& samples = find<QListWidget>(panel, "samples");
+    ASSERT_GT(samples.count(), 0);
+    emit samples.itemActivated(samples.item(0));
+    ASSERT_EQ(windows().size(), 1U);
+    EXPECT_FALSE(panel.isVisible());
+    windows().front()->close();
+    EXPECT_TRUE(panel.isVisible());
+    EXPECT_EQ(find<QListWidget>(panel, "recentSetups").count(), 1);
+}
+
+TEST_F(ApplicationTest, QuitAsksForEachEditedDocumentAndCancelKeepsAll) {
+    DocumentWindow& first = open("crop-single.orrery");
+    DocumentWindow& second = open("insect-single.orrery");
+    openNew();
+    edit(first, "42");
+    edit(second, "43");
+    action(first, "actionQuit").trigger();
+    answer(first, "crop-single", "Don't Save");
+    answer(second, "insect-single", "Cancel");
+    EXPECT_EQ(windows().size(), 3U);
+    EXPECT_TRUE(first.isWindowModified());
+    action(first, "actionQuit").trigger();
+    answer(first, "crop-single", "Save");
+    edit(first, "44"); // while the second is asked about
+    answer(second, "insect-single", "Don't Save");
+    answer(first, "crop-single", "Don't Save");
+    EXPECT_TRUE(windows().empty());
+    EXPECT_FALSE(controller->startPanel().isVisible());
+}
+
+TEST_F(ApplicationTest, FilesDroppedOnAnyControlOpen) {
+    DocumentWindow& window = openNew();
+    sampleCopy("crop-single.orrery");
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(qtPath(files.path() + "crop-single.orrery")), QUrl("http://example.org/x")});
+    for (const char* name : {"runLength", "outputTable"}) {
+        QWidget& target = find<QWidget>(window, name);
+        QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(&target, &enter);
+        EXPECT_TRUE(enter.isAccepted());
+        QDropEvent drop(QPointF(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(&target, &drop);
+        EXPECT_TRUE(drop.isAccepted());
+        ASSERT_TRUE(waitFor([&] { return windows().size() == 2; })) << name;
+        windows().back()->close();
+    }
+    EXPECT_EQ(find<QLineEdit>(window, "runLength").text(), "100");
+}
+
+TEST_F(ApplicationTest, EachCallShowsReleaseNotesOfItsOwn) {
+    DocumentWindow& window = openNew();
+    action(window, "actionReleaseNotes").trigger();
+    action(window, "actionReleaseNotes").trigger();
+    EXPECT_EQ(shownPages(), 2);
+    action(window, "actionHelp").trigger();
+    QWidget* page = nullptr;
+    ASSERT_TRUE(waitFor([&] {
+        page = QApplication::activeWindow();
+        return page != nullptr && page->windowTitle() == "Orrery Help";
+    }));
+    auto& browser = find<QTextBrowser>(*page, "webView");
+    emit browser.anchorClicked(QUrl("docs/setup-format.md"));
+    EXPECT_TRUE(browser.toPlainText().contains("ModelPath"));
+    emit browser.anchorClicked(QUrl("model-format.md"));
+    EXPECT_TRUE(browser.toPlainText().contains("database"));
+}
+
+TEST_F(ApplicationTest, PreferencesAreOnePanelWhoseChoicesWork) {
+    DocumentWindow& window = openNew();
+    action(window, "actionPreferences").trigger();
+    action(window, "actionPreferences").trigger();
+    const auto widgets = QApplication::topLevelWidgets();
+    EXPECT_EQ(std::ranges::count_if(widgets, [](auto* each) { return each->objectName() == "preferences"; }), 1);
+    const auto panel =
+        std::ranges::find_if(widgets, [](const QWidget* each) { return each->objectName() == "preferences"; });
+    EXPECT_TRUE(find<QLineEdit>(**panel, "enginePath").text().endsWith("/Zephyr"));
+    window.resize(1100, 750);
+    find<QSplitter>(window, "mainSplitter").setSizes({300, 700});
+    window.close();
+    EXPECT_EQ(openNew().size(), QSize(1100, 750));
+    find<QCheckBox>(**panel, "restoreLayout").setChecked(false);
+    EXPECT_NE(openNew().size(), QSize(1100, 750));
+}
+
+TEST_F(ApplicationTest, ComingBackReadsChangedModelsAgain) {
+    DocumentWindow& first = open("crop-single.orrery");
+    DocumentWindow& second = open("crop-one-stepper.orrery");
+    openNew();
+    const auto before = first.document().modelModification();
+    std::filesystem::last_write_time(files.path() + "crop.xml",
+                                     std::filesystem::file_time_type::clock::now() + std::chrono::seconds(5));
+    const auto other = start({"--new-instance"}); // takes the focus
+    ASSERT_TRUE(waitFor([] { return QGuiApplication::applicationState() != Qt::ApplicationActive; }));
+    EXPECT_EQ(first.document().modelModification(), before);
+    other->terminate();
+    ASSERT_TRUE(ended(*other));
+    activate(first);
+    EXPECT_TRUE(waitFor([&] { return first.document().modelModification() != before; }));
+    EXPECT_EQ(second.document().modelModification(), first.document().modelModification());
+}
+
+TEST_F(ApplicationTest, ASecondStartHandsItsFilesToTheFirst) {
+    sampleCopy("crop-single.orrery");
+    const auto first = start({"crop-single.orrery"});
+    ASSERT_TRUE(waitFor([] { return windowsNamed("^crop-single.orrery") == 1; }));
+    const auto second = start({"insect-single.orrery"});
+    ASSERT_TRUE(ended(*second));
+    EXPECT_EQ(second->exitCode(), 0);
+    EXPECT_TRUE(waitFor([] { return windowsNamed("^insect-single.orrery") == 1; }));
+    ::kill(static_cast<pid_t>(first->processId()), SIGSTOP); // hangs
+    const auto third = start({"insect-one-stepper.orrery"});
+    EXPECT_TRUE(waitFor([] { return windowsNamed("^insect-one-stepper.orrery") == 1; }));
+    first->kill(); // leaves its socket behind
+    third->terminate();
+    ASSERT_TRUE(ended(*first) && ended(*third));
+    const auto fourth = start({"crop-single.orrery"});
+    EXPECT_TRUE(waitFor([] { return windowsNamed("^crop-single.orrery") == 1; }));
+    fourth->terminate();
+    EXPECT_TRUE(ended(*fourth));
+}
+
+TEST_F(ApplicationTest, ATerminationSignalEndsTheEngineToo) {
+    const std::string setup = slowSetup();
+    const auto program = start({qtPath(setup)});
+    ASSERT_TRUE(waitFor([] { return windowsNamed("^slow.orrery") == 1; }));
+    xdotool({"search", "--onlyvisible", "--name", "^slow.orrery", "windowactivate", "--sync", "key", "ctrl+r"});
+    QByteArray engine;
+    ASSERT_TRUE(waitFor([&] { return !(engine = childrenOf(program->processId())).isEmpty(); }));
+    program->terminate();
+    ASSERT_TRUE(ended(*program));
+    EXPECT_EQ(program->exitCode(), 128 + SIGTERM);
+    EXPECT_FALSE(std::filesystem::exists("/proc/" + engine.toStdString()));
+}
+
+struct StartCase {
+    const char* name;
+    QStringList arguments;
+    const char* platform;
+    int exitCode;
+    const char* output;
+};
+
+class StartWithoutDisplay : public ApplicationTest, public testing::WithParamInterface<StartCase> {};
+
+TEST_P(StartWithoutDisplay, IsAnsweredInOneLine) {
+    const QByteArray display = qgetenv("DISPLAY");
+    const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
+    qunsetenv("DISPLAY");
+    qputenv("QT_QPA_PLATFORM", GetParam().platform);
+    const auto program = start(GetParam().arguments);
+    qputenv("DISPLAY", display);
+    qputenv("QT_QPA_PLATFORM", platform);
+    ASSERT_TRUE(ended(*program));
+    EXPECT_EQ(program->exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(program->exitCode(), GetParam().exitCode);
+    const QByteArray errors = program->readAllStandardError();
+    EXPECT_TRUE((program->readAllStandardOutput() + errors).contains(GetParam().output)) << errors.toStdString();
+    EXPECT_LE(errors.count('\n'), 1) << errors.toStdString();
+}
+
+INSTANTIATE_TEST_SUITE_P(Starts, StartWithoutDisplay,
+                         testing::Values(StartCase{"plain", {}, "xcb", 1, "no display can be reached"},
+                                         StartCase{"offscreen", {}, "offscreen", 1, "shows no windows"},
+                                         StartCase{"help", {"--help"}, "xcb", 0, "Usage: orrery"},
+                                         StartCase{"version", {"--version"}, "xcb", 0, "orrery 0."},
+                                         StartCase{"wrongOption", {"--nonsense"}, "xcb", 2, "--help"}),
+                         [](const auto& row) { return row.param.name; });
+
+} // namespace
+} // namespace orrery::test

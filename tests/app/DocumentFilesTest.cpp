@@ -1,0 +1,198 @@
+// A document's file at its window: names, saving, reverting, closing.
+#include "app/DocumentFiles.h"
+
+#include "app/ShellTest.h"
+#include "app/StartPanel.h"
+#include "platform/Files.h"
+#include "platform/TemporaryDirectory.h"
+
+#include <QListView>
+#include <QMenu>
+#include <filesystem>
+
+namespace orrery::test {
+namespace {
+
+using DocumentFilesTest = ShellTest;
+
+TEST_F(DocumentFilesTest, UntitledDocumentsTakeTheSmallestFreeNumber) {
+    DocumentWindow& first = openNew();
+    openNew();
+    EXPECT_EQ(coreText(windows().at(1)->windowTitle()), "Untitled 2[*]");
+    first.close();
+    EXPECT_EQ(coreText(openNew().windowTitle()), "Untitled[*]");
+}
+
+TEST_F(DocumentFilesTest, SaveOfAnUntitledDocumentAsksForANameAndAddsTheSuffix) {
+    DocumentWindow& window = openNew();
+    edit(window, "42");
+    action(window, "actionSave").trigger();
+    choose(window, "saveSetupPanel", "");
+    EXPECT_FALSE(window.document().filePath());
+    action(window, "actionSave").trigger();
+    choose(window, "saveSetupPanel", files.path() + "mine");
+    EXPECT_EQ(window.document().filePath(), files.path() + "mine.orrery");
+    EXPECT_EQ(coreText(window.windowTitle()), "mine.orrery[*]");
+    EXPECT_FALSE(window.isWindowModified());
+    EXPECT_NE(readWholeFile(files.path() + "mine.orrery").find("<RunLength>42<"), std::string::npos);
+    EXPECT_EQ(controller->documentController().recentDocuments().paths().front(), files.path() + "mine.orrery");
+}
+
+TEST_F(DocumentFilesTest, SaveTakesWhatIsStillBeingTyped) {
+    DocumentWindow& window = open("crop-single.orrery");
+    auto& field = find<QLineEdit>(window, "runLength");
+    field.setFocus();
+    field.selectAll();
+    QTest::keyClicks(&field, "77");
+    action(window, "actionSave").trigger();
+    EXPECT_NE(readWholeFile(files.path() + "crop-single.orrery").find("<RunLength>77<"), std::string::npos);
+    EXPECT_FALSE(window.isWindowModified());
+}
+
+TEST_F(DocumentFilesTest, SaveAsRefusesTheFileOfAnotherWindow) {
+    DocumentWindow& other = open("crop-single.orrery");
+    DocumentWindow& window = open("insect-single.orrery");
+    const std::string before = readWholeFile(*other.document().filePath());
+    action(window, "actionSaveAs").trigger();
+    ASSERT_TRUE(waitFor([&] { return window.findChild<QFileDialog*>("saveSetupPanel") != nullptr; }));
+    auto& panel = find<QFileDialog>(window, "saveSetupPanel");
+    panel.setOption(QFileDialog::DontConfirmOverwrite);
+    const auto& list = find<QListView>(panel, "listView"); // selects the suggestion once it has been read
+    ASSERT_TRUE(waitFor([&] { return list.selectionModel()->hasSelection(); }));
+    choose(window, "saveSetupPanel", files.path() + "crop-single.orrery");
+    answer(window, "open in another window", "OK");
+    EXPECT_EQ(readWholeFile(*other.document().filePath()), before);
+    EXPECT_EQ(window.document().filePath(), files.path() + "insect-single.orrery");
+}
+
+TEST_F(DocumentFilesTest, AFileThatAnotherProgramChangedIsNotOverwrittenUnasked) {
+    DocumentWindow& window = open("crop-single.orrery");
+    const std::string path = *window.document().filePath();
+    files.write("crop-single.orrery", "not mine");
+    std::filesystem::last_write_time(path, std::filesystem::file_time_type::clock::now() + std::chrono::seconds(5));
+    edit(window, "42");
+    action(window, "actionSave").trigger();
+    answer(window, "changed by another program", "Cancel");
+    EXPECT_EQ(readWholeFile(path), "not mine");
+    EXPECT_TRUE(window.isWindowModified());
+    action(window, "actionSave").trigger();
+    answer(window, "changed by another program", "Save");
+    EXPECT_NE(readWholeFile(path).find("<RunLength>42<"), std::string::npos);
+}
+
+TEST_F(DocumentFilesTest, RevertAsksAndReadsTheFileAgain) {
+    DocumentWindow& window = open("crop-single.orrery");
+    const std::string saved(window.document().theDictionary().textOrEmpty(setup_key::runLength));
+    edit(window, "42");
+    action(window, "actionRevert").trigger();
+    answer(window, "revert", "Cancel");
+    EXPECT_EQ(window.document().theDictionary().textOrEmpty(setup_key::runLength), "42");
+    action(window, "actionRevert").trigger();
+    answer(window, "revert", "Revert");
+    EXPECT_EQ(window.document().theDictionary().textOrEmpty(setup_key::runLength), saved);
+    EXPECT_FALSE(window.isWindowModified());
+}
+
+struct CloseCase {
+    const char* name;
+    const char* button;
+    bool saveFails;
+    bool closes;
+    const char* savedRunLength; // nullptr: the file is as it was
+};
+
+class CloseQuestion : public ShellTest, public testing::WithParamInterface<CloseCase> {};
+
+TEST_P(CloseQuestion, DoesAsAnswered) {
+    QPointer<DocumentWindow> window = &open("crop-single.orrery");
+    const std::string path = *window->document().filePath();
+    const std::string before = readWholeFile(path);
+    edit(*window, GetParam().saveFails ? "42\u4e2d" : "42"); // a character that the file's encoding lacks
+    window->close();
+    answer(*window, "Do you want to save the changes made to “crop-single.orrery”?", GetParam().button);
+    if (GetParam().saveFails) answer(*window, "could not be saved", "OK");
+    EXPECT_EQ(waitFor([&] { return window == nullptr; }, GetParam().closes ? 20'000 : 0), GetParam().closes);
+    const std::string after = readWholeFile(path);
+    if (GetParam().savedRunLength == nullptr) {
+        EXPECT_EQ(after, before);
+    } else {
+        EXPECT_NE(after.find(std::string("<RunLength>") + GetParam().savedRunLength + "<"), std::string::npos);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Answers, CloseQuestion,
+                         testing::Values(CloseCase{"save", "Save", false, true, "42"},
+                                         CloseCase{"saveThatFails", "Save", true, false, nullptr},
+                                         CloseCase{"cancel", "Cancel", false, false, nullptr},
+                                         CloseCase{"dontSave", "Don't Save", false, true, nullptr}),
+                         [](const auto& row) { return row.param.name; });
+
+TEST_F(DocumentFilesTest, ClosingDuringARunAsksAndEndsTheEngine) {
+    QPointer<DocumentWindow> window = &open(slowSetup());
+    window->document().runSimulation();
+    ASSERT_EQ(window->document().runControl().state(), RunControl::State::Running);
+    window->close();
+    answer(*window, "is running", "Cancel");
+    EXPECT_EQ(window->document().runControl().state(), RunControl::State::Running);
+    window->close();
+    answer(*window, "is running", "Abort and Close");
+    ASSERT_TRUE(waitFor([&] { return window == nullptr; }));
+    EXPECT_TRUE(std::holds_alternative<RunLock>(RunLock::tryAcquire(files.path() + "tmp/", "test")));
+}
+
+TEST_F(DocumentFilesTest, AFileOpensOnceUnderAllItsNames) {
+    DocumentWindow& window = open("crop-single.orrery");
+    std::filesystem::create_symlink(files.path() + "crop-single.orrery", files.path() + "link.orrery");
+    auto& documents = controller->documentController();
+    EXPECT_EQ(documents.openDocument(files.path() + "link.orrery"), &window);
+    EXPECT_EQ(documents.openDocument(files.path() + "./x/../crop-single.orrery"), &window);
+    EXPECT_EQ(windows().size(), 1U);
+}
+
+TEST_F(DocumentFilesTest, EqualNamesAreToldApartByTheirFolders) {
+    DocumentWindow& window = open("crop-single.orrery");
+    std::filesystem::create_directories(files.path() + "other");
+    std::filesystem::copy(files.path() + "crop-single.orrery", files.path() + "other");
+    DocumentWindow& other = open(files.path() + "other/crop-single.orrery");
+    EXPECT_TRUE(other.windowTitle().contains(qtPath(files.path() + "other")));
+    EXPECT_TRUE(window.windowTitle().contains(" — "));
+    other.close();
+    EXPECT_EQ(coreText(window.windowTitle()), "crop-single.orrery[*]");
+}
+
+TEST_F(DocumentFilesTest, WhatIsNoSetupIsToldAndItsFileKeptWhenSaving) {
+    DocumentWindow& window = open(files.write("notes.orrery", "just text"));
+    answer(window, "holds no setup", "OK");
+    action(window, "actionSave").trigger();
+    EXPECT_EQ(readWholeFile(files.path() + "notes.orrery~"), "just text");
+    EXPECT_EQ(controller->documentController().openDocument(files.path() + "missing.orrery"), nullptr);
+    answer(window, "“missing.orrery” could not be opened.", "OK");
+}
+
+TEST_F(DocumentFilesTest, RecentSetupsComeMostRecentFirstWithoutMissingOnesAndAreCleared) {
+    for (int number = 0; number < 12; ++number) {
+        const std::string path = files.write("setup " + std::to_string(number) + "\xff.orrery", "");
+        controller->documentController().recentDocuments().note(path); // a name that is no UTF-8
+    }
+    std::filesystem::remove(files.path() + "setup 11\xff.orrery");
+    const auto paths = controller->documentController().recentDocuments().paths();
+    ASSERT_EQ(paths.size(), 9U);
+    EXPECT_EQ(paths.front(), files.path() + "setup 10\xff.orrery");
+    DocumentWindow& window = openNew();
+    auto& menu = find<QMenu>(window, "menuOpenRecent");
+    EXPECT_EQ(menu.actions().size(), 11); // a separator and Clear Menu
+    action(window, "actionClearRecent").trigger();
+    EXPECT_TRUE(controller->documentController().recentDocuments().paths().empty());
+}
+
+} // namespace
+
+std::string ShellTest::slowSetup() {
+    sampleCopy("predator-prey.xml");
+    return files.write(
+        "slow.orrery",
+        "<Simulation><ModelPath>predator-prey.xml</ModelPath><StepsPerDay>1000</StepsPerDay><RunLength>"
+        "1000000</RunLength><ReportStep>1000000</ReportStep><Dimensions>{ 1, 1 }</Dimensions></Simulation>");
+}
+
+} // namespace orrery::test

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "app/WindowFixture.h"
+#include "platform/qt/QtText.h"
+
+#include <QAbstractButton>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPointer>
+#include <algorithm>
+
+namespace orrery::test {
+
+/// Answers sheets and file panels as a person does.
+class ShellTest : public WindowTest {
+protected:
+    static QMessageBox* alertOf(const QWidget& window) {
+        const auto boxes = window.findChildren<QMessageBox*>("alert");
+        const auto shown = std::ranges::find_if(boxes, [](const QMessageBox* box) { return box->isVisible(); });
+        return shown == boxes.end() ? nullptr : *shown;
+    }
+    /// Waits for the window's alert whose message holds the text, and clicks the button.
+    static void answer(const QWidget& window, const QString& message, const QString& button) {
+        ASSERT_TRUE(waitFor([&] { return alertOf(window) && alertOf(window)->text().contains(message); }))
+            << "no alert: " << coreText(message);
+        QMessageBox& box = *alertOf(window);
+        const auto buttons = box.buttons();
+        const auto found = std::ranges::find_if(buttons, [&](auto* each) { return each->text() == button; });
+        ASSERT_NE(found, buttons.end()) << coreText(button);
+        (*found)->click();
+        ASSERT_TRUE(waitFor([&] { return alertOf(window) != &box; }));
+    }
+    /// Waits for the file panel, types the name and accepts; an empty name cancels.
+    static void choose(const QWidget& window, const char* panelName, const std::string& name) {
+        const auto panelOf = [&] { return window.findChild<QFileDialog*>(panelName); };
+        ASSERT_TRUE(waitFor([&] { return panelOf() != nullptr && panelOf()->isVisible(); }));
+        const QPointer<QFileDialog> panel = panelOf();
+        find<QLineEdit>(*panel, "fileNameEdit").setText(qtPath(name));
+        QMetaObject::invokeMethod(panel, name.empty() ? "reject" : "accept", Qt::QueuedConnection);
+        ASSERT_TRUE(waitFor([&] { return panel == nullptr; }));
+    }
+    static void edit(DocumentWindow& window, const std::string& runLength) {
+        window.document().editText(setup_key::runLength, runLength);
+        ASSERT_TRUE(window.isWindowModified());
+    }
+    [[nodiscard]] const std::vector<DocumentWindow*>& windows() const {
+        return controller->documentController().windows();
+    }
+    /// A setup that an engine computes for minutes.
+    [[nodiscard]] std::string slowSetup();
+};
+
+} // namespace orrery::test
