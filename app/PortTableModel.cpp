@@ -84,7 +84,8 @@ QString PortTableModel::editingText(const QModelIndex& index) const {
 }
 
 QString PortTableModel::acceptText(const QModelIndex& index, const QString& text) {
-    if (text == editingText(index)) return {};
+    const bool isThere = static_cast<std::size_t>(index.row()) < m_document.controller(m_list).arrangedObjects().size();
+    if (!isThere || text == editingText(index)) return {};
     std::string typed = coreText(text);
     if (holdsNumbers(index.column())) {
         const SequenceFormatter::Parsed parsed = SequenceFormatter::getObjectValue(typed);

@@ -1,0 +1,228 @@
+// The setup tab by keyboard, and what it shows.
+#include "app/SetupWindow.h"
+#include "app/UndoPassThrough.h"
+#include "platform/Files.h"
+
+#include <gmock/gmock.h>
+
+#include <QElapsedTimer>
+#include <QLabel>
+#include <QToolTip>
+#include <iostream>
+
+namespace orrery::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+class SetupTabTest : public SetupWindowTest {
+protected:
+    /// Opens the cell's editor with the text selected, as Return does.
+    void typeInto(PortTableView& view, int row, int column, const QStringList& keys) {
+        view.setFocus();
+        view.setCurrentIndex(view.model()->index(row, column));
+        xdotool(QStringList{"key", "Return"} + keys);
+    }
+    [[nodiscard]] std::string setting(std::string_view key) {
+        return std::string(window->document().theDictionary().textOrEmpty(key));
+    }
+    void type(const QString& text, const QString& lastKey = "Return") {
+        xdotool({"type", text});
+        press(lastKey);
+    }
+    void press(const QString& key) { xdotool({"key", key}); }
+};
+
+TEST_F(SetupTabTest, NumbersAreCheckedInTheirCellsAndKeptAsTyped) {
+    openSample("insect-two-steppers.orrery");
+    PortTableView& steppers = table("stepperTable");
+    typeInto(steppers, 0, 1, {"type", "1.50"});
+    press("Tab"); // goes on to the step
+    ASSERT_TRUE(waitFor([&] { return steppers.currentIndex().column() == 2; }));
+    EXPECT_THAT(fieldsOf(PortList::Steppers, "start"), ElementsAre("1.50", "0.1"));
+    type("12abc");
+    ASSERT_TRUE(waitFor([] { return QToolTip::isVisible(); }));
+    EXPECT_EQ(QToolTip::text(), "Couldn't convert  to float");
+    EXPECT_THAT(fieldsOf(PortList::Steppers, "step"), ElementsAre("40", "0.05"));
+
+    typeInto(table("inputTable"), 0, 1, {"type", "{2, 3}"}); // a pair is no number, and needs to be none
+    press("Return");
+    ASSERT_TRUE(waitFor([&] { return fieldsOf(PortList::Initializations, "coordinates").front() == "{2, 3}"; }));
+}
+
+TEST_F(SetupTabTest, OldBracesAreEditedAwayOnlyWhenTheValueIsChanged) {
+    openSample("insect-two-steppers.orrery");
+    window->document().editEntry(PortList::Initializations, 0, "value", "{ 3 }");
+    typeInto(table("inputTable"), 0, 2, {});
+    press("Return");
+    press("F2");
+    ASSERT_TRUE(waitFor([&] { return table("inputTable").findChild<QLineEdit*>("cellEditor") != nullptr; }));
+    EXPECT_EQ(table("inputTable").findChild<QLineEdit*>("cellEditor")->text(), " 3 ");
+    EXPECT_THAT(fieldsOf(PortList::Initializations, "value"), ElementsAre("{ 3 }"));
+}
+
+TEST_F(SetupTabTest, AFieldIsCommittedByReturnAndByLeavingAndHasUndoOfItsOwnWhileItIsTypedInto) {
+    openSample("insect-two-steppers.orrery");
+    QLineEdit& runLength = field("runLength");
+    runLength.setFocus();
+    runLength.selectAll();
+    type("50");
+    ASSERT_TRUE(waitFor([&] { return setting("runLength") == "50"; }));
+    EXPECT_THAT(find<QLabel>(*window, "sweepSize").text().toStdString(), HasSubstr("21 × 9 × 25 = 4,725 rows"));
+
+    xdotool({"type", "7"});
+    press("ctrl+z"); // of the typing
+    ASSERT_TRUE(waitFor([&] { return runLength.text() == "50"; }));
+    EXPECT_EQ(setting("runLength"), "50");
+    press("ctrl+z"); // of the document
+    ASSERT_TRUE(waitFor([&] { return setting("runLength") == "210"; }));
+    EXPECT_EQ(runLength.text(), "210");
+    press("ctrl+shift+z");
+    ASSERT_TRUE(waitFor([&] { return runLength.text() == "50"; }));
+
+    xdotool({"type", "9"});
+    ASSERT_TRUE(waitFor([&] { return runLength.text() == "509"; }));
+    window->document().editText("GCD", "4"); // another change does not disturb the typing
+    EXPECT_EQ(runLength.text(), "509");
+    commitPendingEdit(*window);
+    EXPECT_EQ(setting("runLength"), "509");
+    EXPECT_TRUE(runLength.hasFocus());
+    press("3");
+    press("Escape");
+    ASSERT_TRUE(waitFor([&] { return runLength.text() == "509"; }));
+}
+
+TEST_F(SetupTabTest, PortsAreAddedMovedAndRemovedByKeys) {
+    openSample("insect-two-steppers.orrery");
+    outline().setFocus();
+    outline().setCurrentIndex(showNode("Moth/Eggs/inputs/delay"));
+    EXPECT_FALSE(action(*window, "actionAddToOutputs").isEnabled());
+    EXPECT_TRUE(action(*window, "actionAddToInitializations").isEnabled());
+    EXPECT_FALSE(action(*window, "actionMoveUp").isEnabled());
+    press("ctrl+shift+t");
+    ASSERT_TRUE(waitFor([&] { return ports(PortList::Steppers).size() == 3; }));
+    PortTableView& steppers = table("stepperTable");
+    steppers.setFocus();
+    EXPECT_FALSE(action(*window, "actionMoveDown").isEnabled());
+    press("alt+Up");
+    ASSERT_TRUE(waitFor([&] { return ports(PortList::Steppers)[1] == "/Orchard/Moth/Eggs/delay"; }));
+    EXPECT_THAT(window->document().controller(PortList::Steppers).selection(), ElementsAre(1U));
+    press("Delete");
+    ASSERT_TRUE(waitFor([&] { return ports(PortList::Steppers).size() == 2; }));
+    EXPECT_THAT(fieldsOf(PortList::Steppers, "start"), ElementsAre("0", "0.1"));
+    outline().setCurrentIndex(showNode("Moth/Eggs/inputs"));
+    EXPECT_FALSE(action(*window, "actionAddToSteppers").isEnabled());
+}
+
+TEST_F(SetupTabTest, TheFilterShowsMatchesWithTheirAncestorsAndEscapeShowsAllAgain) {
+    openSample("insect-two-steppers.orrery");
+    outline().collapseAll();
+    outline().expand(showNode("Weather"));
+    outline().collapse(showNode("Moth"));
+    press("ctrl+l");
+    xdotool({"type", "DELAY"});
+    auto& model = static_cast<ModelOutlineModel&>(*outline().model());
+    ASSERT_TRUE(waitFor([&] { return model.filter() == "DELAY"; }));
+    EXPECT_EQ(model.rowCount(), 1);
+    EXPECT_EQ(model.shownCount(), 1U + 4 * 3); // Moth, four stages with their group and port
+    EXPECT_TRUE(outline().isExpanded(model.indexForPath("Moth/Eggs/inputs")));
+    press("Escape");
+    ASSERT_TRUE(waitFor([&] { return model.filter().isEmpty(); }));
+    EXPECT_TRUE(outline().isExpanded(model.indexForPath("Weather")));
+    EXPECT_FALSE(outline().isExpanded(model.indexForPath("Moth")));
+    outline().setFilter("eggs/DEL"); // as port paths have it
+    EXPECT_EQ(model.shownCount(), 4U);
+    outline().setFilter("pupae");
+    EXPECT_TRUE(model.indexForPath("Moth/Pupae/inputs/initial").isValid()) << "what is inside a match is shown too";
+}
+
+TEST_F(SetupTabTest, APortThatTheModelHasNotIsMarkedUntilTheModelHasIt) {
+    openSample("insect-two-steppers.orrery");
+    const QModelIndex cell = table("stepperTable").model()->index(0, 0);
+    window->document().editEntry(PortList::Steppers, 0, "portPath", "/Orchard/Weather/heigth");
+    const std::string fault = cell.data(Qt::AccessibleDescriptionRole).toString().toStdString();
+    EXPECT_THAT(fault, HasSubstr("Did you mean /Orchard/Weather/height?"));
+    EXPECT_THAT(cell.data(Qt::ToolTipRole).toString().toStdString(), HasSubstr(fault));
+    EXPECT_TRUE(cell.data(Qt::FontRole).value<QFont>().italic());
+
+    outline().expand(showNode("Moth/Eggs"));
+    std::string model = readWholeFile(files.path() + "insect.xml");
+    const std::string name = ">height<";
+    model.replace(model.find(name), name.size(), ">heigth<");
+    files.write("insect.xml", model);
+    window->document().setModelModification(std::nullopt);
+    window->document().refreshModel();
+    EXPECT_EQ(cell.data(Qt::AccessibleDescriptionRole).toString(), "");
+    EXPECT_TRUE(outline().isExpanded(showNode("Moth/Eggs"))) << "what was open stays open";
+}
+
+TEST_F(SetupTabTest, AWindowThatGoesWithAnOpenCellEditorTakesItAlong) {
+    openSample("insect-two-steppers.orrery");
+    typeInto(table("stepperTable"), 0, 1, {"type", "99"});
+    ASSERT_TRUE(waitFor([&] { return table("stepperTable").findChild<QLineEdit*>("cellEditor") != nullptr; }));
+    delete window;
+}
+
+/// Levels of ten parts with nine ports each.
+std::string largeModel(int levels) {
+    std::string objects;
+    std::string children;
+    const auto object = [&objects](const std::string& type, const std::string& id, const std::string& name,
+                                   const std::string& relationships) {
+        objects += "<object type='" + type + "' id='" + id + "'><attribute name='name'>" + name + "</attribute>" +
+                   relationships + "</object>\n";
+    };
+    const auto relation = [](const char* name, const std::string& ids) {
+        return std::string("<relationship name='") + name + "' idrefs='" + ids + "'/>";
+    };
+    for (int level = 0; level < levels; ++level) {
+        const std::string levelId = "l" + std::to_string(level);
+        std::string parts;
+        for (int part = 0; part < 10; ++part) {
+            const std::string partId = levelId + "p" + std::to_string(part);
+            std::string ports;
+            for (int port = 0; port < 9; ++port) {
+                const std::string portId = partId + "o" + std::to_string(port);
+                object("KSOUTPUT", portId, "port " + portId, relation("parent", partId));
+                ports += (port > 0 ? " " : "") + portId;
+            }
+            object("KSEXPRESSION", partId, "part " + partId, relation("parent", levelId) + relation("outputs", ports));
+            parts += (part > 0 ? " " : "") + partId;
+        }
+        object("KSLEVEL", levelId, "level " + levelId, relation("parent", "root") + relation("children", parts));
+        children += (level > 0 ? " " : "") + levelId;
+    }
+    object("KSLEVEL", "root", "Large", relation("children", children));
+    return "<database>" + objects + "</database>";
+}
+
+TEST_F(SetupTabTest, AModelOfAHundredThousandNodesIsShownAndFiltered) {
+    window = &openNew();
+    const std::string path = files.write("large.xml", largeModel(830));
+    QElapsedTimer timer;
+    const auto report = [&timer](const char* what) {
+        QCoreApplication::processEvents();
+        std::cout << what << ": " << timer.restart() << " ms\n";
+    };
+    timer.start();
+    window->document().useModel(path);
+    report("imported and shown");
+    auto& model = static_cast<ModelOutlineModel&>(*outline().model());
+    EXPECT_GT(model.shownCount(), 100'000U);
+    for (const char* text : {"p", "po", "port l829p9o8", "l829p9/port"}) {
+        field("modelFilter").setText(text);
+        report(text);
+    }
+    EXPECT_EQ(model.shownCount(), 3U + 9); // level, part, group, ports
+    field("modelFilter").clear();
+    report("all again");
+    outline().reloadData();
+    report("reloaded");
+    window->document().editText("runLength", "20");
+    report("a setting changed");
+    EXPECT_GT(model.shownCount(), 100'000U);
+}
+
+} // namespace
+} // namespace orrery::test
