@@ -172,7 +172,8 @@ QModelIndex ModelOutlineModel::indexForPath(std::string_view path) const {
 QModelIndex ModelOutlineModel::index(int row, int column, const QModelIndex& parent) const {
     if (row < 0 || column != 0 || row >= rowCount(parent)) return {};
     const Item* owner = item(parent);
-    return createIndex(row, 0, static_cast<quintptr>((owner == nullptr ? 0 : owner->firstChild) + row));
+    const int position = (owner == nullptr ? 0 : owner->firstChild) + row;
+    return createIndex(row, 0, quintptr(position));
 }
 
 QModelIndex ModelOutlineModel::parent(const QModelIndex& child) const {

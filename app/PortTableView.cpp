@@ -12,7 +12,6 @@
 #include <QMimeData>
 #include <QPainter>
 #include <QScopedValueRollback>
-#include <QTimer>
 #include <QToolTip>
 #include <algorithm>
 
@@ -180,7 +179,7 @@ void PortTableView::dropEvent(QDropEvent* event) {
     stopAutoScroll();
     setState(NoState);
     showTarget({});
-    if (!target) return event->ignore();
+    if (!target || m_document == nullptr) return event->ignore();
     const QtPasteboard pasteboard(event->mimeData());
     if (!m_document->tableViewAcceptDrop(m_list, pasteboard, target->row, target->operation)) return event->ignore();
     event->setDropAction(target->action);
@@ -230,16 +229,20 @@ bool PortTableView::focusNextPrevChild(bool next) {
     const QModelIndex current = currentIndex();
     const int cell = current.isValid() ? current.row() * model()->columnCount() + current.column() : -1;
     const bool leaves = last < 0 || (next ? cell == last : cell <= 0);
-    return leaves ? QAbstractScrollArea::focusNextPrevChild(next) : QTableView::focusNextPrevChild(next);
+    setTabKeyNavigation(!leaves);
+    const bool moved = QTableView::focusNextPrevChild(next);
+    setTabKeyNavigation(true);
+    return moved;
 }
 
 /// Shown when the editor has gone, which would take a tool tip with it.
 void PortTableView::showRefusal(const QModelIndex& index, const QString& reason) {
-    QTimer::singleShot(0, this, [this, cell = QPersistentModelIndex(index), reason] {
+    const auto show = [this, cell = QPersistentModelIndex(index), reason] {
         if (!cell.isValid()) return;
         const QRect place = visualRect(cell);
         QToolTip::showText(viewport()->mapToGlobal(place.bottomLeft()), reason, viewport(), place);
-    });
+    };
+    QMetaObject::invokeMethod(this, show, Qt::QueuedConnection);
 }
 
 } // namespace orrery

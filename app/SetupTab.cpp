@@ -74,6 +74,7 @@ void SetupTab::layOut() {
     m_ui.mainSplitter->setSizes({240, 760});
     m_ui.workSplitter->setStretchFactor(0, 1);
     m_ui.workSplitter->setStretchFactor(1, 0);
+    m_ui.workSplitter->setSizes({600, 150});
     m_ui.outputTable->setEmptyStateText(tr("Drag output ports here"));
     m_ui.inputTable->setEmptyStateText(tr("Drag input ports here to give them a first value"));
     m_ui.stepperTable->setEmptyStateText(tr("Drag input ports here to sweep them from start by step to stop"));
