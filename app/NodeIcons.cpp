@@ -17,7 +17,7 @@ enum class Shape { Level, Part, Inputs, Outputs, Input, Output, Warning };
 /// Draws one shape on a canvas of 16 × 16 units.
 class ShapePainter {
 public:
-    ShapePainter(QPainter& painter, QColor color) : m_painter(painter), m_color(std::move(color)) {}
+    ShapePainter(QPainter& painter, const QColor& color) : m_painter(painter), m_color(color) {}
 
     void draw(Shape shape, QChar letter) {
         m_painter.setPen(QPen(m_color, 1.3, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));

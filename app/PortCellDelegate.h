@@ -17,7 +17,7 @@ public:
 
 signals:
     /// What was typed into the cell cannot be taken; the old value stays.
-    void refused(const QModelIndex& index, const QString& reason) const;
+    void refused(const QPersistentModelIndex& cell, const QString& reason) const;
 
 protected:
     void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override;

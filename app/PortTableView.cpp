@@ -26,7 +26,8 @@ PortTableView::PortTableView(QWidget* parent) : QTableView(parent) {
     horizontalHeader()->setHighlightSections(false);
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 8);
-    connect(delegate, &PortCellDelegate::refused, this, &PortTableView::showRefusal);
+    // Queued: the editor that goes now would take the tool tip with it.
+    connect(delegate, &PortCellDelegate::refused, this, &PortTableView::showRefusal, Qt::QueuedConnection);
 }
 
 void PortTableView::setDocument(MyDocument& document, PortList list, PortFaults& faults) {
@@ -208,7 +209,8 @@ void PortTableView::drawTarget(QPainter& painter) const {
 
 void PortTableView::paintEvent(QPaintEvent* event) {
     QTableView::paintEvent(event);
-    if (m_model != nullptr && m_model->rowCount() == 0) drawEmptyState(*this, m_emptyStateText);
+    if (m_model == nullptr) return;
+    if (m_model->rowCount() == 0) drawEmptyState(*this, m_emptyStateText);
     if (!m_target) return;
     QPainter painter(viewport());
     drawTarget(painter);
@@ -235,14 +237,10 @@ bool PortTableView::focusNextPrevChild(bool next) {
     return moved;
 }
 
-/// Shown when the editor has gone, which would take a tool tip with it.
-void PortTableView::showRefusal(const QModelIndex& index, const QString& reason) {
-    const auto show = [this, cell = QPersistentModelIndex(index), reason] {
-        if (!cell.isValid()) return;
-        const QRect place = visualRect(cell);
-        QToolTip::showText(viewport()->mapToGlobal(place.bottomLeft()), reason, viewport(), place);
-    };
-    QMetaObject::invokeMethod(this, show, Qt::QueuedConnection);
+void PortTableView::showRefusal(const QPersistentModelIndex& cell, const QString& reason) {
+    if (!cell.isValid()) return;
+    const QRect place = visualRect(cell);
+    QToolTip::showText(viewport()->mapToGlobal(place.bottomLeft()), reason, viewport(), place);
 }
 
 } // namespace orrery

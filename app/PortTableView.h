@@ -55,7 +55,7 @@ private:
     [[nodiscard]] DropTarget proposedTarget(int y, bool onlyBetween) const;
     void showTarget(std::optional<DropTarget> target);
     void drawTarget(QPainter& painter) const;
-    void showRefusal(const QModelIndex& index, const QString& reason);
+    void showRefusal(const QPersistentModelIndex& cell, const QString& reason);
     void layOutColumns();
 
     MyDocument* m_document = nullptr;
