@@ -4,6 +4,7 @@
 #include "platform/qt/QtGlSurface.h"
 #include "platform/qt/QtText.h"
 #include "plot/BasicOpenGLView.h"
+#include "support/SessionBus.h"
 #include "support/VirtualDisplay.h"
 
 #include <QAction>
@@ -56,6 +57,7 @@ private:
     char m_name[7] = "orrery";
     char* m_arguments[2] = {m_name, nullptr};
     VirtualDisplay m_display;
+    SessionBus m_bus; // before the application: what looks for a bus first settles its address
     QProcess m_windowManager;
     std::unique_ptr<QApplication> m_application;
 };
@@ -66,6 +68,15 @@ void saveScreen(const std::string& testName) {
     QGuiApplication::primaryScreen()->grabWindow(0).save(qtPath(path));
     std::cerr << "The screen: " << path << "\n";
 }
+
+/// The desktop lives from the first test to the last: Qt's own statics must outlive the application object.
+class DesktopEnvironment : public testing::Environment {
+    void SetUp() override { m_desktop = std::make_unique<Desktop>(); }
+    void TearDown() override { m_desktop.reset(); }
+    std::unique_ptr<Desktop> m_desktop;
+};
+const testing::Environment* const desktopEnvironment =
+    testing::AddGlobalTestEnvironment(new DesktopEnvironment); // gtest's to delete
 
 } // namespace
 
@@ -111,7 +122,6 @@ QPoint centreOnScreen(const QWidget& widget) {
 }
 
 WindowTest::WindowTest() {
-    static Desktop desktop;
     std::filesystem::create_directories(files.path() + "tmp");
     ::setenv("TMPDIR", (files.path() + "tmp").c_str(), 1);
     services = std::make_unique<ApplicationServices>(std::make_unique<MemoryUserDefaults>());
