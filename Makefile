@@ -9,16 +9,17 @@ configured = test -f build/$(1)/build.ninja || cmake --preset $(1)
 help: ## Say what there is to make
 	@awk -F ':.*## ' '/^[a-z]+:.*## / { printf "make %-11s %s\n", $$1, $$2 }' Makefile
 
-run: ## Build, run a sample through the engine, print and draw what came out
+run: ## Build, run a sample through the engine, draw what came out, and open the application on it
 	@scripts/install-packages build
 	$(call configured,dev) -DORRERY_TESTS=OFF -DORRERY_BENCH=OFF
-	cmake --build --preset dev --target orrery-batch Zephyr
+	cmake --build --preset dev --target orrery orrery-batch Zephyr
 	build/dev/bin/orrery-batch run --report $(sample)
 	@$(plot) --axis1 day --include $(growth)/biomass --include $(growth)/grain \
 		--include 'Farm/Soil/Water balance/soil water' --png build/crop-curves.png
 	@$(plot) --axis1 /Farm/Management/irrigation --axis2 '/Farm/Management/sowing temperature' --hold day=258 \
 		--include $(growth)/biomass --include $(growth)/grain --rotate 30 --light 2 --png build/crop-surfaces.png
 	@echo "Pictures: build/crop-curves.png build/crop-surfaces.png"
+	@scripts/show-application $(sample) build/orrery-window.png
 
 test: ## Build everything and run the tests
 	@scripts/install-packages build test

@@ -48,6 +48,8 @@ public:
     void quit();
 
     void showStartPanelWhenEmpty();
+    /// The active document window, else the one made last, else the start panel.
+    [[nodiscard]] QWidget* frontWindow();
     [[nodiscard]] StartPanel& startPanel() { return *m_startPanel; }
 
 signals:
@@ -57,7 +59,6 @@ private:
     void windowMade(DocumentWindow& window);
     void reviewNext();
     void showPage(const QString& title, const QString& page);
-    [[nodiscard]] QWidget* frontWindow();
 
     ApplicationServices& m_services;
     DocumentController m_documents;

@@ -13,6 +13,7 @@ std::optional<LaunchOptions> launchOptions(int argc, char** argv, int& exitCode)
     CLI::App parser{"Orrery sets up, runs and shows parameter sweeps of a simulation model.", "orrery"};
     parser.set_version_flag("--version", "orrery " ORRERY_VERSION);
     parser.add_flag("--new-instance", options.newInstance, "Start another program even when one is running");
+    parser.add_option("--picture", options.picture, "Save a picture of the window (PNG) and end");
     parser.add_option("files", options.files, "Setups to open");
     parser.footer("A program that is running already opens the files. Without a display, use orrery-batch.");
     try {
@@ -22,6 +23,7 @@ std::optional<LaunchOptions> launchOptions(int argc, char** argv, int& exitCode)
         if (exitCode == 2) std::cerr << "orrery: " << error.what() << ". Ask for the options with --help.\n";
         return std::nullopt;
     }
+    if (!options.picture.empty()) options.picture = absolutePath(options.picture);
     for (std::string& file : options.files) {
         file = absolutePath(file);
     }

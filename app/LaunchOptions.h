@@ -10,6 +10,7 @@ namespace orrery {
 struct LaunchOptions {
     std::vector<std::string> files; // absolute
     bool newInstance = false;       // do not hand the files to a program that runs already
+    std::string picture;            // where to save a picture of the front window before ending; empty: do not end
 };
 
 /// Reads the arguments. Answers --help and --version, and tells of wrong options; `exitCode` is then what to end with.

@@ -1,6 +1,7 @@
 #include "app/AppController.h"
 #include "app/LaunchOptions.h"
 #include "app/SingleInstance.h"
+#include "app/WindowPicture.h"
 #include "platform/Log.h"
 #include "platform/qt/QtAlerts.h"
 #include "platform/qt/QtGlSurface.h"
@@ -46,6 +47,13 @@ std::unique_ptr<QApplication> makeApplication() {
     return application;
 }
 
+void pictureAndEnd(AppController& controller, const std::string& path) {
+    takeWindowPicture(*controller.frontWindow(), path, [](const std::string& failure) {
+        if (!failure.empty()) std::cerr << "orrery: " << failure << '\n';
+        QCoreApplication::exit(failure.empty() ? 0 : 1);
+    });
+}
+
 int run(const LaunchOptions& options) {
     ApplicationServices services(std::make_unique<FileUserDefaults>(FileUserDefaults::standardPath()));
     AppController controller(services);
@@ -55,6 +63,7 @@ int run(const LaunchOptions& options) {
     controller.openFiles(options.files);
     controller.applicationDidFinishLaunching();
     controller.showStartPanelWhenEmpty();
+    if (!options.picture.empty()) pictureAndEnd(controller, options.picture);
     return QApplication::exec();
 }
 
