@@ -16,12 +16,15 @@ namespace {
 
 class Screenshots : public WindowTest {
 protected:
-    static void save(const std::string& name) {
+    static std::string folder() {
         const char* wanted = std::getenv("ORRERY_SCREENSHOTS");
-        const std::string folder = wanted != nullptr ? wanted : ORRERY_BIN "/../screenshots";
-        std::filesystem::create_directories(folder);
+        const std::string path = wanted != nullptr ? wanted : ORRERY_BIN "/../screenshots";
+        std::filesystem::create_directories(path);
+        return path;
+    }
+    static void save(const std::string& name) {
         QTest::qWait(250); // styles fade focus rings and hovers in
-        ASSERT_TRUE(QGuiApplication::primaryScreen()->grabWindow(0).save(qtPath(folder + "/" + name + ".png")));
+        ASSERT_TRUE(QGuiApplication::primaryScreen()->grabWindow(0).save(qtPath(folder() + "/" + name + ".png")));
     }
 
     DocumentWindow& openSized(const std::string& sample, QSize size = {1180, 820}) {
@@ -73,6 +76,26 @@ TEST_F(Screenshots, Plots) {
     save("plot-surfaces");
     window.resize(1024, 700);
     save("plot-1024x700");
+}
+
+/// The picture of the README: the window alone.
+TEST_F(Screenshots, Documentation) {
+    DocumentWindow& window = openSized("crop-two-steppers.orrery", {1100, 760});
+    MyDocument& document = window.document();
+    run(window);
+    action(window, "actionShowPlot").trigger();
+    document.independentVariables()[2].setConstant(258);
+    for (ResponseVariable& response : document.dependentVariables()) {
+        const std::string& name = response.name();
+        response.setValue("includep", name.ends_with("biomass") || name.ends_with("grain"));
+    }
+    choose(window, "sweepRole0", 1);
+    choose(window, "sweepRole1", 2);
+    document.setYRotation(30);
+    document.setLightHeight(2);
+    document.outlets().dependentVariableSettings->reloadData();
+    save("screen-documentation");
+    window.grab().save(qtPath(folder() + "/window-plot.png"));
 }
 
 TEST_F(Screenshots, UnsavedRunAlert) {
