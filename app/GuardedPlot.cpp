@@ -4,6 +4,7 @@
 
 #include <exception>
 #include <new>
+#include <stdexcept>
 #include <string>
 
 namespace orrery {
@@ -25,11 +26,14 @@ void fail(MyDocument& document, const std::string& reason) {
 } // namespace
 
 void guardedPlot(MyDocument& document, const std::function<void()>& command) {
+    const char* const tooLarge =
+        "There is not enough memory. Include fewer responses, or put a variable with fewer values on an axis.";
     try {
         command();
     } catch (const std::bad_alloc&) {
-        fail(document,
-             "There is not enough memory. Draw fewer responses, or put a variable of fewer values on an axis.");
+        fail(document, tooLarge);
+    } catch (const std::length_error&) {
+        fail(document, tooLarge);
     } catch (const std::exception& failure) {
         fail(document, failure.what());
     }

@@ -20,6 +20,7 @@ namespace {
 
 constexpr auto setupIdentifier = "1"; // of the tab views, in their order
 constexpr auto plotIdentifier = "2";
+constexpr int columnWidth = 320; // of the controls at first
 
 } // namespace
 
@@ -27,7 +28,7 @@ PlotTab::PlotTab(MyDocument& document, Ui::MyDocument& ui, Ui::MainMenu& menu, T
     : m_document(document), m_ui(ui), m_menu(menu), m_sweepSettings(document, *ui.independentVariableSettings),
       m_responseSettings(document, ui), m_camera(document, ui, menu) {
     ui.plotSplitter->setStretchFactor(0, 1);
-    ui.plotSplitter->setStretchFactor(1, 0);
+    ui.plotSplitter->setSizes({columnWidth * 2, columnWidth});
     makeView(rasterizer);
     connectTabs();
     ui.plotControlsContents->installEventFilter(this);

@@ -12,7 +12,7 @@ namespace orrery {
 
 namespace {
 
-constexpr std::size_t manyRows = 8; // more scroll by themselves
+constexpr std::size_t manyRows = 12; // more scroll by themselves
 
 } // namespace
 
@@ -20,8 +20,8 @@ ResponseSettings::ResponseSettings(MyDocument& document, Ui::MyDocument& ui)
     : m_document(document), m_ui(ui),
       m_rows(ui.dependentVariableLayout, [this](std::size_t number) { return makeRow(number); }) {
     connect(ui.responseFilter, &QLineEdit::textChanged, this, [this] { applyFilter(); });
-    connect(ui.responsesAll, &QPushButton::clicked, this, [this] { includeListed(true); });
-    connect(ui.responsesNone, &QPushButton::clicked, this, [this] { includeListed(false); });
+    connect(ui.responsesAll, &QToolButton::clicked, this, [this] { includeListed(true); });
+    connect(ui.responsesNone, &QToolButton::clicked, this, [this] { includeListed(false); });
 }
 
 ResponseVariableRow* ResponseSettings::makeRow(std::size_t number) {
@@ -37,8 +37,9 @@ ResponseVariableRow* ResponseSettings::makeRow(std::size_t number) {
 void ResponseSettings::reloadData() {
     m_rows.resize(m_document.dependentVariables().size());
     showRows();
-    m_ui.dependentVariableTitle->setVisible(m_rows.size() > 0);
-    m_ui.responseTools->setVisible(m_rows.size() > 1);
+    m_ui.responseTools->setVisible(m_rows.size() > 0);
+    m_ui.responsesAll->setVisible(m_rows.size() > 1);
+    m_ui.responsesNone->setVisible(m_rows.size() > 1);
     m_ui.responseFilter->setVisible(m_rows.size() > manyRows);
     if (m_rows.size() <= manyRows) m_ui.responseFilter->clear();
     applyFilter();
@@ -62,7 +63,7 @@ void ResponseSettings::chooseColor(std::size_t row) {
     const ResponseVariable record = m_document.dependentVariables()[row];
     auto* dialog = new QColorDialog(qtColor(record.color()), m_rows[row].window());
     dialog->setObjectName("colorDialog");
-    dialog->setWindowTitle(tr("Colour of %1").arg(qtText(record.name())));
+    dialog->setWindowTitle(tr("Color of %1").arg(qtText(record.name())));
     dialog->setOption(QColorDialog::DontUseNativeDialog);
     dialog->setWindowModality(Qt::WindowModal);
     dialog->setAttribute(Qt::WA_DeleteOnClose);

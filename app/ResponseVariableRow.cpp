@@ -79,8 +79,8 @@ void ResponseVariableRow::show(const ResponseVariable& variable) {
 void ResponseVariableRow::showColor(const Color& color) {
     const QColor shown = qtColor(color);
     m_color->setIcon(swatch(shown, m_color->iconSize(), devicePixelRatioF(), palette().color(QPalette::Mid)));
-    m_color->setAccessibleName(tr("Colour of %1: %2").arg(accessibleName(), shown.name()));
-    m_color->setToolTip(tr("Colour %1; choose another").arg(shown.name()));
+    m_color->setAccessibleName(tr("Color of %1: %2").arg(accessibleName(), shown.name()));
+    m_color->setToolTip(tr("Color %1; choose another").arg(shown.name()));
 }
 
 void ResponseVariableRow::mouseReleaseEvent(QMouseEvent* event) {

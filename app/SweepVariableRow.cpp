@@ -11,6 +11,7 @@
 
 #include <QComboBox>
 #include <QGridLayout>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QSignalBlocker>
 #include <QSlider>
@@ -25,6 +26,18 @@ namespace {
 constexpr int fieldTag = 1;
 constexpr int sliderTag = 2;
 constexpr int roleTag = 3;
+
+/// Opens for the arrow keys, instead of taking every role on the way and so another variable's axis.
+class RoleChooser : public QComboBox {
+public:
+    using QComboBox::QComboBox;
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override {
+        const bool arrow = event->key() == Qt::Key_Up || event->key() == Qt::Key_Down;
+        arrow ? showPopup() : QComboBox::keyPressEvent(event);
+    }
+};
 
 /// A value of the grid, without the last digits, which are rounding.
 QString gridText(const IndependentVariable& variable, std::uint32_t index) {
@@ -52,7 +65,7 @@ QString gridDescription(const IndependentVariable& variable) {
 } // namespace
 
 SweepVariableRow::SweepVariableRow(std::size_t number, QWidget* parent)
-    : QWidget(parent), m_name(new ElidedLabel(this)), m_role(new QComboBox(this)),
+    : QWidget(parent), m_name(new ElidedLabel(this)), m_role(new RoleChooser(this)),
       m_slider(new QSlider(Qt::Horizontal, this)), m_field(new QLineEdit(this)) {
     makeControls();
     nameControls(number);
