@@ -85,7 +85,7 @@ void ResponseSettings::includeListed(bool drawn) {
 void ResponseSettings::showRows() {
     const auto& variables = m_document.dependentVariables();
     for (std::size_t row = 0; row < std::min(m_rows.size(), variables.size()); ++row) {
-        m_rows[row].show(variables[row]);
+        m_rows[row].showVariable(variables[row]);
     }
 }
 

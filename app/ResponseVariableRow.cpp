@@ -62,7 +62,7 @@ void ResponseVariableRow::nameControls(std::size_t number) {
     m_color->setObjectName("responseColor" + suffix);
 }
 
-void ResponseVariableRow::show(const ResponseVariable& variable) {
+void ResponseVariableRow::showVariable(const ResponseVariable& variable) {
     const QString name = qtText(variable.name());
     setAccessibleName(name);
     m_name->setText(name);

@@ -20,7 +20,7 @@ class ResponseVariableRow : public QWidget {
 public:
     ResponseVariableRow(std::size_t number, QWidget* parent);
 
-    void show(const ResponseVariable& variable);
+    void showVariable(const ResponseVariable& variable);
 
 signals:
     void included(bool drawn);

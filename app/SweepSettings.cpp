@@ -85,7 +85,7 @@ void SweepSettings::hold(std::size_t row, int tag, float constant) {
 void SweepSettings::showRows() {
     const auto& variables = m_document.independentVariables();
     for (std::size_t row = 0; row < std::min(m_rows.size(), variables.size()); ++row) {
-        m_rows[row].show(variables[row]);
+        m_rows[row].showVariable(variables[row]);
     }
 }
 

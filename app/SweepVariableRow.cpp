@@ -104,7 +104,7 @@ void SweepVariableRow::nameControls(std::size_t number) {
     m_field->setObjectName("sweepHeldField" + suffix);
 }
 
-void SweepVariableRow::show(const IndependentVariable& variable) {
+void SweepVariableRow::showVariable(const IndependentVariable& variable) {
     const QSignalBlocker quiet(m_slider);
     describe(variable);
     m_role->setCurrentIndex(variable.function() <= 2 ? static_cast<int>(variable.function()) : -1);

@@ -21,7 +21,7 @@ class SweepVariableRow : public QWidget {
 public:
     SweepVariableRow(std::size_t number, QWidget* parent);
 
-    void show(const IndependentVariable& variable);
+    void showVariable(const IndependentVariable& variable);
     void setControlEnabled(int tag, bool enabled);
 
 signals:
