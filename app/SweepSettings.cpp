@@ -39,7 +39,6 @@ SweepSettings::SweepSettings(MyDocument& document, QWidget& place)
       m_rows(place.layout(), [this](std::size_t number) { return makeRow(number); }) {
     m_empty->setObjectName("noSweepVariables");
     m_empty->setWordWrap(true);
-    m_empty->setEnabled(false);
     place.layout()->addWidget(m_empty);
 }
 

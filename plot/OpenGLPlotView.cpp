@@ -11,9 +11,8 @@ namespace orrery {
 
 namespace {
 
-const TextAttributes& labelAttributes() {
-    static const TextAttributes attributes{"Lucida Grande", 13.0, {0, 255, 0}};
-    return attributes;
+TextAttributes labelAttributes(double scale) {
+    return {"Lucida Grande", 13.0 * scale, {0, 255, 0}};
 }
 
 void setAxisColor() {
@@ -26,7 +25,6 @@ void rotate(const std::array<float, 4>& rotation) {
 }
 
 void setLines() {
-    glLineWidth(3.0F);
     glEnable(GL_LINE_SMOOTH);
     glHint(GL_LINE_SMOOTH_HINT, GL_NICEST);
     glEnable(GL_BLEND);
@@ -134,6 +132,8 @@ void OpenGLPlotView::reshape() {
 }
 
 void OpenGLPlotView::drawObjects() {
+    if (surface().scale() != m_scale) makeTextures();
+    glLineWidth(static_cast<float>(3.0 * m_scale));
     if (m_dimensions == 3) {
         drawObjects3();
     } else if (m_dimensions == 2) {
@@ -274,8 +274,9 @@ bool OpenGLPlotView::drawable(std::size_t index) const {
 void OpenGLPlotView::makeTextures() {
     m_textures.clear(); // the old textures go before the new ones come
     m_textures.reserve(m_strings.size());
+    m_scale = surface().scale();
     for (const std::string& string : m_strings) {
-        m_textures.emplace_back(m_rasterizer, string, labelAttributes());
+        m_textures.emplace_back(m_rasterizer, string, labelAttributes(m_scale));
     }
     glCheckError();
 }

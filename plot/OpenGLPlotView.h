@@ -71,6 +71,7 @@ private:
     float m_lightHeight = 2.0F;  // y of the light's direction
     std::vector<std::string> m_strings;
     std::vector<TextureString> m_textures; // one per string, x first, then z; empty until there is a context
+    double m_scale = 1;                    // of the surface, to which the textures were made
     std::uint32_t m_dimensions = 0;
     std::vector<float> m_pending; // data given while there was no context
 };

@@ -30,6 +30,7 @@ public:
 
     [[nodiscard]] bool makeCurrent() override;
     [[nodiscard]] SurfaceBounds bounds() const override;
+    [[nodiscard]] double scale() const override { return devicePixelRatioF(); }
     void markForDisplay() override { update(); }
     void setSwapInterval(int) override {} // a window's swaps are set with the application's format
     void flushBuffer() override {}        // Qt shows the frame with the window

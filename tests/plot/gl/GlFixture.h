@@ -23,13 +23,20 @@ public:
     [[nodiscard]] Pixels rasterize(std::string_view text, const TextAttributes& attributes, int maxWidth) override;
 };
 
+/// A surface that can be on a dense screen.
+struct TestSurface : EglSurface {
+    using EglSurface::EglSurface;
+    [[nodiscard]] double scale() const override { return density; }
+    double density = 1;
+};
+
 /// A view on a surface of its own with a new window's camera.
 struct TestView {
     explicit TestView(int width = 300, int height = 240, int samples = 1);
     [[nodiscard]] Pixels frame(); // draws one and reads it
     [[nodiscard]] Pixels frameOf(const Scene& scene);
 
-    EglSurface surface;
+    TestSurface surface;
     BlockRasterizer rasterizer;
     OpenGLPlotView view;
 };

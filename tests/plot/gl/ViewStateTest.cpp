@@ -244,5 +244,29 @@ TEST_F(GlTest, TheErrorCheckReadsOneErrorAndLogsItsText) {
     EXPECT_THAT(std::exchange(m_log, {}), ::testing::ElementsAre("Error: invalid enumerant."));
 }
 
+struct SizeRecorder : BlockRasterizer {
+    [[nodiscard]] Pixels rasterize(std::string_view text, const TextAttributes& attributes, int maxWidth) override {
+        size = attributes.size;
+        return BlockRasterizer::rasterize(text, attributes, maxWidth);
+    }
+    double size = 0;
+};
+
+TEST_F(GlTest, LabelsAndLinesKeepTheirSizeOnADenseScreen) {
+    TestSurface surface(300, 240);
+    SizeRecorder rasterizer;
+    OpenGLPlotView view(surface, rasterizer);
+    view.prepareOpenGL();
+    curves().show(view);
+    EXPECT_EQ(rasterizer.size, 13);
+    surface.density = 2; // the window moves there
+    view.drawRect();
+    EXPECT_EQ(rasterizer.size, 26);
+    ASSERT_TRUE(surface.makeCurrent());
+    GLfloat width = 0;
+    glGetFloatv(GL_LINE_WIDTH, &width);
+    EXPECT_EQ(width, 6);
+}
+
 } // namespace
 } // namespace orrery::test

@@ -96,7 +96,10 @@ TEST_F(GlTest, AWindowShowsWhatAPictureShowsAlsoAfterItsContextWasRemade) {
 }
 
 TEST_F(GlTest, AWindowOnADenseScreenHasItsDevicePixels) {
-    const Pixels wanted = TestView(600, 480).frameOf(plate());
+    TestView dense(600, 480);
+    dense.surface.density = 2;
+    const Pixels wanted = dense.frameOf(plate());
+    dense.surface.loseContext(); // none of these may be current beside a window's
     ::setenv("QT_SCALE_FACTOR", "2", 1);
     {
         Window window;
