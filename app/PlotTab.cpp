@@ -141,8 +141,9 @@ void PlotTab::showNotice() {
 
 /// Whether there are results that the choice would draw and the plot does not show yet.
 bool PlotTab::newResultsWait() const {
-    const bool chosen = PlotChoices{m_document.independentVariables(), m_document.dependentVariables()}.chosen();
-    return m_document.plotIsOutdated() && !m_document.independentVariables().empty() && (chosen || m_showsSomething());
+    if (!m_document.plotIsOutdated() || m_document.independentVariables().empty()) return false;
+    return m_showsSomething() ||
+           PlotChoices{m_document.independentVariables(), m_document.dependentVariables()}.chosen();
 }
 
 QString PlotTab::notice() const {
