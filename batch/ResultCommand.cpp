@@ -20,6 +20,7 @@ struct ResultOptions {
     std::string table;
     std::string csv;
     bool summary = false;
+    unsigned threads = 0;
 };
 
 /// A field of a CSV line, in quotes where it must be.
@@ -65,7 +66,7 @@ void writeCsv(Output& output, const Results& results) {
 }
 
 int printResults(const ResultOptions& options) {
-    const Results results = loadResults(options.setup, tablePathOr(options.table));
+    const Results results = loadResults(options.setup, tablePathOr(options.table), options.threads);
     Output output(options.csv.empty() ? "-" : options.csv);
     if (options.csv.empty()) {
         JsonWriter json(output);
@@ -93,6 +94,8 @@ Action buildResultsCommand(CLI::App& parser) {
     auto* summary = parser.add_flag("--summary", options->summary, "Leave the data out");
     parser.add_option("--csv", options->csv, "Write the data as CSV to a file, - for standard output")
         ->excludes(summary);
+    parser.add_option("--threads", options->threads, "Read the table by so many threads (default: as many as pay)")
+        ->check(CLI::Range(1, 64));
     return [options] { return printResults(*options); };
 }
 

@@ -68,7 +68,7 @@ std::string tablePathOr(const std::string& tablePath) {
     return tablePath.empty() ? resultTablePath(temporaryDirectory()) : tablePath;
 }
 
-Results loadResults(const std::string& setupPath, const std::string& tablePath) {
+Results loadResults(const std::string& setupPath, const std::string& tablePath, unsigned threads) {
     const SetupDictionary setup = loadSetup(setupPath);
     Results results{.grid = constructIndependentVariables(setup, currentCalendar()), .responses = {}, .table = {}};
     const std::size_t sweepVariables = results.grid.variables.size();
@@ -76,7 +76,9 @@ Results loadResults(const std::string& setupPath, const std::string& tablePath) 
     const TableShape shape{.rows = results.grid.nRowsOfData,
                            .leadingFields = sweepVariables + 1,
                            .columns = results.responses.variables.size()};
-    results.table = readResultTable(tablePath, shape);
+    TableReadOptions reading;
+    reading.threads = threads;
+    results.table = readResultTable(tablePath, shape, reading);
     for (const std::string& note : results.table.notes(shape)) {
         printMessage(fmt::format("{}: {}", tablePath, note));
     }

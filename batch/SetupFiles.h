@@ -26,8 +26,9 @@ struct Results {
     ResultTable table;
 };
 
-/// Reads the results of the setup from the table. What the user should know of the table goes to standard error.
-[[nodiscard]] Results loadResults(const std::string& setupPath, const std::string& tablePath);
+/// Reads the results of the setup from the table, by as many threads as pay or as are wanted. What the user should know
+/// of the table goes to standard error.
+[[nodiscard]] Results loadResults(const std::string& setupPath, const std::string& tablePath, unsigned threads = 0);
 
 /// "; did you mean 'x'?" for the valid name that is nearest to the wrong one, or the valid ones when none is near.
 [[nodiscard]] std::string suggestion(const std::string& wrong, const std::vector<std::string>& valid);

@@ -1,6 +1,7 @@
 // How fast a result table becomes cells. The table is made once in the build folder and kept there.
 
 #include "run/ResultTable.h"
+#include "run/TableKernels.h"
 
 #include <benchmark/benchmark.h>
 
@@ -68,8 +69,11 @@ void readTable(benchmark::State& state) {
     const TableShape shape{static_cast<std::uint32_t>(state.range(0)), 4, static_cast<std::size_t>(state.range(1))};
     const std::string path = madeTable(shape);
     const auto bytes = static_cast<double>(std::filesystem::file_size(path));
+    TableReadOptions options;
+    options.threads = static_cast<unsigned>(state.range(2));
+    options.kernels = state.range(3) != 0 ? &bestTableKernels() : &portableTableKernels();
     while (state.KeepRunning()) {
-        benchmark::DoNotOptimize(readResultTable(path, shape));
+        benchmark::DoNotOptimize(readResultTable(path, shape, options));
     }
     state.counters["MB"] = bytes / 1e6;
     state.counters["MB/s"] = benchmark::Counter(bytes / 1e6, benchmark::Counter::kIsIterationInvariantRate);
@@ -77,9 +81,10 @@ void readTable(benchmark::State& state) {
 
 BENCHMARK(readTable)
     ->Name("result table, 4 leading fields")
-    ->ArgNames({"rows", "values"})
-    ->Args({2'000'000, 8})
-    ->Args({200'000, 80})
+    ->ArgNames({"rows", "values", "threads", "fast"})
+    ->ArgsProduct({{2'000'000}, {8}, {1, 2}, {0, 1}})
+    ->ArgsProduct({{200'000}, {80}, {1, 2}, {0, 1}})
+    ->UseRealTime()
     ->Unit(benchmark::kMillisecond);
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "FuzzTarget.h"
 #include "platform/OrreryError.h"
 #include "run/ResultTable.h"
+#include "run/TableKernels.h"
 
 #include <sys/mman.h>
 #include <unistd.h>
@@ -66,6 +67,7 @@ int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
     for (const std::size_t blockSize : {1U, 7U, 64U, 4096U}) {
         orrery::TableReadOptions options;
         options.blockSize = blockSize;
+        options.kernels = size % 2 == 0 ? &orrery::portableTableKernels() : &orrery::bestTableKernels();
         const auto read = tableOrError([&] { return orrery::readResultTable(file.path(), shape, options); });
         orrery::fuzz::require(read.has_value() == whole.has_value(), "both are tables or neither");
         if (read) requireSame(*whole, *read);

@@ -48,10 +48,14 @@ struct ResultTable {
     [[nodiscard]] std::vector<std::string> notes(const TableShape& shape) const;
 };
 
+struct TableKernels;
+
 struct TableReadOptions {
     std::size_t blockSize = 256U << 10U; // bytes read at a time
-    /// Called now and then with the bytes read so far; false cancels the reading.
+    /// Called now and then, on the calling thread, with the bytes read so far; false cancels the reading.
     std::function<bool(std::uint64_t bytesRead)> progress;
+    unsigned threads = 0;                  // that read, the calling one included; 0 is as many as pay
+    const TableKernels* kernels = nullptr; // none: the fastest for this processor
 };
 
 /// Checks that a block of that shape fits into memory. @throws OrreryError with the number of rows and the bytes
@@ -64,6 +68,7 @@ void requireBlockFits(const TableShape& shape);
 [[nodiscard]] ResultTable parseResultTable(std::string_view bytes, const TableShape& shape);
 
 /// The same for the file at the path, in one pass over blocks of it; nothing is mapped, so the engine may still write.
+/// The options change nothing in the result.
 /// @throws ResultTableMissing, or OrreryError when the file cannot be read, is not text, or the block does not fit
 [[nodiscard]] ResultTable readResultTable(const std::string& path, const TableShape& shape,
                                           const TableReadOptions& options = {});

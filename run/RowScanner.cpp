@@ -2,9 +2,11 @@
 
 #include "platform/Numbers.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstring>
+#include <optional>
 #include <string_view>
 
 namespace orrery {
@@ -37,13 +39,16 @@ bool isDigit(char c) {
     return static_cast<unsigned char>(c - '0') < 10;
 }
 
-// ---- The road of the plain number: digits with at most one point, up to 18 of them, no exponent.
+// ---- The road of the plain number: up to 18 digits with at most one point, and an exponent of up to two.
 
 constexpr std::size_t longestPlainNumber = 40; // bytes that the plain road may look at from a number's start
 constexpr unsigned plainDigits = 18;           // so many never overflow 64 bits; more are counted and refused
 
-constexpr std::array<double, plainDigits + 1> powersOfTen = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8, 1e9,
-                                                             1e10, 1e11, 1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18};
+constexpr int largestPower = 22; // beyond it a power of ten is no exact double
+
+constexpr std::array<double, largestPower + 1> powersOfTen = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                                              1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                                              1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 constexpr std::array<std::uint64_t, 9> wholePowersOfTen = {1,       10,        100,        1'000,      10'000,
                                                            100'000, 1'000'000, 10'000'000, 100'000'000};
 
@@ -83,6 +88,37 @@ unsigned takeDigits(const char* text, std::uint64_t& number) {
     return count;
 }
 
+/// Takes the exponent behind an "e" or "E", up to two digits with or without a sign. Returns its length.
+std::size_t takeExponent(const char* text, int& exponent) {
+    const bool negative = *text == '-';
+    const std::size_t sign = negative || *text == '+' ? 1 : 0;
+    if (!isDigit(text[sign])) {
+        return 0;
+    }
+    exponent = text[sign] - '0';
+    const bool two = isDigit(text[sign + 1]);
+    exponent = two ? exponent * 10 + (text[sign + 1] - '0') : exponent;
+    exponent = negative ? -exponent : exponent;
+    return sign + (two ? 2 : 1);
+}
+
+bool isExponentSign(char c) {
+    return (c | 0x20) == 'e';
+}
+
+/// number × 10^power, of a number below 2⁵³ and a power that is an exact double: the nearest single, or none where that
+/// cannot be proved. Both operands are exact, so the result in double precision is the nearest double. It rounds to the
+/// nearest single unless it lies half way between two of them, where it may have come to lie by its own rounding.
+std::optional<float> nearestSingle(std::uint64_t number, int power) {
+    const auto whole = static_cast<double>(number);
+    const double value = power < 0 ? whole / powersOfTen[static_cast<std::size_t>(-power)]
+                                   : whole * powersOfTen[static_cast<std::size_t>(power)];
+    if ((std::bit_cast<std::uint64_t>(value) & 0x1FFFFFFFU) == 0x10000000U) {
+        return std::nullopt;
+    }
+    return static_cast<float>(value);
+}
+
 /// The number at the text by the short road; length 0 where that road cannot prove its result exact.
 /// `longestPlainNumber` bytes must be readable.
 ScannedFloat scanPlainNumber(const char* text) {
@@ -97,19 +133,22 @@ ScannedFloat scanPlainNumber(const char* text) {
         at += fraction > 0 ? 1 + fraction : 0;
     }
     digits += fraction;
+    int exponent = 0;
+    if (isExponentSign(*at) && digits > 0) {
+        const std::size_t length = takeExponent(at + 1, exponent);
+        at += length > 0 ? 1 + length : 0;
+    }
     // What may follow a number and belong to it (more digits, a bare point, an exponent) is not in yet.
     if (digits == 0 || digits > plainDigits || number >= (1ULL << 53U) || isDigit(*at) || *at == '.' ||
-        (*at | 0x20) == 'e') {
+        isExponentSign(*at)) {
         return {};
     }
-    // Both operands are exact, so the quotient is the nearest double. It rounds to the nearest single unless it lies
-    // half way between two of them, where it may have come to lie by its own rounding.
-    const double quotient = static_cast<double>(number) / powersOfTen[fraction];
-    if ((std::bit_cast<std::uint64_t>(quotient) & 0x1FFFFFFFU) == 0x10000000U) {
+    const int power = exponent - static_cast<int>(fraction);
+    if (power < -largestPower || power > largestPower) {
         return {};
     }
-    const auto value = static_cast<float>(quotient);
-    return {negative ? -value : value, static_cast<std::size_t>(at - text)};
+    const std::optional<float> value = nearestSingle(number, power);
+    return value ? ScannedFloat{negative ? -*value : *value, static_cast<std::size_t>(at - text)} : ScannedFloat{};
 }
 
 // ---- Cells
@@ -118,22 +157,22 @@ class Scanner {
 public:
     explicit Scanner(const RowText& row) : m_at(row.begin), m_row(row) {}
 
+    ScannedCell next() {
+        skip();
+        const bool group = m_at != m_row.end && !is(StartsNumber, *m_at) && passOverToNumber();
+        const Cell cell = group ? sum() : number();
+        if (m_row.mayBeCut && cell.found && (m_at == m_row.end || isCutExponent())) {
+            return {0, false, m_at};
+        }
+        return {cell.value, cell.found, m_at};
+    }
+
+private:
     struct Cell {
         float value = 0;
         bool found = false;
     };
 
-    Cell next() {
-        skip();
-        const bool group = m_at != m_row.end && !is(StartsNumber, *m_at) && passOverToNumber();
-        Cell cell = group ? sum() : number();
-        if (m_row.mayBeCut && cell.found && (m_at == m_row.end || isCutExponent())) {
-            cell = {};
-        }
-        return cell;
-    }
-
-private:
     void skip() {
         while (m_at != m_row.end && is(Skipped, *m_at)) {
             ++m_at;
@@ -175,7 +214,7 @@ private:
     [[nodiscard]] bool isCutExponent() const {
         const std::string_view rest(m_at, m_row.end);
         return rest == "e" || rest == "E" ||
-               (rest.size() == 2 && (rest[0] | 0x20) == 'e' && (rest[1] == '+' || rest[1] == '-'));
+               (rest.size() == 2 && isExponentSign(rest[0]) && (rest[1] == '+' || rest[1] == '-'));
     }
 
     const char* m_at;
@@ -188,11 +227,19 @@ std::size_t scanRow(const RowText& row, std::span<float> cells) {
     Scanner scanner(row);
     std::size_t without = 0;
     for (float& value : cells) {
-        const auto cell = scanner.next();
+        const ScannedCell cell = scanner.next();
         value = cell.value;
         without += cell.found ? 0U : 1U;
     }
     return without;
+}
+
+ScannedCell scanCell(const RowText& row) {
+    return Scanner(row).next();
+}
+
+bool isIdle(const char* begin, const char* end) {
+    return std::none_of(begin, end, [](char c) { return is(StartsNumber, c) || c == '{'; });
 }
 
 const char* passOverFields(const char* begin, const char* end, std::size_t& fields) {

@@ -22,6 +22,20 @@ struct RowText {
 /// @return the number of cells that got no number
 [[nodiscard]] std::size_t scanRow(const RowText& row, std::span<float> cells);
 
+/// One cell of a row.
+struct ScannedCell {
+    float value = 0;
+    bool found = false;        // false: the cell got no number
+    const char* end = nullptr; // the next cell is scanned from here
+};
+
+/// The first cell of the row's text, as scanRow has it.
+[[nodiscard]] ScannedCell scanCell(const RowText& row);
+
+/// Whether text that stands between two cells makes no difference to the second: it holds nothing that begins a number
+/// or a group.
+[[nodiscard]] bool isIdle(const char* begin, const char* end);
+
 /// Passes over up to `fields` tokens without white space, white space (line feeds included) before each. Counts
 /// `fields` down by the tokens passed and returns where it stopped: behind the last token, or `end`.
 [[nodiscard]] const char* passOverFields(const char* begin, const char* end, std::size_t& fields);

@@ -1,0 +1,216 @@
+#include "run/TableReading.h"
+
+#include "platform/Workers.h"
+#include "run/RowScanner.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <limits>
+#include <utility>
+
+namespace orrery {
+
+namespace {
+
+constexpr std::size_t longestLine = 64U << 20U;
+constexpr std::size_t longestIndexed = 4U << 20U; // a block with a longer line would take too much for its index
+
+void raise(float& maximum, float value) {
+    maximum = value > maximum ? value : maximum;
+}
+
+/// Raises the maxima by rows of cells, eight columns at a time, which stay in registers.
+void raiseMaxima(std::span<float> maxima, std::span<const float> cells) {
+    constexpr std::size_t together = 8;
+    std::size_t column = 0;
+    for (; column + together <= maxima.size(); column += together) {
+        std::array<float, together> greatest{};
+        std::copy_n(maxima.data() + column, together, greatest.data());
+        for (std::size_t row = 0; row < cells.size(); row += maxima.size()) {
+            for (std::size_t n = 0; n < together; ++n) {
+                raise(greatest[n], cells[row + column + n]);
+            }
+        }
+        std::copy_n(greatest.data(), together, maxima.data() + column);
+    }
+    for (; column < maxima.size(); ++column) {
+        for (std::size_t cell = column; cell < cells.size(); cell += maxima.size()) {
+            raise(maxima[column], cells[cell]);
+        }
+    }
+}
+
+/// Length of the first line, its line feed included.
+std::size_t firstLine(std::string_view text) {
+    const std::size_t lineFeed = text.find('\n');
+    return lineFeed == std::string_view::npos ? text.size() : lineFeed + 1;
+}
+
+} // namespace
+
+TableReading::Worker::Worker(std::size_t blockSize, std::size_t columns)
+    : block(blockSize), maxima(columns, noMaximum), firstRowWithout(std::numeric_limits<std::uint32_t>::max()) {}
+
+TableReading::TableReading(TableBytes bytes, const TableShape& shape, ResultTable empty, std::string fileName,
+                           const TableReadOptions& options)
+    : m_bytes(std::move(bytes)), m_shape(shape), m_fileName(std::move(fileName)), m_options(options),
+      m_kernels(options.kernels != nullptr ? *options.kernels : bestTableKernels()), m_table(std::move(empty)),
+      m_fieldsLeft(shape.leadingFields), m_done(shape.rows == 0) {}
+
+ResultTable TableReading::read(unsigned threads) {
+    std::vector<Worker> workers;
+    workers.reserve(threads);
+    for (unsigned n = 0; n < threads; ++n) {
+        workers.emplace_back(m_options.blockSize, m_shape.columns);
+    }
+    runTogether(threads, [&](unsigned part) { work(workers[part], part == 0); });
+    for (const Worker& worker : workers) {
+        gather(worker);
+    }
+    if (threads > 1) {
+        settleZeroMaxima();
+    }
+    if (m_row < m_shape.rows) { // the rows that are missing are 0, and the maxima are those of all rows
+        m_table.cells.resize(std::size_t{m_shape.rows} * m_shape.columns);
+        std::ranges::transform(m_table.maxima, m_table.maxima.begin(), [](float m) { return std::max(m, 0.0F); });
+    }
+    return std::move(m_table);
+}
+
+void TableReading::work(Worker& worker, bool reports) {
+    try {
+        while (takeBlock(worker)) {
+            fill(worker);
+            if (reports && m_options.progress && !m_options.progress(worker.position)) {
+                throw OrreryError("Reading the result table was cancelled.", {m_fileName, 0, 0});
+            }
+        }
+    } catch (...) {
+        const std::scoped_lock lock(m_mutex);
+        m_done = true; // for the others
+        throw;
+    }
+}
+
+/// Takes the next block of the table and settles which rows are in it. Returns false when there is no more.
+bool TableReading::takeBlock(Worker& worker) {
+    const std::scoped_lock lock(m_mutex);
+    if (m_done) {
+        return false;
+    }
+    TableBlock& block = worker.block;
+    block.read(m_bytes, m_position, longestLine);
+    block.clearRows();
+    const bool lastLine = block.lines().empty();
+    const std::string_view text = lastLine ? block.text() : block.lines();
+    if (lastLine && !block.atEnd()) {
+        throwLineTooLong(text);
+    }
+    const std::size_t begin = m_headerPassed ? 0 : firstLine(text);
+    m_headerPassed = true;
+    if (lastLine || text.size() > longestIndexed) {
+        takePlainly(text.substr(begin));
+    } else {
+        takeRows(worker, begin);
+    }
+    m_position += text.size();
+    m_done = lastLine || m_row == m_shape.rows;
+    worker.position = m_position;
+    return true;
+}
+
+void TableReading::takeRows(Worker& worker, std::size_t begin) {
+    const TableBlock::RowSearch search{m_shape.leadingFields, m_shape.columns, m_shape.rows - m_row};
+    worker.block.findRows(m_kernels, begin, search, m_fieldsLeft);
+    const std::size_t count = worker.block.rowCount();
+    worker.firstRow = m_row;
+    worker.cells = makeRows(count);
+    m_table.rowsFound += static_cast<std::uint32_t>(count);
+}
+
+/// The next rows' cells, all 0.
+std::span<float> TableReading::makeRows(std::size_t count) {
+    const std::size_t before = m_table.cells.size();
+    m_table.cells.resize(before + count * m_shape.columns);
+    m_row += static_cast<std::uint32_t>(count);
+    return std::span(m_table.cells).subspan(before);
+}
+
+void TableReading::fill(Worker& worker) const {
+    std::size_t first = 0;
+    const std::size_t without = worker.block.fill(m_kernels, worker.cells, first);
+    if (without > 0) {
+        worker.firstRowWithout = std::min(worker.firstRowWithout, worker.firstRow + static_cast<std::uint32_t>(first));
+        worker.cellsWithout += without;
+    }
+    raiseMaxima(worker.maxima, worker.cells);
+}
+
+// ---- Row by row: what is no whole line, and lines that are too long for an index
+
+/// Takes rows of whole lines, or of the table's last line, which may lack its line feed.
+void TableReading::takePlainly(std::string_view text) {
+    const char* const end = text.data() + text.size();
+    for (const char* at = text.data(); at != end && m_row < m_shape.rows;) {
+        at = passOverFields(at, end, m_fieldsLeft);
+        if (m_fieldsLeft == 0) {
+            at = takePlainRow(at, end);
+            m_fieldsLeft = m_shape.leadingFields;
+        }
+    }
+}
+
+const char* TableReading::takePlainRow(const char* begin, const char* end) {
+    const char* const lineFeed = std::find(begin, end, '\n');
+    const bool terminated = lineFeed != end;
+    const bool isLast = m_row + 1 == m_shape.rows;
+    const std::span<float> cells = makeRows(1);
+    const std::size_t without = scanRow({begin, lineFeed, end, !terminated && !isLast}, cells);
+    raiseMaxima(m_table.maxima, cells);
+    m_table.lastLineUnterminated = !terminated;
+    if (terminated || isLast) {
+        addFindings(without, m_row - 1);
+        ++m_table.rowsFound;
+    }
+    return terminated ? lineFeed + 1 : end;
+}
+
+// ---- What was found
+
+void TableReading::addFindings(std::uint64_t cellsWithout, std::uint32_t firstRowWithout) {
+    if (cellsWithout > 0) {
+        const bool first = m_table.cellsWithoutNumber == 0 || firstRowWithout < m_table.firstRowWithout;
+        m_table.firstRowWithout = first ? firstRowWithout : m_table.firstRowWithout;
+        m_table.cellsWithoutNumber += cellsWithout;
+    }
+}
+
+void TableReading::gather(const Worker& worker) {
+    addFindings(worker.cellsWithout, worker.firstRowWithout);
+    for (std::size_t column = 0; column < m_shape.columns; ++column) {
+        raise(m_table.maxima[column], worker.maxima[column]);
+    }
+}
+
+/// Of the zeros of both signs, which are equal, the first in the table is a column's maximum.
+void TableReading::settleZeroMaxima() {
+    for (std::size_t column = 0; column < m_shape.columns; ++column) {
+        std::size_t cell = column;
+        while (m_table.maxima[column] == 0 && m_table.cells[cell] != 0) {
+            cell += m_shape.columns;
+        }
+        m_table.maxima[column] = m_table.maxima[column] == 0 ? m_table.cells[cell] : m_table.maxima[column];
+    }
+}
+
+void TableReading::throwLineTooLong(std::string_view line) const {
+    throw OrreryError(fmt::format("This is not a result table: the line behind its first {} rows is longer than {} MB "
+                                  "and begins with {}.",
+                                  m_row, longestLine >> 20U, quotedForMessage(std::string(line.substr(0, 40)))),
+                      {m_fileName, 0, 0}, "Run the simulation again.");
+}
+
+} // namespace orrery
