@@ -5,10 +5,14 @@
 #include "run/IndexSet.h"
 
 #include <benchmark/benchmark.h>
+#include <sys/mman.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
+#include <span>
 #include <vector>
 
 namespace orrery {
@@ -74,6 +78,26 @@ struct Surface {
     PlotLayout layout;
 };
 
+/// Memory that has its pages, of 2 MB where they are wanted and the system gives them.
+class TouchedMemory {
+public:
+    TouchedMemory(std::size_t floats, bool largePages)
+        : m_size((floats * sizeof(float) + pageSize - 1) / pageSize * pageSize),
+          m_floats(static_cast<float*>(std::aligned_alloc(pageSize, m_size)), floats) {
+        madvise(m_floats.data(), m_size, largePages ? MADV_HUGEPAGE : MADV_NOHUGEPAGE);
+        std::ranges::fill(m_floats, 1.0F);
+    }
+    TouchedMemory(const TouchedMemory&) = delete;
+    TouchedMemory& operator=(const TouchedMemory&) = delete;
+    ~TouchedMemory() { std::free(m_floats.data()); }
+    [[nodiscard]] std::span<float> floats() const { return m_floats; }
+
+private:
+    static constexpr std::size_t pageSize = 2U << 20U;
+    std::size_t m_size;
+    std::span<float> m_floats;
+};
+
 void countCells(benchmark::State& state) {
     const auto cells = static_cast<double>(state.range(0) * state.range(0));
     state.counters["per cell"] =
@@ -82,9 +106,9 @@ void countCells(benchmark::State& state) {
 
 void writeMesh(benchmark::State& state) {
     const Surface surface(static_cast<std::uint32_t>(state.range(0)));
-    std::vector<float> vertices = make3DVertexData(surface.layout, surface.source());
+    const TouchedMemory memory(static_cast<std::size_t>(state.range(0) * state.range(0)) * 36, state.range(2) != 0);
     while (state.KeepRunning()) {
-        write3DVertexData(surface.layout, surface.source(), vertices, static_cast<unsigned>(state.range(1)));
+        write3DVertexData(surface.layout, surface.source(), memory.floats(), static_cast<unsigned>(state.range(1)));
         benchmark::ClobberMemory();
     }
     countCells(state);
@@ -109,8 +133,9 @@ void makeMesh(benchmark::State& state) {
 }
 
 BENCHMARK(writeMesh)
-    ->Name("surface into touched memory, cells a side, threads")
-    ->ArgsProduct({{300, 1000}, {1, 2}})
+    ->Name("surface into touched memory")
+    ->ArgNames({"side", "threads", "largePages"})
+    ->ArgsProduct({{100, 300, 1000, 3000}, {1, 2}, {0, 1}})
     ->UseRealTime()
     ->Unit(benchmark::kMillisecond);
 BENCHMARK(fillMemory)

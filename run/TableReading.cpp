@@ -67,6 +67,7 @@ ResultTable TableReading::read(unsigned threads) {
         workers.emplace_back(m_options.blockSize, m_shape.columns);
     }
     runTogether(threads, [&](unsigned part) { work(workers[part], part == 0); });
+    report(m_position); // the other threads may have read the last blocks, or all
     for (const Worker& worker : workers) {
         gather(worker);
     }
@@ -84,14 +85,20 @@ void TableReading::work(Worker& worker, bool reports) {
     try {
         while (takeBlock(worker)) {
             fill(worker);
-            if (reports && m_options.progress && !m_options.progress(worker.position)) {
-                throw OrreryError("Reading the result table was cancelled.", {m_fileName, 0, 0});
+            if (reports) {
+                report(worker.position);
             }
         }
     } catch (...) {
         const std::scoped_lock lock(m_mutex);
         m_done = true; // for the others
         throw;
+    }
+}
+
+void TableReading::report(std::uint64_t position) const {
+    if (m_options.progress && !m_options.progress(position)) {
+        throw OrreryError("Reading the result table was cancelled.", {m_fileName, 0, 0});
     }
 }
 

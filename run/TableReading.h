@@ -41,6 +41,7 @@ private:
     };
 
     void work(Worker& worker, bool reports);
+    void report(std::uint64_t position) const;
     bool takeBlock(Worker& worker);
     void takeRows(Worker& worker, std::size_t begin);
     void takePlainly(std::string_view text);

@@ -2,15 +2,15 @@
 
 #include "platform/Files.h"
 #include "platform/OrreryError.h"
+#include "platform/Workers.h"
+#include "plot/data/SurfaceStrip.h"
 #include "run/ResultTable.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <cmath>
-#include <future>
 #include <limits>
-#include <thread>
 #include <utility>
 
 namespace orrery {
@@ -24,12 +24,24 @@ public:
         : m_cells(source.cells), m_rows(source.rows), m_columns(source.responses.size()), m_column(column),
           m_factor(static_cast<float>(static_cast<double>(source.responses[column].scale()) * perUnit)) {}
 
-    [[nodiscard]] float at(std::size_t point) const {
-        const std::size_t cell = point < m_rows.size() ? m_rows[point] * m_columns + m_column : m_cells.size();
-        return cell < m_cells.size() ? m_cells[cell] * m_factor : 0.0F;
+    [[nodiscard]] float at(std::size_t point) const { return point < m_rows.size() ? inRow(m_rows[point]) : 0.0F; }
+
+    /// Those of as many points as there is room for.
+    void copyTo(std::span<float> heights, std::size_t firstPoint) const {
+        const std::span rows = m_rows.subspan(std::min(firstPoint, m_rows.size()));
+        const std::size_t count = std::min(heights.size(), rows.size());
+        for (std::size_t n = 0; n < count; ++n) {
+            heights[n] = inRow(rows[n]);
+        }
+        std::ranges::fill(heights.subspan(count), 0.0F);
     }
 
 private:
+    [[nodiscard]] float inRow(std::size_t row) const {
+        const std::size_t cell = row * m_columns + m_column;
+        return cell < m_cells.size() ? m_cells[cell] * m_factor : 0.0F;
+    }
+
     std::span<const float> m_cells;
     std::span<const std::uint32_t> m_rows;
     std::size_t m_columns;
@@ -55,75 +67,14 @@ float* writeCurve(std::size_t points, float half, const Heights& heights, float*
     return out;
 }
 
-struct Vector {
-    float x, y, z;
-};
-
-Vector operator-(const Vector& a, const Vector& b) {
-    return {a.x - b.x, a.y - b.y, a.z - b.z};
-}
-
-Vector cross(const Vector& a, const Vector& b) {
-    return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
-}
-
-/// The direction of a normal whose squared length single precision cannot hold; up when it has none.
-[[gnu::cold]] Vector extremeNormal(const Vector& normal) {
-    const double length = std::hypot(double{normal.x}, double{normal.y}, double{normal.z});
-    if (!(length > 0) || !std::isfinite(length)) {
-        return {0, 1, 0};
-    }
-    return {static_cast<float>(normal.x / length), static_cast<float>(normal.y / length),
-            static_cast<float>(normal.z / length)};
-}
-
-Vector unitNormal(const Vector& a, const Vector& b) {
-    const Vector normal = cross(a, b);
-    const float squared = normal.x * normal.x + normal.y * normal.y + normal.z * normal.z;
-    if (!(squared > 1e-30F && squared < 1e30F)) {
-        return extremeNormal(normal);
-    }
-    const float length = std::sqrt(squared);
-    return {normal.x / length, normal.y / length, normal.z / length};
-}
-
-float* writeVertex(const Vector& normal, const Vector& position, float* out) {
-    const float values[] = {normal.x, normal.y, normal.z, position.x, position.y, position.z};
-    return std::copy(std::begin(values), std::end(values), out);
-}
-
-/// The cells between two neighbouring grid lines of x. The arrays run along z.
-struct Strip {
-    float x0, x1;
-    const float* z;
-    const float* y0; // heights at x0
-    const float* y1; // heights at x1
-};
-
-float* writeStrip(const Strip& strip, std::size_t cells, float* out) {
-    for (std::size_t k = 0; k < cells; ++k) {
-        const Vector p1{strip.x0, strip.y0[k], strip.z[k]};
-        const Vector p2{strip.x0, strip.y0[k + 1], strip.z[k + 1]};
-        const Vector p3{strip.x1, strip.y1[k + 1], strip.z[k + 1]};
-        const Vector p4{strip.x1, strip.y1[k], strip.z[k]};
-        const Vector first = unitNormal(p1 - p2, p2 - p3);
-        const Vector second = unitNormal(p1 - p3, p3 - p4);
-        out = writeVertex(first, p1, out);
-        out = writeVertex(first, p2, out);
-        out = writeVertex(first, p3, out);
-        out = writeVertex(second, p1, out);
-        out = writeVertex(second, p3, out);
-        out = writeVertex(second, p4, out);
-    }
-    return out;
-}
-
-constexpr std::size_t floatsPerCell = 36;
+/// Floats of a surface that the caches will not hold until it is drawn.
+constexpr std::size_t streamedFrom = 8U << 20U;
 
 /// Writes the cells between the grid lines `first` and `last` of x.
 void writeStrips(const PlotLayout& layout, const Heights& heights, std::size_t first, std::size_t last, float* out) {
     const auto cells = static_cast<std::size_t>(layout.zQuads);
     const std::size_t edges = cells + 1;
+    const bool streamed = static_cast<std::size_t>(layout.xQuads) * cells * floatsPerCell >= streamedFrom;
     const float halfX = halfOf(layout.xQuads);
     const float halfZ = halfOf(layout.zQuads);
     std::vector<float> z(edges);
@@ -131,42 +82,33 @@ void writeStrips(const PlotLayout& layout, const Heights& heights, std::size_t f
     std::vector<float> y1(edges);
     for (std::size_t k = 0; k < edges; ++k) {
         z[k] = axisPosition(k, halfZ);
-        y1[k] = heights.at(first * edges + k);
     }
+    heights.copyTo(y1, first * edges);
     for (std::size_t i = first; i < last; ++i) {
         std::swap(y0, y1);
-        for (std::size_t k = 0; k < edges; ++k) {
-            y1[k] = heights.at((i + 1) * edges + k);
-        }
-        out = writeStrip({axisPosition(i, halfX), axisPosition(i + 1, halfX), z.data(), y0.data(), y1.data()}, cells,
-                         out);
+        heights.copyTo(y1, (i + 1) * edges);
+        writeStrip({axisPosition(i, halfX), axisPosition(i + 1, halfX), z.data(), y0.data(), y1.data()}, cells,
+                   streamed, out);
+        out += cells * floatsPerCell;
     }
+    finishStreaming();
 }
 
 /// Cells do not depend on one another, so the bits are the same for any number of threads.
 float* writeSurface(const PlotLayout& layout, const Heights& heights, unsigned threads, float* out) {
     const auto strips = static_cast<std::size_t>(layout.xQuads);
     const std::size_t floatsPerStrip = static_cast<std::size_t>(layout.zQuads) * floatsPerCell;
-    const auto write = [&](unsigned part) {
+    runTogether(threads, [&](unsigned part) {
         const std::size_t first = strips * part / threads;
         writeStrips(layout, heights, first, strips * (part + 1) / threads, out + first * floatsPerStrip);
-    };
-    std::vector<std::future<void>> others;
-    for (unsigned part = 1; part < threads; ++part) {
-        others.push_back(std::async(std::launch::async, write, part));
-    }
-    write(0);
-    for (std::future<void>& other : others) {
-        other.get();
-    }
+    });
     return out + strips * floatsPerStrip;
 }
 
-/// Starting a thread costs about as much as some thousand cells; more than four write no faster to memory.
+/// Starting a thread costs about as much as some thousand cells.
 unsigned threadsFor(const PlotLayout& layout) {
-    constexpr std::int64_t worthwhile = 50'000;
-    const bool large = std::int64_t{layout.xQuads} * layout.zQuads >= worthwhile;
-    return large ? std::clamp(std::thread::hardware_concurrency(), 1U, 4U) : 1U;
+    constexpr std::int64_t worthwhile = 25'000;
+    return workersFor(static_cast<std::size_t>(std::int64_t{layout.xQuads} * layout.zQuads / worthwhile));
 }
 
 /// Calls write(column) for every included response variable.

@@ -1,5 +1,6 @@
 #include "platform/OrreryError.h"
 #include "plot/data/PlotLayout.h"
+#include "plot/data/SurfaceStrip.h"
 #include "plot/data/VertexData.h"
 #include "run/IndexSet.h"
 #include "run/ResultTable.h"
@@ -8,9 +9,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 #include <numeric>
+#include <random>
+#include <span>
+#include <utility>
 
 namespace orrery {
 namespace {
@@ -160,16 +165,52 @@ TEST(Surfaces, FollowOneAnotherWithCellsXMajor) {
     }
 }
 
-TEST(Surfaces, AreTheSameForAnyNumberOfThreads) {
-    std::vector<float> cells(35);
-    std::generate(cells.begin(), cells.end(), [point = 0.0F]() mutable { return std::sin(++point); });
-    const Results results(cells, {true});
-    const PlotLayout layout = results.layout({axis("a", 1, 7), axis("b", 2, 5)});
-    const auto alone = make3DVertexData(layout, results.source());
-    for (const unsigned threads : {1U, 2U, 4U, 9U}) {
-        std::vector<float> shared(alone.size(), nan);
-        write3DVertexData(layout, results.source(), shared, threads);
-        EXPECT_EQ(shared, alone) << threads << " threads";
+/// The vertices cell by cell, from the heights of the only response.
+std::vector<float> plainSurface(const PlotLayout& layout, const std::vector<float>& heights) {
+    const auto cells = static_cast<std::size_t>(layout.zQuads);
+    std::vector<float> z;
+    for (std::int32_t k = 0; k < layout.zEdges; ++k) {
+        z.push_back(static_cast<float>(k) / (static_cast<float>(layout.zQuads) * 0.5F) - 1.0F);
+    }
+    std::vector<float> vertices(static_cast<std::size_t>(layout.xQuads) * cells * floatsPerCell);
+    for (std::int32_t i = 0; i < layout.xQuads; ++i) {
+        const auto x = [&](std::int32_t n) {
+            return static_cast<float>(n) / (static_cast<float>(layout.xQuads) * 0.5F) - 1.0F;
+        };
+        const auto strip = static_cast<std::size_t>(i);
+        const float* y = heights.data() + strip * (cells + 1);
+        writeStripPlainly({x(i), x(i + 1), z.data(), y, y + cells + 1}, cells,
+                          &vertices[strip * cells * floatsPerCell]);
+    }
+    return vertices;
+}
+
+bool sameBits(std::span<const float> left, std::span<const float> right) {
+    return std::ranges::equal(std::as_bytes(left), std::as_bytes(right));
+}
+
+TEST(Surfaces, AreTheSameByEveryRoadToTheBit) {
+    std::mt19937 random(3);
+    for (const auto& [xEdges, zEdges] : {std::pair{7U, 5U}, {3U, 66U}, {4U, 132U}, {2U, 2U}, {500U, 501U}}) {
+        std::vector<float> heights(std::size_t{xEdges} * zEdges);
+        for (float& height : heights) { // rough, with flat and steep places and some that no normal can hold
+            const std::array<float, 6> odd = {0, -0.0F, 1, 1e25F, 1e-25F, inf};
+            height =
+                random() % 8 == 0 ? odd.at(random() % (xEdges > 10 ? 3 : 6)) : static_cast<float>(random()) * 1e-9F;
+        }
+        Results results(heights, {true});
+        results.maxima = {1};
+        const PlotLayout layout = results.layout({axis("a", 1, xEdges), axis("b", 2, zEdges)});
+        const std::vector<float> plain = plainSurface(layout, heights);
+        for (const unsigned threads : {0U, 1U, 2U, 9U}) {
+            std::vector<float> memory(plain.size() + 2, nan);
+            for (const std::size_t offset : {0U, 1U}) { // the second is not aligned, and may not be streamed
+                const auto vertices = std::span(memory).subspan(offset, plain.size());
+                write3DVertexData(layout, results.source(), vertices, threads);
+                EXPECT_TRUE(sameBits(vertices, plain)) << xEdges << " x " << zEdges << ", " << threads << " threads";
+                EXPECT_TRUE(std::isnan(memory.back()));
+            }
+        }
     }
 }
 
