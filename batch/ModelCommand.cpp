@@ -31,7 +31,7 @@ void writeNodes(JsonWriter& json, const std::vector<ModelNode*>& nodes) {
 }
 
 int printModel(const std::string& modelPath) {
-    const ModelTree tree = nodesFromDictionaries(readModelFile(modelPath), modelPath);
+    const ModelTree tree = readModelTree(modelPath);
     Output output("-");
     JsonWriter json(output);
     writeNodes(json, tree.topLevel());

@@ -153,7 +153,7 @@ void checkPorts(const SetupDictionary& setup, PortList list, const ModelTree& tr
 void checkPortsWhereReadable(const SetupDictionary& setup, const std::string& modelPath) {
     std::optional<ModelTree> tree;
     try {
-        tree = nodesFromDictionaries(readModelFile(modelPath), modelPath);
+        tree = readModelTree(modelPath);
     } catch (const OrreryError& error) {
         printMessage(std::string(error.what()) + " The ports were not checked.");
         return;

@@ -61,7 +61,7 @@ ModelTree loadModel(const SetupDictionary& setup, const std::string& setupPath) 
                           "Give it one, for example with the option --model of "
                           "orrery-batch new.");
     }
-    return nodesFromDictionaries(readModelFile(modelPath), modelPath);
+    return readModelTree(modelPath);
 }
 
 std::string tablePathOr(const std::string& tablePath) {

@@ -65,6 +65,13 @@ inline constexpr std::size_t modelDepthLimit = 1000;
 ///         node" (the identifier follows), or says that a node would be its own ancestor or lies too deep
 [[nodiscard]] ModelTree nodesFromDictionaries(std::vector<ModelRecord> records, const std::string& fileName = {});
 
+/// The same tree straight from the model file: nodesFromDictionaries(readModelFile(path), path) without the records,
+/// which take several times the tree's memory. @throws OrreryError as both
+[[nodiscard]] ModelTree readModelTree(const std::string& path);
+/// The same where a file that cannot be read is logged and gives an empty tree, as dictionariesFromModelFile and
+/// nodesFromDictionaries do together. @throws OrreryError as nodesFromDictionaries
+[[nodiscard]] ModelTree readModelTreeOrLog(const std::string& path);
+
 /// std::nullopt in, an empty tree out.
 [[nodiscard]] ModelTree nodesFromDictionaries(std::optional<std::vector<ModelRecord>> records,
                                               const std::string& fileName = {});

@@ -3,9 +3,13 @@
 #include "ModelBuilding.h"
 #include "platform/Log.h"
 #include "platform/OrreryError.h"
+#include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <algorithm>
+#include <utility>
 
 namespace orrery {
 namespace {
@@ -217,6 +221,51 @@ TEST(ModelTree, LogsIdentifiersUsedTwiceWithoutFloodingTheLog) {
     EXPECT_LT(log.size(), 20U);
     EXPECT_THAT(log.front(), StartsWith("m.xml:2: identifier \"twice\""));
     EXPECT_THAT(log.back(), HasSubstr("90 more"));
+}
+
+// ---- Straight from the file
+
+bool same(const ModelNode& left, const ModelNode& right) {
+    return left.kind == right.kind && left.record == right.record &&
+           std::ranges::equal(left.children, right.children,
+                              [](const ModelNode* one, const ModelNode* other) { return same(*one, *other); });
+}
+
+TEST(ModelTreeFromFile, IsThatOfItsRecords) {
+    for (const char* sample : {"crop.xml", "insect.xml", "predator-prey.xml"}) {
+        const std::string path = std::string(ORRERY_SAMPLES "/") + sample;
+        const ModelTree tree = readModelTree(path);
+        const ModelTree expected = nodesFromDictionaries(readModelFile(path), path);
+        EXPECT_TRUE(same(*tree.root(), *expected.root())) << sample;
+        EXPECT_EQ(outline(tree), outline(expected));
+    }
+}
+
+TEST(ModelTreeFromFile, TellsAFaultOfTheFileBeforeThoseOfItsObjects) {
+    const test::TemporaryFolder folder;
+    const std::string novel = R"(<database><object type="NOVEL" id="n"><attribute name="a">1</attribute></object>)";
+    const auto problem = [](const auto& read) -> std::string {
+        try {
+            (void)read();
+            return "none";
+        } catch (const OrreryError& error) {
+            return error.what();
+        }
+    };
+    for (const auto& [text, expected] : {std::pair{novel + "</database>", "Couldn't find class for NOVEL"},
+                                         {novel + "</databas>", "end tag"},
+                                         {std::string("<database/>"), "No root"}}) {
+        const std::string path = folder.write("model.xml", text);
+        EXPECT_THAT(problem([&] { return readModelTree(path); }), HasSubstr(expected));
+        EXPECT_EQ(problem([&] { return readModelTree(path); }),
+                  problem([&] { return nodesFromDictionaries(readModelFile(path), path); }));
+    }
+    std::vector<std::string> log;
+    setLogSink([&log](std::string_view line) { log.emplace_back(line); });
+    EXPECT_TRUE(readModelTreeOrLog(folder.path() + "none.xml").empty());
+    EXPECT_TRUE(readModelTreeOrLog("").empty());
+    setLogSink({});
+    EXPECT_THAT(log, testing::ElementsAre("Error opening XML document " + folder.path() + "none.xml", testing::_));
 }
 
 } // namespace

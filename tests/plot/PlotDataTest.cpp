@@ -169,6 +169,7 @@ TEST(Surfaces, FollowOneAnotherWithCellsXMajor) {
 std::vector<float> plainSurface(const PlotLayout& layout, const std::vector<float>& heights) {
     const auto cells = static_cast<std::size_t>(layout.zQuads);
     std::vector<float> z;
+    z.reserve(cells + 1);
     for (std::int32_t k = 0; k < layout.zEdges; ++k) {
         z.push_back(static_cast<float>(k) / (static_cast<float>(layout.zQuads) * 0.5F) - 1.0F);
     }

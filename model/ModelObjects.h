@@ -1,0 +1,60 @@
+#pragma once
+
+#include "platform/Log.h"
+#include "platform/OrreryError.h"
+#include "platform/XmlDocument.h"
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace orrery {
+
+/// What a model file tells of its objects (the children of its top "database" element), as it streams by. Each object
+/// is started, told part by part and ended. Views are valid during the call only.
+class ModelObjectHandler {
+public:
+    using XmlAttributes = std::vector<XmlHandler::Attribute>;
+
+    virtual ~ModelObjectHandler() = default;
+    virtual void startObject(const XmlAttributes& attributes, std::size_t line) = 0;
+    /// An "attribute" child: what its tag says, then all the text in it.
+    virtual void startAttribute(const XmlAttributes& attributes) = 0;
+    virtual void endAttribute(std::string_view text) = 0;
+    virtual void relationship(const XmlAttributes& attributes) = 0;
+    virtual void endObject() = 0;
+};
+
+/// Streams the model file at the path through the handler. @throws OrreryError as streamXmlFile
+void streamModelObjects(const std::string& path, ModelObjectHandler& handler);
+
+/// Calls read(), which reads the file. Returns false after logging it and the reason when the file cannot be read.
+template <class Read>
+bool openedXmlDocument(const std::string& path, Read read) {
+    try {
+        read();
+        return true;
+    } catch (const OrreryError& error) {
+        logLine("Error opening XML document " + path);
+        logLine(error.what());
+        return false;
+    }
+}
+
+/// The attribute's text; std::nullopt when there is none of that name.
+[[nodiscard]] std::optional<std::string_view> attributeText(const ModelObjectHandler::XmlAttributes& attributes,
+                                                            std::string_view name);
+
+/// Calls take(part) for each part of the text between single blanks, empty ones included.
+template <class Take>
+void splitAtBlanks(std::string_view text, Take take) {
+    for (std::size_t blank = text.find(' '); blank != std::string_view::npos; blank = text.find(' ')) {
+        take(text.substr(0, blank));
+        text.remove_prefix(blank + 1);
+    }
+    take(text);
+}
+
+} // namespace orrery
