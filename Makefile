@@ -1,13 +1,13 @@
 # The front: everything is done by CMake with the presets of CMakePresets.json.
 .DEFAULT_GOAL := help
-.PHONY: help run test screenshots bench lint format clean
+.PHONY: help run test screenshots bench bench-check lint format clean
 sample := samples/crop-two-steppers.orrery
 plot := build/dev/bin/orrery-batch plot $(sample)
 growth := Farm/Crop/Canopy/Growth
 configured = test -f build/$(1)/build.ninja || cmake --preset $(1)
 
 help: ## Say what there is to make
-	@awk -F ':.*## ' '/^[a-z]+:.*## / { printf "make %-11s %s\n", $$1, $$2 }' Makefile
+	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "make %-11s %s\n", $$1, $$2 }' Makefile
 
 run: ## Build, run a sample through the engine, draw what came out, and open the application on it
 	@scripts/install-packages build
@@ -38,6 +38,12 @@ bench: ## Measure the hot paths in a release build
 	cmake --preset release -DORRERY_TESTS=OFF -DORRERY_BENCH=ON
 	cmake --build --preset release
 	for bench in build/release/bin/*Bench; do $$bench || exit 1; done
+
+bench-check: ## Compare the inner loops' instruction counts with those that are kept
+	@scripts/install-packages build bench
+	cmake --preset release -DORRERY_TESTS=OFF -DORRERY_BENCH=ON
+	cmake --build --preset release --target kernels
+	bench/check-instructions build/release/bin/kernels $(UPDATE)
 
 lint: ## Check format, clang-tidy, and that every header compiles alone
 	@scripts/install-packages build test bench lint
