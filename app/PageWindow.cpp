@@ -10,6 +10,8 @@ namespace orrery {
 
 namespace {
 
+constexpr int pageMargin = 20; // pixels
+
 bool exists(const QUrl& page) {
     return page.scheme() == "qrc" && QFile::exists(":" + page.path());
 }
@@ -30,6 +32,8 @@ PageWindow::PageWindow(const QString& title, const QUrl& page) : m_ui(std::make_
     connect(m_browser, &QTextBrowser::backwardAvailable, m_ui->back, &QWidget::setEnabled);
     connect(m_browser, &QTextBrowser::forwardAvailable, m_ui->forward, &QWidget::setEnabled);
     connect(m_browser, &QTextBrowser::anchorClicked, this, &PageWindow::followLink);
+    connect(m_browser, &QTextBrowser::sourceChanged, this,
+            [this] { m_browser->document()->setDocumentMargin(pageMargin); });
     if (exists(page)) m_browser->setSource(page);
 }
 

@@ -36,7 +36,12 @@ protected:
         const auto panelOf = [&] { return window.findChild<QFileDialog*>(panelName); };
         ASSERT_TRUE(waitFor([&] { return panelOf() != nullptr && panelOf()->isVisible(); }));
         const QPointer<QFileDialog> panel = panelOf();
-        find<QLineEdit>(*panel, "fileNameEdit").setText(qtPath(name));
+        auto& field = find<QLineEdit>(*panel, "fileNameEdit");
+        panel->activateWindow();
+        field.setFocus();
+        ASSERT_TRUE(waitFor([&] { return field.hasFocus(); }));
+        field.setText(qtPath(name));
+        emit field.textEdited(qtPath(name)); // as typing does: what the panel had selected counts no more
         QMetaObject::invokeMethod(panel, name.empty() ? "reject" : "accept", Qt::QueuedConnection);
         ASSERT_TRUE(waitFor([&] { return panel == nullptr; }));
     }
