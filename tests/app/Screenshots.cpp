@@ -1,15 +1,20 @@
 // Pictures of the application in its states, for people to look at: `make screenshots`.
+#include "app/DocumentFiles.h"
+#include "app/StartPanel.h"
 #include "app/WindowFixture.h"
 #include "platform/qt/QtText.h"
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QMenu>
 #include <QPixmap>
 #include <QPushButton>
 #include <QScreen>
 #include <QTimer>
 #include <cstdlib>
 #include <filesystem>
+#include <initializer_list>
+#include <utility>
 
 namespace orrery::test {
 namespace {
@@ -114,11 +119,56 @@ TEST_F(Screenshots, CompanionSheet) {
     save("sheet-dorado");
 }
 
-TEST_F(Screenshots, Dark) {
+QPalette darkPalette() {
     QPalette dark(QColor(0x35, 0x35, 0x35), QColor(0x2b, 0x2b, 0x2b));
     dark.setColor(QPalette::Highlight, QColor(0x2a, 0x82, 0xda));
+    return dark;
+}
+
+TEST_F(Screenshots, StartPanel) {
+    for (const bool isDark : {false, true}) {
+        const QPalette light = QApplication::palette();
+        if (isDark) QApplication::setPalette(darkPalette());
+        controller->documentController().recentDocuments().note(sampleCopy("crop-single.orrery"));
+        controller->showStartPanelWhenEmpty();
+        activate(controller->startPanel());
+        save(isDark ? "dark-start-panel" : "start-panel");
+        auto& file = find<QMenu>(controller->startPanel(), "menuFile");
+        file.popup(controller->startPanel().mapToGlobal(QPoint(8, 24)));
+        save(isDark ? "dark-start-menu" : "start-menu");
+        file.close();
+        QApplication::setPalette(light);
+    }
+}
+
+TEST_F(Screenshots, CloseQuestionAndSavePanel) {
+    DocumentWindow& window = openSized("crop-two-steppers.orrery");
+    window.document().editText(setup_key::runLength, "90");
+    window.close();
+    save("sheet-close");
+    QTest::keyClick(QApplication::activeWindow(), Qt::Key_Escape);
+    window.files().saveAs([](bool) {});
+    save("panel-save-as");
+}
+
+TEST_F(Screenshots, PanelsOfTheApplication) {
+    DocumentWindow& window = openSized("crop-two-steppers.orrery");
+    const std::initializer_list<std::pair<const char*, const char*>> panels = {{"actionPreferences", "preferences"},
+                                                                               {"actionAbout", "about"},
+                                                                               {"actionReleaseNotes", "release-notes"},
+                                                                               {"actionHelp", "help"}};
+    for (const auto& [item, name] : panels) {
+        action(window, item).trigger();
+        ASSERT_TRUE(waitFor([&] { return QApplication::activeWindow() != &window; }));
+        save(name);
+        QApplication::activeWindow()->close();
+        activate(window);
+    }
+}
+
+TEST_F(Screenshots, Dark) {
     const QPalette light = QApplication::palette();
-    QApplication::setPalette(dark);
+    QApplication::setPalette(darkPalette());
     DocumentWindow& window = openSized("crop-two-steppers.orrery");
     save("dark-setup");
     showPlot(window, true);
