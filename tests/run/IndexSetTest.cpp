@@ -1,4 +1,5 @@
 #include "run/IndexSet.h"
+#include "run/SweepVariables.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -103,6 +104,23 @@ TEST(HeldIndex, StaysInsideTheGrid) {
         variable.setStridesPerCycle(row.count);
         EXPECT_EQ(heldIndex(variable), row.index) << row.name;
     }
+}
+
+TEST(HeldValueAt, IsHeldAtItsIndexAlsoWhereTheValueItselfIsNot) {
+    unsigned nudged = 0;
+    for (const auto& [start, step] : {std::pair(0.0F, 0.1F), {4.0F, 0.1F}, {1.0F, -0.1F}, {60.0F, 0.7F}}) {
+        IndependentVariable variable;
+        variable.setStart(start);
+        variable.setStep(step);
+        variable.setStridesPerCycle(200);
+        for (std::uint32_t index = 0; index < variable.stridesPerCycle(); ++index) {
+            variable.setConstant(heldValueAt(variable, index));
+            EXPECT_EQ(heldIndex(variable), index) << start << " by " << step;
+            EXPECT_NEAR(variable.constant(), valueAtIndex(variable, index), 1e-3F * std::abs(step));
+            nudged += variable.constant() == valueAtIndex(variable, index) ? 0 : 1;
+        }
+    }
+    EXPECT_GT(nudged, 0U) << "no case where rounding counts";
 }
 
 } // namespace
