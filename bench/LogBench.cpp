@@ -26,7 +26,7 @@ void fill(LogView& view, std::uint64_t bytes, bool oneLine) {
 void append(benchmark::State& state) {
     LogView view;
     const std::string text = piece();
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         if (view.logText().size() >= (1ULL << 30U)) {
             state.PauseTiming();
             view.setString("");
@@ -45,7 +45,7 @@ void repaint(benchmark::State& state) {
     view.show();
     fill(view, 1ULL << 30U, state.range(0) == 1);
     QImage image(view.size(), QImage::Format_RGB32);
-    for (auto _ : state)
+    while (state.KeepRunning())
         view.render(&image);
 }
 BENCHMARK(repaint)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
@@ -55,7 +55,7 @@ void find(benchmark::State& state) {
     LogView view;
     fill(view, 1ULL << 30U, false);
     QSignalSpy finished(&view, &LogView::searchFinished);
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         view.find("biomass 99", FindStart::Next);
         finished.wait(60'000);
     }

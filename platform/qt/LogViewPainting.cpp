@@ -81,9 +81,10 @@ void LogView::paintEvent(QPaintEvent* event) {
     painter.setFont(font());
     const int widestBefore = m_widestSeen;
     const int first = event->rect().top() / m_rowHeight;
-    const auto count = static_cast<std::size_t>(event->rect().bottom() / m_rowHeight - first + 1);
+    const int count = event->rect().bottom() / m_rowHeight - first + 1;
     int top = first * m_rowHeight;
-    for (const LogText::Row& row : m_text.rows(firstRow() + static_cast<std::uint64_t>(first), count)) {
+    for (const LogText::Row& row :
+         m_text.rows(firstRow() + static_cast<std::uint64_t>(first), static_cast<std::size_t>(count))) {
         paintRow(painter, row, top);
         top += m_rowHeight;
     }

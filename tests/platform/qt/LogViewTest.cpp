@@ -6,22 +6,23 @@
 #include "platform/qt/LogRow.h"
 #include "support/TemporaryFolder.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <QApplication>
 #include <QClipboard>
+#include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
 #include <QToolButton>
 #include <fstream>
+#include <memory>
 
 namespace orrery {
 namespace {
-
-using testing::ElementsAre;
 
 std::string numberedLines(int count, int first = 0) {
     std::string text;
@@ -37,8 +38,9 @@ public:
         static int count = 1;
         static char name[] = "test";
         static char* arguments[] = {name, nullptr};
-        static const QApplication application(count, arguments);
+        application = std::make_unique<QApplication>(count, arguments);
     }
+    static void TearDownTestSuite() { application.reset(); } // before Qt's own statics go
 
 protected:
     LogViewTest() {
@@ -73,6 +75,7 @@ protected:
         return *m_panel.findChild<Widget*>(name);
     }
 
+    static inline std::unique_ptr<QApplication> application;
     LogPanel m_panel;
     LogView& m_view = m_panel.view();
 };
@@ -151,12 +154,19 @@ TEST_F(LogViewTest, LongSearchRunsInSlicesAndIsCancelled) {
 
 TEST_F(LogViewTest, SavesTheExactBytes) {
     const test::TemporaryFolder folder;
-    std::string bytes = "a\0b\r\xff\n";
+    std::string bytes("a\0b\r\xff\n", 6);
     bytes += numberedLines(100'000);
     m_view.setString(bytes);
     m_view.saveTo(folder.path() + "log.txt");
     EXPECT_EQ(readWholeFile(folder.path() + "log.txt"), bytes);
     EXPECT_THROW(m_view.saveTo(folder.path() + "none/log.txt"), OrreryError);
+
+    m_panel.saveAs();
+    auto& dialog = child<QFileDialog>("logSaveDialog");
+    emit dialog.fileSelected(QString::fromStdString(folder.path() + "none/log.txt"));
+    EXPECT_TRUE(child<QMessageBox>("logMessage").informativeText().contains("none/log.txt"));
+    child<QMessageBox>("logMessage").close();
+    dialog.close();
 }
 
 TEST_F(LogViewTest, MemoryStaysNearTheTexts) {
