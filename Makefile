@@ -33,11 +33,12 @@ screenshots: ## Fill build/screenshots with pictures of the windows in all their
 	cmake --build --preset dev --target orrery-screenshots Zephyr
 	ORRERY_SCREENSHOTS=build/screenshots build/dev/bin/orrery-screenshots
 
-bench: ## Measure the hot paths in a release build
-	@scripts/install-packages build bench
+bench: ## Measure the hot paths in a release build, and beside peers
+	@scripts/install-packages build bench peers
 	cmake --preset release -DORRERY_TESTS=OFF -DORRERY_BENCH=ON
 	cmake --build --preset release
 	for bench in build/release/bin/*Bench; do $$bench || exit 1; done
+	bench/compare-peers build/release
 
 bench-check: ## Compare the inner loops' instruction counts with those that are kept
 	@scripts/install-packages build bench

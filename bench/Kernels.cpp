@@ -97,10 +97,10 @@ std::string modelFile() {
     std::string text = "<database>\n";
     std::string parts;
     const auto object = [&text](const char* type, const std::string& identifier, const std::string& relationships) {
-        text += std::string("<object type=\"") + type + "\" id=\"" + identifier +
-                "\">\n  <attribute name=\"name\">Name of " + identifier +
-                "</attribute>\n  <attribute name=\"varid\" type=\"int32\">1</attribute>\n" + relationships +
-                "</object>\n";
+        text.append("<object type=\"").append(type).append("\" id=\"").append(identifier);
+        text.append("\">\n  <attribute name=\"name\">Name of ").append(identifier).append("</attribute>\n");
+        text.append("  <attribute name=\"varid\" type=\"int32\">1</attribute>\n").append(relationships);
+        text.append("</object>\n");
     };
     const auto relationship = [](const char* name, const std::string& targets) {
         return std::string("  <relationship name=\"") + name + "\" type=\"0/0\" idrefs=\"" + targets + "\"/>\n";
