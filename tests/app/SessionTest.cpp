@@ -4,6 +4,7 @@
 
 #include <malloc.h>
 
+#include <QAbstractItemView>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QMessageBox>
@@ -48,7 +49,12 @@ void chooseRole(DocumentWindow& window, const QString& chooser, int role) {
     auto* box = window.findChild<QComboBox*>(chooser);
     ASSERT_NE(box, nullptr);
     box->setFocus();
-    QTest::keyClick(box, role == 2 ? Qt::Key_End : Qt::Key_Down); // from the first; passing a role would take it
+    QTest::keyClick(box, Qt::Key_Down); // opens the list, at the present role
+    ASSERT_TRUE(waitFor([&] { return box->view()->isVisible(); }));
+    for (int i = box->currentIndex(); i < role; ++i) {
+        QTest::keyClick(box->view(), Qt::Key_Down);
+    }
+    QTest::keyClick(box->view(), Qt::Key_Return);
     ASSERT_EQ(box->currentIndex(), role);
 }
 
