@@ -1,18 +1,13 @@
 // Pictures of the application in its states, for people to look at: `make screenshots`.
 #include "app/DocumentFiles.h"
+#include "app/Screenshot.h"
 #include "app/StartPanel.h"
-#include "app/WindowFixture.h"
-#include "platform/qt/QtText.h"
 
 #include <QCheckBox>
 #include <QComboBox>
 #include <QMenu>
-#include <QPixmap>
 #include <QPushButton>
-#include <QScreen>
 #include <QTimer>
-#include <cstdlib>
-#include <filesystem>
 #include <initializer_list>
 #include <utility>
 
@@ -21,17 +16,6 @@ namespace {
 
 class Screenshots : public WindowTest {
 protected:
-    static std::string folder() {
-        const char* wanted = std::getenv("ORRERY_SCREENSHOTS");
-        const std::string path = wanted != nullptr ? wanted : ORRERY_BIN "/../screenshots";
-        std::filesystem::create_directories(path);
-        return path;
-    }
-    static void save(const std::string& name) {
-        QTest::qWait(250); // styles fade focus rings and hovers in
-        ASSERT_TRUE(QGuiApplication::primaryScreen()->grabWindow(0).save(qtPath(folder() + "/" + name + ".png")));
-    }
-
     DocumentWindow& openSized(const std::string& sample, QSize size = {1180, 820}) {
         DocumentWindow& window = open(sample);
         window.resize(size);
@@ -58,29 +42,29 @@ protected:
 TEST_F(Screenshots, EmptySetup) {
     DocumentWindow& window = openNew();
     window.move(20, 20);
-    save("setup-empty");
+    saveScreenshot("setup-empty");
 }
 
 TEST_F(Screenshots, FilledSetup) {
     openSized("crop-two-steppers.orrery");
-    save("setup-filled");
+    saveScreenshot("setup-filled");
 }
 
 TEST_F(Screenshots, SmallWindow) {
     openSized("crop-two-steppers.orrery", {1024, 700});
-    save("setup-1024x700");
+    saveScreenshot("setup-1024x700");
 }
 
 TEST_F(Screenshots, Plots) {
     DocumentWindow& window = openSized("crop-two-steppers.orrery");
     action(window, "actionShowPlot").trigger();
-    save("plot-no-results");
+    saveScreenshot("plot-no-results");
     showPlot(window, false);
-    save("plot-curves");
+    saveScreenshot("plot-curves");
     choose(window, "sweepRole0", 2);
-    save("plot-surfaces");
+    saveScreenshot("plot-surfaces");
     window.resize(1024, 700);
-    save("plot-1024x700");
+    saveScreenshot("plot-1024x700");
 }
 
 /// The picture of the README: the window alone.
@@ -99,15 +83,15 @@ TEST_F(Screenshots, Documentation) {
     document.setYRotation(30);
     document.setLightHeight(2);
     document.outlets().dependentVariableSettings->reloadData();
-    save("screen-documentation");
-    window.grab().save(qtPath(folder() + "/window-plot.png"));
+    saveScreenshot("screen-documentation");
+    window.grab().save(qtPath(screenshotFolder() + "/window-plot.png"));
 }
 
 TEST_F(Screenshots, UnsavedRunAlert) {
     DocumentWindow& window = openSized("crop-two-steppers.orrery");
     window.document().editText(setup_key::runLength, "90");
     QTimer::singleShot(0, [] {
-        save("alert-unsaved");
+        saveScreenshot("alert-unsaved");
         QTest::keyClick(QApplication::activeModalWidget(), Qt::Key_Escape);
     });
     window.document().runSimulation();
@@ -116,7 +100,7 @@ TEST_F(Screenshots, UnsavedRunAlert) {
 TEST_F(Screenshots, CompanionSheet) {
     DocumentWindow& window = openSized("crop-two-steppers.orrery");
     window.document().saveToDorado();
-    save("sheet-dorado");
+    saveScreenshot("sheet-dorado");
 }
 
 QPalette darkPalette() {
@@ -132,10 +116,10 @@ TEST_F(Screenshots, StartPanel) {
         controller->documentController().recentDocuments().note(sampleCopy("crop-single.orrery"));
         controller->showStartPanelWhenEmpty();
         activate(controller->startPanel());
-        save(isDark ? "dark-start-panel" : "start-panel");
+        saveScreenshot(isDark ? "dark-start-panel" : "start-panel");
         auto& file = find<QMenu>(controller->startPanel(), "menuFile");
         file.popup(controller->startPanel().mapToGlobal(QPoint(8, 24)));
-        save(isDark ? "dark-start-menu" : "start-menu");
+        saveScreenshot(isDark ? "dark-start-menu" : "start-menu");
         file.close();
         QApplication::setPalette(light);
     }
@@ -145,10 +129,10 @@ TEST_F(Screenshots, CloseQuestionAndSavePanel) {
     DocumentWindow& window = openSized("crop-two-steppers.orrery");
     window.document().editText(setup_key::runLength, "90");
     window.close();
-    save("sheet-close");
+    saveScreenshot("sheet-close");
     QTest::keyClick(QApplication::activeWindow(), Qt::Key_Escape);
     window.files().saveAs([](bool) {});
-    save("panel-save-as");
+    saveScreenshot("panel-save-as");
 }
 
 TEST_F(Screenshots, PanelsOfTheApplication) {
@@ -160,7 +144,7 @@ TEST_F(Screenshots, PanelsOfTheApplication) {
     for (const auto& [item, name] : panels) {
         action(window, item).trigger();
         ASSERT_TRUE(waitFor([&] { return QApplication::activeWindow() != &window; }));
-        save(name);
+        saveScreenshot(name);
         QApplication::activeWindow()->close();
         activate(window);
     }
@@ -170,9 +154,9 @@ TEST_F(Screenshots, Dark) {
     const QPalette light = QApplication::palette();
     QApplication::setPalette(darkPalette());
     DocumentWindow& window = openSized("crop-two-steppers.orrery");
-    save("dark-setup");
+    saveScreenshot("dark-setup");
     showPlot(window, true);
-    save("dark-plot");
+    saveScreenshot("dark-plot");
     QApplication::setPalette(light);
 }
 
