@@ -97,6 +97,23 @@ TEST_F(Screenshots, UnsavedRunAlert) {
     window.document().runSimulation();
 }
 
+TEST_F(Screenshots, Running) {
+    DocumentWindow& window = openSized("crop-two-steppers.orrery");
+    window.document().editEntry(PortList::Steppers, 0, "step", "0.0005");
+    window.document().saveToFile(*window.document().filePath());
+    window.document().runSimulation();
+    QTest::qWait(2500); // for some lines of the engine
+    saveScreenshot("running");
+    window.document().abortSimulation();
+    saveScreenshot("aborted");
+}
+
+TEST_F(Screenshots, ImportFailure) {
+    DocumentWindow& window = openSized("crop-two-steppers.orrery");
+    window.document().useModel(files.write("broken.xml", "<?xml version='1.0'?>\n<database>\n<object type='KSLEVEL'"));
+    saveScreenshot("sheet-import-failure");
+}
+
 TEST_F(Screenshots, CompanionSheet) {
     DocumentWindow& window = openSized("crop-two-steppers.orrery");
     window.document().saveToDorado();

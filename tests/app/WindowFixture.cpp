@@ -33,6 +33,7 @@ public:
         m_application = std::make_unique<QApplication>(m_count, m_arguments);
         std::setlocale(LC_NUMERIC, "C");
         QApplication::setApplicationDisplayName("Orrery");
+        QApplication::setApplicationVersion("0.1.0");
     }
     ~Desktop() {
         m_application.reset();
