@@ -10,6 +10,7 @@
 #include "platform/qt/QtText.h"
 
 #include <QApplication>
+#include <QMainWindow>
 #include <algorithm>
 #include <exception>
 
@@ -54,7 +55,7 @@ DocumentWindow* DocumentController::openDocument(const std::string& path) {
     try {
         document->readFromFile(absolute);
     } catch (const std::exception& failure) {
-        QtAlerts(QApplication::activeWindow())
+        QtAlerts(windowForMessages())
             .beginSheet({"“" + coreText(shownFileName(absolute)) + "” could not be opened.", failure.what()}, {});
         return nullptr;
     }
@@ -67,6 +68,14 @@ DocumentWindow* DocumentController::openDocument(const std::string& path) {
                                     {});
     }
     return window;
+}
+
+/// The main window in front. A panel may be, but is about to close and would take the message with it.
+QWidget* DocumentController::windowForMessages() const {
+    for (QWidget* window = QApplication::activeWindow(); window != nullptr; window = window->parentWidget()) {
+        if (qobject_cast<QMainWindow*>(window) != nullptr) return window;
+    }
+    return m_windows.empty() ? nullptr : m_windows.back();
 }
 
 void DocumentController::closeAll() {

@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+class QWidget;
+
 namespace orrery {
 
 class DocumentWindow;
@@ -40,6 +42,7 @@ signals:
 private:
     DocumentWindow* show(std::unique_ptr<MyDocument> document);
     [[nodiscard]] DocumentWindow* windowOf(const std::string& path) const;
+    [[nodiscard]] QWidget* windowForMessages() const;
     [[nodiscard]] int freeUntitledNumber() const;
     void documentSaved(DocumentWindow& window);
     void documentClosed(DocumentWindow& window);

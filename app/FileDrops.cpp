@@ -6,7 +6,6 @@
 #include <QDropEvent>
 #include <QMainWindow>
 #include <QMimeData>
-#include <QTimer>
 #include <QUrl>
 #include <utility>
 
@@ -44,7 +43,8 @@ bool FileDrops::eventFilter(QObject* object, QEvent* event) {
     drop->setDropAction(Qt::CopyAction);
     drop->accept();
     if (event->type() == QEvent::Drop) { // opened when the drag is over
-        QTimer::singleShot(0, this, [this, files = std::move(files)] { m_dropped(files); });
+        QMetaObject::invokeMethod(
+            this, [this, files = std::move(files)] { m_dropped(files); }, Qt::QueuedConnection);
     }
     return true;
 }

@@ -31,9 +31,9 @@ bool isPrivateDirectory(const QString& path) {
 
 /// A directory that only this user can enter; empty when there is none.
 QString privateDirectory() {
-    const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
     if (runtime.startsWith('/') && isPrivateDirectory(runtime)) return runtime;
-    const QString own = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation) + "/orrery-run";
+    QString own = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation) + "/orrery-run";
     QDir().mkpath(own);
     QFile::setPermissions(own, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     return isPrivateDirectory(own) ? own : QString();
