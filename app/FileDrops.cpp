@@ -7,7 +7,6 @@
 #include <QMainWindow>
 #include <QMimeData>
 #include <QUrl>
-#include <utility>
 
 namespace orrery {
 
@@ -31,21 +30,19 @@ bool isDragOverMainWindow(const QObject* object, const QEvent* event) {
 
 } // namespace
 
-FileDrops::FileDrops(std::function<void(const std::vector<std::string>&)> dropped) : m_dropped(std::move(dropped)) {
+FileDrops::FileDrops(const std::function<void(const Files&)>& dropped) {
+    connect(this, &FileDrops::filesDropped, this, dropped, Qt::QueuedConnection); // when the drag is over
     qApp->installEventFilter(this);
 }
 
 bool FileDrops::eventFilter(QObject* object, QEvent* event) {
     if (!isDragOverMainWindow(object, event)) return false;
     auto* drop = static_cast<QDropEvent*>(event); // the base of all three
-    std::vector<std::string> files = localFiles(*drop->mimeData());
+    const std::vector<std::string> files = localFiles(*drop->mimeData());
     if (files.empty()) return false;
     drop->setDropAction(Qt::CopyAction);
     drop->accept();
-    if (event->type() == QEvent::Drop) { // opened when the drag is over
-        QMetaObject::invokeMethod(
-            this, [this, files = std::move(files)] { m_dropped(files); }, Qt::QueuedConnection);
-    }
+    if (event->type() == QEvent::Drop) emit filesDropped(files);
     return true;
 }
 

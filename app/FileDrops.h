@@ -13,11 +13,13 @@ class FileDrops : public QObject {
     Q_OBJECT
 
 public:
-    explicit FileDrops(std::function<void(const std::vector<std::string>&)> dropped);
+    using Files = std::vector<std::string>;
+
+    explicit FileDrops(const std::function<void(const Files&)>& dropped);
     bool eventFilter(QObject* object, QEvent* event) override;
 
-private:
-    std::function<void(const std::vector<std::string>&)> m_dropped;
+signals:
+    void filesDropped(const std::vector<std::string>& files);
 };
 
 } // namespace orrery

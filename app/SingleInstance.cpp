@@ -80,7 +80,9 @@ std::vector<std::string> filesOf(const QByteArray& message) {
 
 /// Takes one message from a later start, which ends the connection, or gives up on it.
 void receive(QLocalSocket* socket, const std::function<void(const std::vector<std::string>&)>& opened) {
-    QTimer::singleShot(patienceMs, socket, [socket] { socket->abort(); });
+    auto* patience = new QTimer(socket);
+    QObject::connect(patience, &QTimer::timeout, socket, &QLocalSocket::abort);
+    patience->start(patienceMs);
     QObject::connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
     QObject::connect(socket, &QLocalSocket::readyRead, socket, [socket, opened] {
         if (socket->bytesAvailable() > longestMessage) {
