@@ -204,9 +204,11 @@ std::string MyDocument::modelFilePath() const {
 }
 
 void MyDocument::makeModelTree(const std::string& path) {
-    m_modelTree = path.empty() ? ModelTree() : nodesFromDictionaries(dictionariesFromModelFile(path), path);
+    ImportedModel imported = importModel(path);
+    m_modelTree = std::move(imported.tree);
     if (m_outlets.outlineView != nullptr) m_outlets.outlineView->reloadData();
     setupChanged();
+    if (!imported.fault.empty()) showSheet({"The model could not be read.", imported.fault});
 }
 
 void MyDocument::updateModelTree() {

@@ -30,16 +30,16 @@ public:
 /// Streams the model file at the path through the handler. @throws OrreryError as streamXmlFile
 void streamModelObjects(const std::string& path, ModelObjectHandler& handler);
 
-/// Calls read(), which reads the file. Returns false after logging it and the reason when the file cannot be read.
+/// Calls read(), which reads the file. Why the file cannot be read, after logging that; empty when it could.
 template <class Read>
-bool openedXmlDocument(const std::string& path, Read read) {
+std::string faultOfReading(const std::string& path, Read read) {
     try {
         read();
-        return true;
+        return {};
     } catch (const OrreryError& error) {
         logLine("Error opening XML document " + path);
         logLine(error.what());
-        return false;
+        return error.what();
     }
 }
 

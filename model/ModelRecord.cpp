@@ -71,7 +71,7 @@ const std::vector<std::string>* ModelRecord::targets(std::string_view relationsh
 std::optional<std::vector<ModelRecord>> dictionariesFromModelFile(const std::string& path) {
     if (path.empty()) return std::nullopt;
     std::optional<std::vector<ModelRecord>> records;
-    openedXmlDocument(path, [&] { records = readModelFile(path); });
+    (void)faultOfReading(path, [&] { records = readModelFile(path); });
     return records;
 }
 

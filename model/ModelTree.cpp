@@ -96,14 +96,15 @@ ModelTree readModelTree(const std::string& path) {
     return builder.build();
 }
 
-ModelTree readModelTreeOrLog(const std::string& path) {
+ImportedModel importModel(const std::string& path) {
+    if (path.empty()) return {};
     ModelTreeBuilder builder(path);
     BuildingHandler handler(builder);
-    if (path.empty() || !openedXmlDocument(path, [&] { streamModelObjects(path, handler); })) {
-        return {};
+    if (std::string fault = faultOfReading(path, [&] { streamModelObjects(path, handler); }); !fault.empty()) {
+        return {{}, std::move(fault)};
     }
     handler.throwFailure();
-    return builder.build();
+    return {builder.build(), {}};
 }
 
 } // namespace orrery

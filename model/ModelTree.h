@@ -68,9 +68,15 @@ inline constexpr std::size_t modelDepthLimit = 1000;
 /// The same tree straight from the model file: nodesFromDictionaries(readModelFile(path), path) without the records,
 /// which take several times the tree's memory. @throws OrreryError as both
 [[nodiscard]] ModelTree readModelTree(const std::string& path);
+/// A model as an import leaves it.
+struct ImportedModel {
+    ModelTree tree;    // empty when the file cannot be read, and for an empty path
+    std::string fault; // why the file cannot be read; empty when it could
+};
+
 /// The same where a file that cannot be read is logged and gives an empty tree, as dictionariesFromModelFile and
 /// nodesFromDictionaries do together. @throws OrreryError as nodesFromDictionaries
-[[nodiscard]] ModelTree readModelTreeOrLog(const std::string& path);
+[[nodiscard]] ImportedModel importModel(const std::string& path);
 
 /// std::nullopt in, an empty tree out.
 [[nodiscard]] ModelTree nodesFromDictionaries(std::optional<std::vector<ModelRecord>> records,
