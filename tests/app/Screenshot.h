@@ -13,7 +13,7 @@ namespace orrery::test {
 
 inline std::string screenshotFolder() {
     const char* wanted = std::getenv("ORRERY_SCREENSHOTS");
-    const std::string folder = wanted != nullptr ? wanted : ORRERY_BIN "/../screenshots";
+    std::string folder = wanted != nullptr ? wanted : ORRERY_BIN "/../screenshots";
     std::filesystem::create_directories(folder);
     return folder;
 }

@@ -108,6 +108,12 @@ TEST_F(SetupTabTest, PortsAreAddedMovedAndRemovedByKeys) {
     press("alt+Up");
     ASSERT_TRUE(waitFor([&] { return ports(PortList::Steppers)[1] == "/Orchard/Moth/Eggs/delay"; }));
     EXPECT_THAT(window->document().controller(PortList::Steppers).selection(), ElementsAre(1U));
+    steppers.setCurrentIndex(steppers.model()->index(2, 3));
+    press("Tab"); // from the last cell: no table keeps the keyboard
+    ASSERT_TRUE(waitFor([&] { return !steppers.hasFocus(); }));
+    press("shift+Tab");
+    ASSERT_TRUE(waitFor([&] { return steppers.hasFocus(); }));
+    steppers.selectRow(1);
     press("Delete");
     ASSERT_TRUE(waitFor([&] { return ports(PortList::Steppers).size() == 2; }));
     EXPECT_THAT(fieldsOf(PortList::Steppers, "start"), ElementsAre("0", "0.1"));
