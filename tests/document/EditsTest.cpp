@@ -123,6 +123,16 @@ TEST_F(EditsTest, UndoingTheChoiceOfAModelBringsItsTreeBack) {
     EXPECT_FALSE(document.modelModification());
 }
 
+TEST_F(EditsTest, AModelFileThatCannotBeReadEmptiesTheOutlineAndTellsWhy) {
+    show(document);
+    document.useModel(ORRERY_SAMPLES "/crop.xml");
+    document.useModel(files.write("cut.xml", "<database>\n<object"));
+    EXPECT_TRUE(document.modelTree().empty());
+    EXPECT_TRUE(document.modelModification().has_value());
+    ASSERT_EQ(window.sheets.size(), 1U);
+    EXPECT_NE(window.sheets[0].informative.find("cut.xml:2"), std::string::npos) << window.sheets[0].informative;
+}
+
 TEST_F(EditsTest, RevertingReadsTheFileAgain) {
     const std::string path = files.path() + "kept.orrery";
     document.saveToFile(path);
