@@ -8,6 +8,7 @@
 #include "app/FrontWindow.h"
 #include "app/LogFont.h"
 #include "app/PageWindow.h"
+#include "app/PendingEdit.h"
 #include "app/PreferencesPanel.h"
 #include "app/StartPanel.h"
 
@@ -107,7 +108,7 @@ void AppController::quit() {
 /// From the first window again after each answer, since a document may be edited while another one is asked about.
 void AppController::reviewNext() {
     for (DocumentWindow* window : m_documents.windows()) {
-        window->files().commitPendingEdits();
+        commitPendingEdit(*window);
         if (m_mayLose.contains(window) || window->files().mayCloseUnasked()) continue;
         bringToFront(*window);
         window->files().askBeforeClosing([this, window](bool mayClose) {

@@ -1,13 +1,9 @@
 #pragma once
 
+#include "app/InterfaceDescriptions.h"
+
 #include <QMainWindow>
 #include <QObject>
-
-QT_BEGIN_NAMESPACE
-namespace Ui {
-class MainMenu;
-} // namespace Ui
-QT_END_NAMESPACE
 
 namespace orrery {
 

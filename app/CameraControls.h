@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/InterfaceDescriptions.h"
 #include "document/MyDocument.h"
 #include "platform/qt/QtControls.h"
 
@@ -7,13 +8,6 @@
 #include <vector>
 
 class QDoubleSpinBox;
-
-QT_BEGIN_NAMESPACE
-namespace Ui {
-class MainMenu;
-class MyDocument;
-} // namespace Ui
-QT_END_NAMESPACE
 
 namespace orrery {
 

@@ -2,10 +2,10 @@
 
 #include "app/FileNames.h"
 #include "app/FilePanels.h"
+#include "app/PendingEdit.h"
 #include "platform/Files.h"
 #include "platform/qt/QtText.h"
 
-#include <QPointer>
 #include <QWidget>
 #include <exception>
 #include <utility>
@@ -50,7 +50,7 @@ void DocumentFiles::updateTitle() {
 }
 
 void DocumentFiles::save(Answer done) {
-    commitPendingEdits();
+    commitPendingEdit(m_window);
     const auto path = m_document.filePath();
     if (!path) {
         saveAs(std::move(done));
@@ -62,7 +62,7 @@ void DocumentFiles::save(Answer done) {
 }
 
 void DocumentFiles::saveAs(Answer done) {
-    commitPendingEdits();
+    commitPendingEdit(m_window);
     const std::string suggestion = m_document.filePath().value_or(coreText(displayName()) + ".orrery");
     beginSaveSetupPanel(&m_window, m_defaults, suggestion, [this, done = std::move(done)](const std::string& path) {
         if (path.empty()) {
@@ -114,7 +114,7 @@ void DocumentFiles::askAboutChangedFile(const std::string& path, Answer done) {
 }
 
 void DocumentFiles::revert() {
-    commitPendingEdits();
+    commitPendingEdit(m_window);
     if (!m_document.filePath()) return;
     if (!m_document.hasUnsavedChanges()) {
         revertToFile();
@@ -138,13 +138,6 @@ void DocumentFiles::revertToFile() {
     }
 }
 
-void DocumentFiles::commitPendingEdits() {
-    const QPointer<QWidget> field = m_window.focusWidget();
-    if (field == nullptr) return;
-    field->clearFocus(); // fields and cell editors hand over what they hold when they lose the focus
-    if (field != nullptr && field->isVisible()) field->setFocus(Qt::OtherFocusReason);
-}
-
 bool DocumentFiles::mayCloseUnasked() const {
     return !m_document.hasUnsavedChanges() && m_document.runControl().state() == RunControl::State::Idle;
 }
@@ -166,7 +159,7 @@ void DocumentFiles::askAboutRun() {
 }
 
 void DocumentFiles::askAboutChanges() {
-    commitPendingEdits();
+    commitPendingEdit(m_window);
     if (!m_document.hasUnsavedChanges()) {
         answerClosing(true);
         return;

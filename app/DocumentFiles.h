@@ -36,8 +36,6 @@ public:
     void save(Answer done); // an untitled document asks for a name
     void saveAs(Answer done);
     void revert();
-    /// Tells the document what is still in the field that the user is typing in.
-    void commitPendingEdits();
 
     /// Neither unsaved changes nor a run would be lost.
     [[nodiscard]] bool mayCloseUnasked() const;

@@ -1,6 +1,7 @@
 #include "app/DocumentWindow.h"
 
 #include "app/DocumentFiles.h"
+#include "app/PendingEdit.h"
 #include "app/PlotTab.h"
 #include "app/RunPanel.h"
 #include "app/SetupTab.h"
@@ -99,7 +100,7 @@ void DocumentWindow::makeToolbar() {
 }
 
 void DocumentWindow::runSimulation() {
-    m_files->commitPendingEdits(); // what is being typed belongs to the run
+    commitPendingEdit(*this); // what is being typed belongs to the run
     m_document->runSimulation();
 }
 
@@ -137,7 +138,7 @@ void DocumentWindow::closeUnasked() {
 }
 
 void DocumentWindow::closeEvent(QCloseEvent* event) {
-    m_files->commitPendingEdits();
+    commitPendingEdit(*this);
     if (m_closesUnasked || m_files->mayCloseUnasked()) {
         event->accept();
         emit closed();

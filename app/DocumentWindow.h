@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/ApplicationServices.h"
+#include "app/InterfaceDescriptions.h"
 #include "platform/qt/QtAlerts.h"
 #include "platform/qt/QtOpenPanel.h"
 #include "platform/qt/QtWaitPanel.h"
@@ -8,13 +9,6 @@
 #include <QMainWindow>
 #include <memory>
 #include <vector>
-
-QT_BEGIN_NAMESPACE
-namespace Ui {
-class MainMenu;
-class MyDocument;
-} // namespace Ui
-QT_END_NAMESPACE
 
 namespace orrery {
 

@@ -1,8 +1,8 @@
 #include "app/EditCommands.h"
 
 #include "app/ModelOutlineView.h"
+#include "app/PendingEdit.h"
 #include "app/PortTableView.h"
-#include "app/UndoPassThrough.h"
 #include "model/PortPaths.h"
 #include "platform/qt/QtText.h"
 #include "ui_MainMenu.h"

@@ -1,18 +1,12 @@
 #pragma once
 
+#include "app/InterfaceDescriptions.h"
 #include "document/MyDocument.h"
 
 #include <QObject>
 #include <QPointer>
 
 class QAction;
-
-QT_BEGIN_NAMESPACE
-namespace Ui {
-class MainMenu;
-class MyDocument;
-} // namespace Ui
-QT_END_NAMESPACE
 
 namespace orrery {
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/CameraControls.h"
+#include "app/InterfaceDescriptions.h"
 #include "app/ResponseSettings.h"
 #include "app/SweepSettings.h"
 #include "document/MyDocument.h"
@@ -9,13 +10,6 @@
 #include <QObject>
 #include <functional>
 #include <memory>
-
-QT_BEGIN_NAMESPACE
-namespace Ui {
-class MainMenu;
-class MyDocument;
-} // namespace Ui
-QT_END_NAMESPACE
 
 namespace orrery {
 

@@ -1,17 +1,12 @@
 #pragma once
 
+#include "app/InterfaceDescriptions.h"
 #include "app/ResponseVariableRow.h"
 #include "app/RowList.h"
 #include "document/MyDocument.h"
 
 #include <QObject>
 #include <functional>
-
-QT_BEGIN_NAMESPACE
-namespace Ui {
-class MyDocument;
-} // namespace Ui
-QT_END_NAMESPACE
 
 namespace orrery {
 

@@ -1,16 +1,10 @@
 #pragma once
 
+#include "app/InterfaceDescriptions.h"
 #include "document/MyDocument.h"
 #include "platform/qt/QtControls.h"
 
 #include <QObject>
-
-QT_BEGIN_NAMESPACE
-namespace Ui {
-class MainMenu;
-class MyDocument;
-} // namespace Ui
-QT_END_NAMESPACE
 
 namespace orrery {
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/InterfaceDescriptions.h"
 #include "app/PortFaults.h"
 #include "document/MyDocument.h"
 
@@ -9,13 +10,6 @@
 #include <vector>
 
 class QLineEdit;
-
-QT_BEGIN_NAMESPACE
-namespace Ui {
-class MainMenu;
-class MyDocument;
-} // namespace Ui
-QT_END_NAMESPACE
 
 namespace orrery {
 

@@ -1,10 +1,7 @@
 #include "app/UndoPassThrough.h"
 
-#include <QAbstractSpinBox>
-#include <QApplication>
 #include <QKeyEvent>
 #include <QLineEdit>
-#include <QPointer>
 
 namespace orrery {
 
@@ -30,14 +27,6 @@ public:
 
 void letUndoPassThrough(QWidget& field) {
     field.installEventFilter(new UndoPassThrough(&field));
-}
-
-void commitPendingEdit(const QWidget& window) {
-    const QPointer<QWidget> field = QApplication::focusWidget();
-    if (field == nullptr || !window.isAncestorOf(field)) return;
-    if (qobject_cast<QLineEdit*>(field) == nullptr && qobject_cast<QAbstractSpinBox*>(field) == nullptr) return;
-    field->clearFocus();
-    if (field != nullptr) field->setFocus();
 }
 
 } // namespace orrery
