@@ -14,7 +14,7 @@ namespace orrery {
 
 namespace {
 
-constexpr int lookEveryMs = 50;
+constexpr int lookEveryMs = 10;
 
 void save(QWidget& window, const std::string& path) {
     QByteArray png;

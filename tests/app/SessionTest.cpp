@@ -5,6 +5,8 @@
 #include <malloc.h>
 
 #include <QAbstractItemView>
+#include <QAbstractSpinBox>
+#include <QAccessible>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QMessageBox>
@@ -156,6 +158,24 @@ TEST_F(SessionTest, ResultsGoToTheCompanionOrASheetTellsThatThereIsNone) {
     action(window, "actionSendToDorado").trigger();
     ASSERT_TRUE(waitFor([&] { return receiver.state() == QProcess::NotRunning; }));
     EXPECT_EQ(receiver.readAllStandardOutput().toStdString(), window.document().resultTablePath() + "\n");
+}
+
+TEST_F(SessionTest, EveryControlHasANameForScreenReadersAndOneForTests) {
+    DocumentWindow& window = open("crop-two-steppers.orrery");
+    run(window);
+    for (const char* tab : {"actionShowSetup", "actionShowPlot"}) {
+        action(window, tab).trigger();
+        for (QWidget* control : window.findChildren<QWidget*>()) {
+            if (!control->isVisible() || (control->focusPolicy() & Qt::TabFocus) == 0) continue;
+            const bool insideAnother = control->parentWidget()->focusProxy() == control ||
+                                       qobject_cast<QAbstractSpinBox*>(control->parentWidget()) != nullptr;
+            if (insideAnother || control->objectName().startsWith("qt_")) continue; // Qt's own part of a control
+            EXPECT_NE(control->objectName(), "") << control->metaObject()->className();
+            QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(control);
+            ASSERT_NE(accessible, nullptr);
+            EXPECT_NE(accessible->text(QAccessible::Name), "") << control->objectName().toStdString();
+        }
+    }
 }
 
 int openDescriptors() {

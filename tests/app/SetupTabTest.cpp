@@ -1,6 +1,6 @@
 // The setup tab by keyboard, and what it shows.
-#include "app/SetupWindow.h"
 #include "app/PendingEdit.h"
+#include "app/SetupWindow.h"
 #include "platform/Files.h"
 
 #include <gmock/gmock.h>
