@@ -2,6 +2,8 @@
 
 #include "run/ResultTable.h"
 
+#include <fmt/format.h>
+
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -12,6 +14,8 @@
 #include <ostream>
 #include <random>
 #include <string>
+#include <string_view>
+#include <vector>
 
 // Files that the measurements read. Each is made once and kept.
 namespace orrery::bench {
@@ -69,45 +73,53 @@ inline void writeTable(std::ostream& file, const TableShape& shape) {
     }
 }
 
-/// An object of a model file with a name and a varid, relationships, and what else is given.
-inline std::string modelObject(const std::string& type, const std::string& id, const std::string& name,
-                               const std::string& rest) {
-    return "    <object type=\"" + type + "\" id=\"" + id + "\">\n        <attribute name=\"name\" type=\"string\">" +
-           name + "</attribute>\n" + rest + "    </object>\n";
+/// An object of a model file with a name, and what else is given.
+inline std::string modelObject(std::string_view type, std::string_view id, std::string_view name,
+                               std::string_view rest) {
+    return fmt::format(
+        "    <object type=\"{}\" id=\"{}\">\n        <attribute name=\"name\" type=\"string\">{}</attribute>\n"
+        "{}    </object>\n",
+        type, id, name, rest);
 }
-inline std::string modelAttribute(const std::string& name, const std::string& text) {
-    return "        <attribute name=\"" + name + "\" type=\"string\">" + text + "</attribute>\n";
+inline std::string modelAttribute(std::string_view name, std::string_view text) {
+    return fmt::format("        <attribute name=\"{}\" type=\"string\">{}</attribute>\n", name, text);
 }
-inline std::string modelRelationship(const std::string& name, const std::string& targets) {
-    return "        <relationship name=\"" + name + "\" type=\"0/0\" idrefs=\"" + targets + "\"></relationship>\n";
+inline std::string modelRelationship(std::string_view name, std::string_view targets) {
+    return fmt::format("        <relationship name=\"{}\" type=\"0/0\" idrefs=\"{}\"></relationship>\n", name, targets);
 }
 
-/// Parts with `outputs` recorded outputs and as many inputs each, all in one level.
-inline void writeModel(std::ostream& file, std::size_t parts, std::size_t outputs) {
-    std::string children;
+/// The inputs and recorded outputs of a part, `count` of each, and then the part.
+inline void writePart(std::ostream& file, std::string_view part, std::size_t count) {
+    std::vector<std::string> inputs;
+    std::vector<std::string> outputs;
+    for (std::size_t n = 0; n < count; ++n) {
+        inputs.push_back(fmt::format("{}i{}", part, n));
+        outputs.push_back(fmt::format("{}o{}", part, n));
+        file << modelObject("KSINPUT", inputs.back(), fmt::format("input{}", n),
+                            modelAttribute("unit", "kg/ha") + modelRelationship("parent", part));
+        file << modelObject("KSOUTPUT", outputs.back(), fmt::format("resp{}", n),
+                            modelAttribute("varid", fmt::format("{}", 1000 + n)) + modelAttribute("recordp", "1") +
+                                modelAttribute("description", "What the part gives at every step") +
+                                modelRelationship("parent", part));
+    }
+    file << modelObject("KSHTL", part, fmt::format("Part {}", part.substr(1)),
+                        modelRelationship("parent", "root") +
+                            modelRelationship("inputs", fmt::format("{}", fmt::join(inputs, " "))) +
+                            modelRelationship("outputs", fmt::format("{}", fmt::join(outputs, " "))));
+}
+
+/// Parts with `ports` recorded outputs and as many inputs each, all in one level.
+inline void writeModel(std::ostream& file, std::size_t parts, std::size_t ports) {
+    std::vector<std::string> children;
+    children.reserve(parts);
     file << "<?xml version=\"1.0\" standalone=\"yes\"?>\n<database>\n";
     for (std::size_t part = 0; part < parts; ++part) {
-        const std::string id = "p" + std::to_string(part);
-        std::string inputsOfPart;
-        std::string outputsOfPart;
-        for (std::size_t n = 0; n < outputs; ++n) {
-            const std::string number = std::to_string(n);
-            const std::string separator = n == 0 ? "" : " ";
-            file << modelObject("KSINPUT", id + "i" + number, "input" + number,
-                                modelAttribute("unit", "kg/ha") + modelRelationship("parent", id));
-            file << modelObject("KSOUTPUT", id + "o" + number, "resp" + number,
-                                modelAttribute("varid", std::to_string(1000 + n)) + modelAttribute("recordp", "1") +
-                                    modelAttribute("description", "What the part gives at every step") +
-                                    modelRelationship("parent", id));
-            inputsOfPart += separator + id + "i" + number;
-            outputsOfPart += separator + id + "o" + number;
-        }
-        file << modelObject("KSHTL", id, "Part " + std::to_string(part),
-                            modelRelationship("parent", "root") + modelRelationship("inputs", inputsOfPart) +
-                                modelRelationship("outputs", outputsOfPart));
-        children += (part == 0 ? "" : " ") + id;
+        children.push_back(fmt::format("p{}", part));
+        writePart(file, children.back(), ports);
     }
-    file << modelObject("KSLEVEL", "root", "Root", modelRelationship("children", children)) << "</database>\n";
+    file << modelObject("KSLEVEL", "root", "Root",
+                        modelRelationship("children", fmt::format("{}", fmt::join(children, " "))))
+         << "</database>\n";
 }
 
 } // namespace orrery::bench

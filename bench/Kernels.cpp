@@ -1,6 +1,7 @@
 // One of the program's inner loops on a fixed input, for bench/check-instructions: kernels NAME, or no name for the
 // list.
 
+#include "bench/BenchData.h"
 #include "model/ModelTree.h"
 #include "plot/data/PlotLayout.h"
 #include "plot/data/VertexData.h"
@@ -16,6 +17,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -92,32 +94,11 @@ std::function<void()> plotBuilder(bool surface) {
     };
 }
 
-/// A model of one level with 100 parts of two inputs and an output each, as a file in memory.
+/// A model of one level with 100 parts, as a file in memory.
 std::string modelFile() {
-    std::string text = "<database>\n";
-    std::string parts;
-    const auto object = [&text](const char* type, const std::string& identifier, const std::string& relationships) {
-        text.append("<object type=\"").append(type).append("\" id=\"").append(identifier);
-        text.append("\">\n  <attribute name=\"name\">Name of ").append(identifier).append("</attribute>\n");
-        text.append("  <attribute name=\"varid\" type=\"int32\">1</attribute>\n").append(relationships);
-        text.append("</object>\n");
-    };
-    const auto relationship = [](const char* name, const std::string& targets) {
-        return std::string("  <relationship name=\"") + name + "\" type=\"0/0\" idrefs=\"" + targets + "\"/>\n";
-    };
-    for (int part = 0; part < 100; ++part) {
-        const std::string id = "z" + std::to_string(part);
-        object("KSHTL", id,
-               relationship("parent", "root") + relationship("inputs", id + "a " + id + "b") +
-                   relationship("outputs", id + "c"));
-        for (const char* input : {"a", "b"}) {
-            object("KSINPUT", id + input, relationship("part", id));
-        }
-        object("KSOUTPUT", id + "c", relationship("part", id));
-        parts += (part == 0 ? "" : " ") + id;
-    }
-    object("KSLEVEL", "root", relationship("children", parts));
-    text += "</database>\n";
+    std::ostringstream model;
+    bench::writeModel(model, 100, 2);
+    const std::string text = model.str();
     const int descriptor = memfd_create("model", MFD_CLOEXEC);
     if (write(descriptor, text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
         std::perror("a file in memory");
