@@ -106,19 +106,6 @@ bool isExponentSign(char c) {
     return (c | 0x20) == 'e';
 }
 
-/// number × 10^power, of a number below 2⁵³ and a power that is an exact double: the nearest single, or none where that
-/// cannot be proved. Both operands are exact, so the result in double precision is the nearest double. It rounds to the
-/// nearest single unless it lies half way between two of them, where it may have come to lie by its own rounding.
-std::optional<float> nearestSingle(std::uint64_t number, int power) {
-    const auto whole = static_cast<double>(number);
-    const double value = power < 0 ? whole / powersOfTen[static_cast<std::size_t>(-power)]
-                                   : whole * powersOfTen[static_cast<std::size_t>(power)];
-    if ((std::bit_cast<std::uint64_t>(value) & 0x1FFFFFFFU) == 0x10000000U) {
-        return std::nullopt;
-    }
-    return static_cast<float>(value);
-}
-
 /// The number at the text by the short road; length 0 where that road cannot prove its result exact.
 /// `longestPlainNumber` bytes must be readable.
 ScannedFloat scanPlainNumber(const char* text) {
@@ -139,15 +126,10 @@ ScannedFloat scanPlainNumber(const char* text) {
         at += length > 0 ? 1 + length : 0;
     }
     // What may follow a number and belong to it (more digits, a bare point, an exponent) is not in yet.
-    if (digits == 0 || digits > plainDigits || number >= (1ULL << 53U) || isDigit(*at) || *at == '.' ||
-        isExponentSign(*at)) {
+    if (digits == 0 || digits > plainDigits || isDigit(*at) || *at == '.' || isExponentSign(*at)) {
         return {};
     }
-    const int power = exponent - static_cast<int>(fraction);
-    if (power < -largestPower || power > largestPower) {
-        return {};
-    }
-    const std::optional<float> value = nearestSingle(number, power);
+    const std::optional<float> value = nearestSingle(number, exponent - static_cast<int>(fraction));
     return value ? ScannedFloat{negative ? -*value : *value, static_cast<std::size_t>(at - text)} : ScannedFloat{};
 }
 
@@ -236,6 +218,21 @@ std::size_t scanRow(const RowText& row, std::span<float> cells) {
 
 ScannedCell scanCell(const RowText& row) {
     return Scanner(row).next();
+}
+
+/// Both operands are exact doubles, so the result in double precision is the nearest double. It rounds to the nearest
+/// single unless it lies half way between two of them, where it may have come to lie by its own rounding.
+std::optional<float> nearestSingle(std::uint64_t number, int power) {
+    if (number >= (1ULL << 53U) || power < -largestPower || power > largestPower) {
+        return std::nullopt;
+    }
+    const auto whole = static_cast<double>(number);
+    const double value = power < 0 ? whole / powersOfTen[static_cast<std::size_t>(-power)]
+                                   : whole * powersOfTen[static_cast<std::size_t>(power)];
+    if ((std::bit_cast<std::uint64_t>(value) & 0x1FFFFFFFU) == 0x10000000U) {
+        return std::nullopt;
+    }
+    return static_cast<float>(value);
 }
 
 bool isIdle(const char* begin, const char* end) {

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 
 namespace orrery {
@@ -35,6 +36,10 @@ struct ScannedCell {
 /// Whether text that stands between two cells makes no difference to the second: it holds nothing that begins a number
 /// or a group.
 [[nodiscard]] bool isIdle(const char* begin, const char* end);
+
+/// number × 10^power as the nearest single; std::nullopt where the short calculation cannot prove that it is: the exact
+/// conversion must be asked.
+[[nodiscard]] std::optional<float> nearestSingle(std::uint64_t number, int power);
 
 /// Passes over up to `fields` tokens without white space, white space (line feeds included) before each. Counts
 /// `fields` down by the tokens passed and returns where it stopped: behind the last token, or `end`.

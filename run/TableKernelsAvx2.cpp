@@ -120,14 +120,15 @@ ORRERY_AVX2_INLINE std::uint32_t isMinus(char c) {
     return ((static_cast<std::uint32_t>(static_cast<unsigned char>(c)) ^ '-') - 1U) >> 31U;
 }
 
-/// Takes the whole token as a number, or nothing of it where it is none of the simple kind or where the nearest single
-/// cannot be proved (see RowScanner.cpp). 16 bytes before the token's end must be readable.
-ORRERY_AVX2_INLINE bool takeToken(const char* begin, const char* end, float& value) {
-    const std::uint32_t negative = isMinus(*begin);
-    const auto length = static_cast<std::size_t>(end - begin) - negative;
-    if (length - 1 >= longestToken) [[unlikely]] { // 0 included
-        return false;
-    }
+/// What a token without its sign writes: number ÷ divisors[point], where it is plain: digits with at most one point.
+struct Digits {
+    std::uint64_t number = 0;
+    std::size_t point = 0;
+    bool plain = false;
+};
+
+/// The token must have 1 to 16 characters, and 16 bytes before its end must be readable.
+ORRERY_AVX2_INLINE Digits digitsOf(const char* end, std::size_t length) {
     __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(end - longestToken));
     const __m128i keep = _mm_loadu_si128(reinterpret_cast<const __m128i*>(keepLast.data() + length));
     bytes = _mm_and_si128(_mm_sub_epi8(bytes, _mm_set1_epi8('0')), keep);
@@ -135,15 +136,53 @@ ORRERY_AVX2_INLINE bool takeToken(const char* begin, const char* end, float& val
     const auto point = static_cast<std::size_t>(_tzcnt_u32(static_cast<unsigned>(points) | 1U << longestToken));
     bytes = _mm_shuffle_epi8(bytes, _mm_load_si128(reinterpret_cast<const __m128i*>(gapClosers[point].data())));
     const __m128i above9 = _mm_subs_epu8(bytes, _mm_set1_epi8(9));
-    const std::uint64_t number = sixteenDigits(bytes);
-    const double quotient = static_cast<double>(static_cast<std::int64_t>(number)) / divisors[point];
-    const bool halfWay = (std::bit_cast<std::uint64_t>(quotient) & 0x1FFFFFFFU) == 0x10000000U;
     const bool pointAlone = ((length - 1) | (longestToken - 1 - point)) == 0;
-    if (_mm_testz_si128(above9, above9) == 0 || number >= 1ULL << 53U || halfWay || pointAlone) [[unlikely]] {
+    return {sixteenDigits(bytes), point, _mm_testz_si128(above9, above9) != 0 && !pointAlone};
+}
+
+ORRERY_AVX2_INLINE float withSign(float value, std::uint32_t negative) {
+    return std::bit_cast<float>(std::bit_cast<std::uint32_t>(value) | negative << 31U);
+}
+
+/// Takes the whole token as a number, or nothing of it where it is none of the simple kind or where the nearest single
+/// cannot be proved (nearestSingle has the reason).
+ORRERY_AVX2_INLINE bool takeToken(const char* begin, const char* end, float& value) {
+    const std::uint32_t negative = isMinus(*begin);
+    const auto length = static_cast<std::size_t>(end - begin) - negative;
+    if (length - 1 >= longestToken) [[unlikely]] { // 0 included
         return false;
     }
-    value = std::bit_cast<float>(std::bit_cast<std::uint32_t>(static_cast<float>(quotient)) | negative << 31U);
+    const Digits digits = digitsOf(end, length);
+    const double quotient = static_cast<double>(static_cast<std::int64_t>(digits.number)) / divisors[digits.point];
+    const bool halfWay = (std::bit_cast<std::uint64_t>(quotient) & 0x1FFFFFFFU) == 0x10000000U;
+    if (!digits.plain || digits.number >= 1ULL << 53U || halfWay) [[unlikely]] {
+        return false;
+    }
+    value = withSign(static_cast<float>(quotient), negative);
     return true;
+}
+
+bool isDigit(char c) {
+    return static_cast<unsigned char>(c - '0') < 10;
+}
+
+/// The same for a token with an exponent as it is mostly written, "e", a sign and two digits.
+[[gnu::target("avx2,bmi,popcnt"), gnu::noinline]] bool takeExponentToken(const char* begin, const char* end,
+                                                                         float& value) {
+    constexpr std::size_t exponentLength = 4;
+    const std::uint32_t negative = isMinus(*begin);
+    const auto length = static_cast<std::size_t>(end - begin) - negative - exponentLength;
+    const bool down = end[-3] == '-';
+    if (length - 1 >= longestToken || (end[-4] | 0x20) != 'e' || (!down && end[-3] != '+') || !isDigit(end[-2]) ||
+        !isDigit(end[-1])) {
+        return false;
+    }
+    const Digits digits = digitsOf(end - exponentLength, length);
+    const int exponent = (end[-2] - '0') * 10 + (end[-1] - '0');
+    const int fraction = digits.point < longestToken ? static_cast<int>(longestToken - 1 - digits.point) : 0;
+    const auto nearest = nearestSingle(digits.number, (down ? -exponent : exponent) - fraction);
+    value = withSign(nearest.value_or(0), negative);
+    return digits.plain && nearest.has_value();
 }
 
 // ---- Rows
@@ -186,7 +225,10 @@ ORRERY_AVX2_INLINE std::size_t fillRow(const TableText& text, const std::uint32_
     RowCursor row = behindBorder(base, border, last);
     std::size_t without = 0;
     for (float& cell : cells) {
-        if (takeToken(row.at, base + *row.border, cell)) [[likely]] {
+        const char* const end = base + *row.border;
+        if (takeToken(row.at, end, cell)) [[likely]] {
+            row = behindBorder(base, row.border, last);
+        } else if (takeExponentToken(row.at, end, cell)) {
             row = behindBorder(base, row.border, last);
         } else {
             const ExactCell exact = takeCellExactly(text, row, last);
