@@ -107,6 +107,11 @@ void MyDocument::incYRotation(float step) {
     redrawPlot();
 }
 
+void MyDocument::toggleAnimatedRotation() {
+    m_isAnimated = !m_isAnimated;
+    if (m_timer != nullptr) m_timer->setResting(!m_isAnimated);
+}
+
 void MyDocument::animationTimer() {
     constexpr float degreesPerTick = 0.5F;
     if (m_isAnimated) setYRotation(m_yRotationSliderValue + degreesPerTick);

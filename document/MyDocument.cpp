@@ -176,6 +176,7 @@ void MyDocument::awakeFromNib() {
     if (!modelFilePath().empty()) importModelOfSetup();
     if (m_services.run.runLoop != nullptr) {
         m_timer = m_services.run.runLoop->repeat(animationInterval, [this] { animationTimer(); });
+        m_timer->setResting(!m_isAnimated);
     }
     resetCamera();
     setLightSliderMax(20);

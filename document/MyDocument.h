@@ -228,7 +228,7 @@ public:
     void setYRotation(float sliderValue);
     void incYRotation(float step);
     void animationTimer(); // one tick
-    void toggleAnimatedRotation() { m_isAnimated = !m_isAnimated; }
+    void toggleAnimatedRotation();
     [[nodiscard]] bool isAnimated() const { return m_isAnimated; }
     [[nodiscard]] float yRotationSliderValue() const { return m_yRotationSliderValue; }
 

@@ -14,6 +14,8 @@ public:
     class Source {
     public:
         virtual ~Source() = default;
+        /// A timer at rest calls nobody and costs nothing until it is woken. Sources begin awake.
+        virtual void setResting(bool /*resting*/) {}
     };
 
     virtual ~RunLoop() = default;

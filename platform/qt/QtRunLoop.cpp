@@ -42,6 +42,15 @@ public:
         startTimer();
     }
 
+    void setResting(bool resting) override {
+        if (resting) {
+            m_timer.stop();
+        } else if (!m_timer.isActive()) {
+            m_next = Clock::now() + m_interval;
+            startTimer();
+        }
+    }
+
 private:
     using Clock = std::chrono::steady_clock;
 

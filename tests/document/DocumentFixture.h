@@ -79,13 +79,17 @@ public:
     }
     std::vector<std::weak_ptr<std::function<void()>>> timers;
     std::vector<std::chrono::nanoseconds> intervals;
+    bool lastRests = false; // the timer that was last told to rest or wake
 
 private:
     struct Timer : Source {
+        explicit Timer(bool& isResting) : resting(isResting) {}
+        void setResting(bool isResting) override { resting = isResting; }
         std::shared_ptr<std::function<void()>> callback;
+        bool& resting;
     };
     std::unique_ptr<Source> add(std::chrono::nanoseconds interval, std::function<void()> callback) {
-        auto timer = std::make_unique<Timer>();
+        auto timer = std::make_unique<Timer>(lastRests);
         timer->callback = std::make_shared<std::function<void()>>(std::move(callback));
         timers.push_back(timer->callback);
         intervals.push_back(interval);

@@ -203,7 +203,9 @@ TEST_F(MyDocumentTest, TheRotationGoesTheShortWayRoundAndTheAnimationTurnsIt) {
     EXPECT_EQ(document.yRotation(), 10);
     loop.tick();
     EXPECT_EQ(plot.yRotation(), 370);
+    EXPECT_TRUE(loop.lastRests) << "costs nothing while nothing turns";
     document.toggleAnimatedRotation();
+    EXPECT_FALSE(loop.lastRests);
     loop.tick();
     EXPECT_EQ(plot.yRotation(), 370.5F);
     EXPECT_EQ(loop.intervals.at(0), std::chrono::nanoseconds(16666667));
