@@ -226,9 +226,7 @@ ORRERY_AVX2_INLINE std::size_t fillRow(const TableText& text, const std::uint32_
     std::size_t without = 0;
     for (float& cell : cells) {
         const char* const end = base + *row.border;
-        if (takeToken(row.at, end, cell)) [[likely]] {
-            row = behindBorder(base, row.border, last);
-        } else if (takeExponentToken(row.at, end, cell)) {
+        if (takeToken(row.at, end, cell) || takeExponentToken(row.at, end, cell)) [[likely]] {
             row = behindBorder(base, row.border, last);
         } else {
             const ExactCell exact = takeCellExactly(text, row, last);
