@@ -6,6 +6,6 @@
 QT_BEGIN_NAMESPACE
 namespace Ui {
 class MainMenu;
-class MyDocument;
+class MyDocument; // NOLINT(bugprone-forward-declaration-namespace): named after the document's class
 } // namespace Ui
 QT_END_NAMESPACE

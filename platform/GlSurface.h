@@ -24,7 +24,8 @@ public:
     /// (not shown yet, or lost): then no GL call may follow.
     [[nodiscard]] virtual bool makeCurrent() = 0;
     [[nodiscard]] virtual SurfaceBounds bounds() const = 0;
-    /// Device pixels to a pixel of the desktop's, above 1 on dense screens; changes when a window moves between screens.
+    /// Device pixels to a pixel of the desktop's, above 1 on dense screens; changes when a window moves between
+    /// screens.
     [[nodiscard]] virtual double scale() const { return 1; }
     /// Asks for a frame, drawn later from the main loop; any number of requests give one frame.
     virtual void markForDisplay() = 0;

@@ -1,4 +1,5 @@
 #include "run/IndexSet.h"
+
 #include "run/SweepVariables.h"
 
 #include <gmock/gmock.h>
