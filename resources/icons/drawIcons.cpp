@@ -66,7 +66,7 @@ QPainterPath pathOf(const char* strokes) {
     qsizetype at = 0;
     const auto next = [&] { return words.at(at++).toDouble(); };
     while (at < words.size()) {
-        const QString command = words.at(at++);
+        const QString& command = words.at(at++);
         if (command == "Z") {
             path.closeSubpath();
             continue;

@@ -295,6 +295,7 @@ TEST_F(PlotTabTest, VariablesOfOneOrNoValueAndManyResponsesHaveTheirRows) {
     variables[1].setStridesPerCycle(1);
     variables[1].setStep(1);
     std::vector<ResponseVariable> responses;
+    responses.reserve(300);
     for (int i = 0; i < 300; ++i)
         responses.emplace_back("Part/response" + std::to_string(i), std::to_string(i));
     window.document().setSimulationData({});

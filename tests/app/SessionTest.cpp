@@ -206,7 +206,7 @@ TEST_F(SessionTest, OpeningAndClosingManyDocumentsLeavesNothingBehind) {
     EXPECT_TRUE(controller->documentController().windows().empty());
     EXPECT_LE(openDescriptors(), descriptors);
     EXPECT_LE(QApplication::topLevelWidgets().size(), windows);
-    EXPECT_LT(::mallinfo2().uordblks, memory + 450 * 4096)
+    EXPECT_LT(::mallinfo2().uordblks, memory + 450UL * 4096)
         << "a document with its window takes a hundred times as much";
 }
 

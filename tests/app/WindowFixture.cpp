@@ -7,6 +7,9 @@
 #include "support/SessionBus.h"
 #include "support/VirtualDisplay.h"
 
+#include <dlfcn.h>
+#include <link.h>
+
 #include <QAction>
 #include <QPixmap>
 #include <QProcess>
@@ -20,6 +23,17 @@
 namespace orrery::test {
 
 namespace {
+
+/// Has the GL driver stay when the display goes: what it keeps to the end is told apart from leaks by its name.
+void keepDriverLoaded() {
+    const auto keep = [](dl_phdr_info* object, std::size_t /*size*/, void* /*data*/) {
+        if (std::string_view(object->dlpi_name).find("/dri/") != std::string_view::npos) {
+            dlopen(object->dlpi_name, RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE);
+        }
+        return 0;
+    };
+    dl_iterate_phdr(keep, nullptr);
+}
 
 /// What a process has once: a display, its window manager, and the application object.
 class Desktop {
@@ -36,6 +50,7 @@ public:
         QApplication::setApplicationVersion("0.1.0");
     }
     ~Desktop() {
+        keepDriverLoaded();
         m_application.reset();
         m_windowManager.kill();
         m_windowManager.waitForFinished();
@@ -49,7 +64,9 @@ private:
         for (const QDeadlineTimer deadline(20'000); !deadline.hasExpired();) {
             QProcess asking;
             asking.start("xdotool", {"get_num_desktops"});
-            if (asking.waitForFinished() && asking.exitCode() == 0) return;
+            if (asking.waitForFinished(2'000) && asking.exitCode() == 0) return;
+            asking.kill(); // one that asks while the manager takes over may wait for ever
+            asking.waitForFinished();
         }
         ADD_FAILURE() << "openbox does not answer";
     }
