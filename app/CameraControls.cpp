@@ -6,6 +6,7 @@
 
 #include <QSignalBlocker>
 #include <cmath>
+#include <functional>
 
 namespace orrery {
 
@@ -54,7 +55,9 @@ void CameraControls::connectCoordinates() {
     for (const Coordinate& coordinate : m_coordinates) {
         guardFromWheel(*coordinate.control);
         connect(coordinate.control, &QDoubleSpinBox::valueChanged, this,
-                [this, set = coordinate.setValue](double value) { (m_document.*set)(static_cast<float>(value)); });
+                [document = &m_document, set = coordinate.setValue](double value) {
+                    std::invoke(set, document, static_cast<float>(value));
+                });
     }
 }
 
@@ -75,7 +78,7 @@ void CameraControls::toggleAnimation() {
 /// Called with every frame of the animation: what is right already is left alone.
 void CameraControls::follow() {
     for (const Coordinate& coordinate : m_coordinates) {
-        const auto value = static_cast<double>((m_document.*coordinate.value)());
+        const auto value = static_cast<double>(std::invoke(coordinate.value, m_document));
         if (std::abs(value - coordinate.control->value()) > 0.005) showValue(*coordinate.control, value);
     }
     showValue(*m_ui.lightHeight, static_cast<int>(std::lround(m_document.lightHeight() * lightSteps)));

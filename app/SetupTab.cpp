@@ -104,8 +104,10 @@ void SetupTab::connectSettings() {
 void SetupTab::connectTables() {
     using Command = void (MyDocument::*)(int);
     const auto connectButtons = [this](QToolButton* add, QToolButton* remove, Command command) {
-        connect(add, &QToolButton::clicked, this, [this, command] { (m_document.*command)(0); });
-        connect(remove, &QToolButton::clicked, this, [this, command] { (m_document.*command)(1); });
+        connect(add, &QToolButton::clicked, this,
+                [document = &m_document, command] { std::invoke(command, document, 0); });
+        connect(remove, &QToolButton::clicked, this,
+                [document = &m_document, command] { std::invoke(command, document, 1); });
     };
     connectButtons(m_ui.addOutput, m_ui.removeOutput, &MyDocument::addOrRemoveOutput);
     connectButtons(m_ui.addInitialization, m_ui.removeInitialization, &MyDocument::addOrRemoveInitialization);
