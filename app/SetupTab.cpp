@@ -11,6 +11,8 @@
 #include "ui_MainMenu.h"
 #include "ui_MyDocument.h"
 
+#include <functional>
+
 namespace orrery {
 
 namespace {

@@ -29,7 +29,7 @@ endif()
 if(ORRERY_SANITIZE)
   set(CMAKE_CXX_FLAGS_DEV "-O1 -g1") # a test's table of cases takes the optimiser minutes under sanitizers
   target_compile_options(orrery_flags INTERFACE -fsanitize=${ORRERY_SANITIZE} -fno-omit-frame-pointer
-    -fno-sanitize-recover=all -Wno-maybe-uninitialized) # which instrumented code sets off without cause
+    -fno-sanitize-recover=all)
   target_link_options(orrery_flags INTERFACE -fsanitize=${ORRERY_SANITIZE})
 endif()
 
