@@ -60,15 +60,11 @@ public:
 
 private:
     /// A window that comes before its manager is ready is never made active. The manager tells its desktops when it is.
+    /// One that does not answer shows in the tests, which wait for their windows to be active.
     static void waitForWindowManager() {
-        for (const QDeadlineTimer deadline(20'000); !deadline.hasExpired();) {
-            QProcess asking;
-            asking.start("xdotool", {"get_num_desktops"});
-            if (asking.waitForFinished(2'000) && asking.exitCode() == 0) return;
-            asking.kill(); // one that asks while the manager takes over may wait for ever
-            asking.waitForFinished();
+        for (const QDeadlineTimer deadline(10'000); !deadline.hasExpired();) {
+            if (std::system("timeout 1 xdotool get_num_desktops > /dev/null 2>&1") == 0) return;
         }
-        ADD_FAILURE() << "openbox does not answer";
     }
 
     int m_count = 1;
