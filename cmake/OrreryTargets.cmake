@@ -89,5 +89,5 @@ function(orrery_test NAME)
   target_compile_definitions(${NAME} PRIVATE ORRERY_SAMPLES="${CMAKE_SOURCE_DIR}/samples"
     ORRERY_BIN="${CMAKE_RUNTIME_OUTPUT_DIRECTORY}")
   target_link_libraries(${NAME} PRIVATE ${ARG_LINKS} GTest::gmock GTest::gtest_main orrery_flags)
-  gtest_discover_tests(${NAME} DISCOVERY_TIMEOUT 60 PROPERTIES LABELS ${ARG_LABEL} TIMEOUT 120)
+  gtest_discover_tests(${NAME} DISCOVERY_TIMEOUT 60 PROPERTIES LABELS ${ARG_LABEL} TIMEOUT 300)
 endfunction()
