@@ -5,7 +5,7 @@
 
 namespace orrery {
 
-/// Draws words into a view that has nothing to show, as a field draws its placeholder.
+/// Draws words in the middle of a view that has nothing to show, in the pale colour of hints.
 void drawEmptyState(const QAbstractItemView& view, const QString& words);
 
 } // namespace orrery
