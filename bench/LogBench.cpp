@@ -1,9 +1,17 @@
+#include "platform/LogFile.h"
+#include "platform/qt/LogPanel.h"
 #include "platform/qt/LogView.h"
+#include "platform/qt/QtWaitPanel.h"
 
 #include <benchmark/benchmark.h>
 
 #include <QApplication>
+#include <QDir>
+#include <QElapsedTimer>
 #include <QSignalSpy>
+#include <QTemporaryDir>
+#include <algorithm>
+#include <cstdlib>
 #include <string>
 
 namespace orrery {
@@ -62,6 +70,82 @@ void find(benchmark::State& state) {
     state.SetBytesProcessed(state.iterations() * (1LL << 30));
 }
 BENCHMARK(find)->Unit(benchmark::kMillisecond);
+
+/// The longest time between two turns of the event loop.
+class HoldMeter : public QObject {
+public:
+    HoldMeter() {
+        m_since.start();
+        startTimer(0);
+    }
+    [[nodiscard]] double longestMs() const { return static_cast<double>(m_longest) / 1e6; }
+
+protected:
+    void timerEvent(QTimerEvent*) override {
+        m_longest = std::max(m_longest, m_since.nsecsElapsed());
+        m_since.start();
+    }
+
+private:
+    QElapsedTimer m_since;
+    qint64 m_longest = 0;
+};
+
+/// 1 GB into a file, and for how long the window is held meanwhile.
+void save(benchmark::State& state) {
+    LogPanel panel;
+    panel.resize(1000, 700);
+    panel.show();
+    fill(panel.view(), 1ULL << 30U, false);
+    const QTemporaryDir folder(QDir::currentPath() + "/log-bench-XXXXXX");
+    QtWaitPanel wait(&panel);
+    double longest = 0;
+    while (state.KeepRunning()) {
+        const HoldMeter meter;
+        if (!saveLog(panel.view().logText(), folder.filePath("log.txt").toStdString(), wait)) std::abort();
+        QCoreApplication::processEvents();
+        longest = std::max(longest, meter.longestMs());
+    }
+    state.SetBytesProcessed(state.iterations() * (1LL << 30));
+    state.counters["heldMs"] = longest;
+}
+BENCHMARK(save)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+/// What the clipboard takes at most.
+void copy(benchmark::State& state) {
+    LogView view;
+    fill(view, 1ULL << 25U, false);
+    view.selectAll();
+    while (state.KeepRunning())
+        view.copy();
+}
+BENCHMARK(copy)->Unit(benchmark::kMillisecond);
+
+/// The end of a log of 1 GB, when the next run begins.
+void clear(benchmark::State& state) {
+    LogView view;
+    while (state.KeepRunning()) {
+        state.PauseTiming();
+        fill(view, 1ULL << 30U, false);
+        state.ResumeTiming();
+        view.setString("");
+    }
+}
+BENCHMARK(clear)->Unit(benchmark::kMillisecond)->Iterations(5);
+
+/// A window of another size over 1 GB.
+void resize(benchmark::State& state) {
+    LogView view;
+    view.show();
+    fill(view, 1ULL << 30U, false);
+    QImage image(QSize(1000, 900), QImage::Format_RGB32);
+    int height = 500;
+    while (state.KeepRunning()) {
+        view.resize(1000, height = height == 500 ? 900 : 500);
+        view.render(&image);
+    }
+}
+BENCHMARK(resize)->Unit(benchmark::kMillisecond);
 
 } // namespace
 } // namespace orrery

@@ -12,6 +12,10 @@ namespace orrery {
 /// An exception of a part leaves the call after all have ended; of several that of the lowest part.
 void runTogether(unsigned count, const std::function<void(unsigned)>& work);
 
+/// Calls work() on another thread, and waiting() on this one every few milliseconds until work() has returned. An
+/// exception of either leaves the call then. Where the system gives no thread, work() runs here and nobody waits.
+void runBeside(const std::function<void()>& work, const std::function<void()>& waiting);
+
 /// How many parts a calculation is worth that can be cut into pieces of which each pays for a thread's start: at least
 /// 1, at most `most` and the number of the machine's processors.
 [[nodiscard]] unsigned workersFor(std::size_t pieces, unsigned most = 4);

@@ -23,6 +23,9 @@
 namespace orrery {
 namespace {
 
+/// So that a large file's last sync is no longer than the others, and a caller can tell how far it is.
+constexpr std::size_t syncEvery = 32U << 20U;
+
 /// The file to replace, its links followed.
 struct Target {
     std::string path; // as the user gave it
@@ -177,14 +180,13 @@ public:
             const ssize_t count = uninterrupted([&] { return ::write(m_file.get(), bytes.data(), piece); });
             if (count <= 0) throwUnsaved(m_target, "it cannot be written", count < 0 ? errno : EIO);
             bytes.remove_prefix(static_cast<std::size_t>(count));
+            m_unsynced += static_cast<std::size_t>(count);
         }
+        if (m_unsynced >= syncEvery) sync();
     }
 
-    /// Once only: after a failed sync the system may forget what it could not write.
     void syncAndClose() {
-        if (uninterrupted([&] { return fsync(m_file.get()); }) != 0) {
-            throwUnsaved(m_target, "it could not be written to the disk", errno);
-        }
+        sync();
         if (::close(m_file.release()) != 0 && errno != EINTR) { // interrupted or not, it is closed
             throwUnsaved(m_target, "it could not be closed", errno);
         }
@@ -200,9 +202,18 @@ public:
 private:
     [[nodiscard]] int directory() const { return m_target.directory.get(); }
 
+    /// Never again after a failed one: the system may forget what it could not write.
+    void sync() {
+        if (uninterrupted([&] { return fsync(m_file.get()); }) != 0) {
+            throwUnsaved(m_target, "it could not be written to the disk", errno);
+        }
+        m_unsynced = 0;
+    }
+
     const Target& m_target;
     std::string m_name;
     FileDescriptor m_file;
+    std::size_t m_unsynced = 0; // bytes
     bool m_present = false;
 };
 

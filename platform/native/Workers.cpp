@@ -3,14 +3,18 @@
 #include <pthread.h>
 
 #include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <exception>
+#include <future>
 #include <thread>
 #include <vector>
 
 namespace orrery {
 
 namespace {
+
+constexpr auto waitingInterval = std::chrono::milliseconds(5);
 
 /// Threads that are started meanwhile take no signals.
 class SignalsBlocked {
@@ -64,6 +68,26 @@ void runTogether(unsigned count, const std::function<void(unsigned)>& work) {
     if (failure != failures.end()) {
         std::rethrow_exception(*failure);
     }
+}
+
+void runBeside(const std::function<void()>& work, const std::function<void()>& waiting) {
+    std::packaged_task<void()> task(work);
+    std::future<void> done = task.get_future();
+    std::vector<std::thread> threads;
+    threads.reserve(1);
+    startThreads(threads, 2, [&task](unsigned) { task(); });
+    if (threads.empty()) task();
+    std::exception_ptr failure;
+    try {
+        while (done.wait_for(waitingInterval) != std::future_status::ready)
+            waiting();
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    if (failure) std::rethrow_exception(failure);
+    done.get();
 }
 
 unsigned workersFor(std::size_t pieces, unsigned most) {

@@ -1,7 +1,9 @@
 #include "platform/qt/LogPanel.h"
 
+#include "platform/LogFile.h"
 #include "platform/qt/LogView.h"
 #include "platform/qt/QtText.h"
+#include "platform/qt/QtWaitPanel.h"
 
 #include <QFileDialog>
 #include <QHBoxLayout>
@@ -131,13 +133,14 @@ void LogPanel::saveAs() {
     dialog->setAcceptMode(QFileDialog::AcceptSave);
     dialog->setNameFilters({tr("Text files (*.txt *.log)"), tr("All files (*)")});
     dialog->setDefaultSuffix("txt");
-    connect(dialog, &QFileDialog::fileSelected, this, &LogPanel::saveTo);
+    connect(dialog, &QFileDialog::fileSelected, this, &LogPanel::saveTo, Qt::QueuedConnection); // once it is closed
     dialog->open();
 }
 
 void LogPanel::saveTo(const QString& path) {
     try {
-        m_view->saveTo(corePath(path));
+        QtWaitPanel panel(window());
+        (void)saveLog(m_view->logText(), corePath(path), panel);
     } catch (const std::exception& error) {
         tell(tr("The log could not be saved."), qtText(error.what()));
     }

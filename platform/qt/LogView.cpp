@@ -1,6 +1,5 @@
 #include "platform/qt/LogView.h"
 
-#include "platform/Files.h"
 #include "platform/Utf8.h"
 #include "platform/qt/LogRow.h"
 #include "platform/qt/QtText.h"
@@ -23,7 +22,7 @@ namespace {
 
 constexpr int refreshMs = 30;
 constexpr int sliceMs = 8;
-constexpr std::uint64_t clipboardLimit = 1U << 26U;
+constexpr std::uint64_t clipboardLimit = 1U << 25U;
 constexpr std::uint64_t primarySelectionLimit = 1U << 20U;
 
 LogPattern patternFor(const QString& text) {
@@ -114,16 +113,6 @@ void LogView::searchSlice() {
     select(found ? match.begin : selection().begin, found ? match.end : selection().begin);
     if (found) reveal(match);
     emit searchFinished(found);
-}
-
-void LogView::saveTo(const std::string& path) const {
-    FileReplacement file(path);
-    for (std::uint64_t offset = 0; offset < m_text.size();) {
-        const std::string_view block = m_text.blockFrom(offset);
-        file.write(block);
-        offset += block.size();
-    }
-    file.finish();
 }
 
 void LogView::selectAll() {

@@ -38,9 +38,6 @@ public:
     bool find(const QString& text, FindStart start);
     void cancelFind();
 
-    /// Replaces the file by the whole text. @throws OrreryError, the old file is then unchanged
-    void saveTo(const std::string& path) const;
-
     void selectAll();
     /// Puts the selection on the clipboard; what is too much for it is refused with noticed().
     void copy();

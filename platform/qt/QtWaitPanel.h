@@ -22,10 +22,13 @@ public:
     void end() override;
 
 private:
+    void showPanel();
+
     QPointer<QWidget> m_window;
     QString m_what;
     QElapsedTimer m_sinceEvents;
-    std::unique_ptr<QProgressDialog> m_panel;
+    bool m_cancelled = false;
+    std::unique_ptr<QProgressDialog> m_panel; // stays until the end, also when cancelled: it keeps everything else out
     std::optional<QtRunLoop::Pause> m_pause;
 };
 

@@ -1,10 +1,18 @@
 #include "platform/LogText.h"
 
+#include "platform/Files.h"
+#include "platform/LogFile.h"
 #include "platform/LogSearch.h"
+#include "platform/Workers.h"
+#include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 
+#include <atomic>
 #include <cctype>
+#include <filesystem>
+#include <new>
+#include <stdexcept>
 
 namespace orrery {
 namespace {
@@ -131,6 +139,53 @@ TEST(LogSearch, FormsOfACharacterMayDifferInLength) {
     text.append("xⱥȺx");
     const LogPattern twice({{"ⱥ", "Ⱥ"}, {"ⱥ", "Ⱥ"}});
     EXPECT_EQ(found(text, twice, 0, SearchDirection::Forward), 1U);
+}
+
+/// Cancels once it has seen some of the work done.
+class CancellingPanel : public WaitPanel {
+public:
+    void begin(std::string_view) override { isOpen = true; }
+    bool update(double fractionDone) override {
+        seen = fractionDone;
+        return fractionDone < 0.001;
+    }
+    void end() override { isOpen = false; }
+    double seen = 0;
+    bool isOpen = false;
+};
+
+TEST(SaveLog, LeavesTheOldFileAndNothingElseWhenCancelled) {
+    const test::TemporaryFolder folder;
+    const std::string path = folder.path() + "log.txt";
+    replaceFile(path, "old");
+    LogText text;
+    const std::string piece(1U << 20U, 'x');
+    for (int count = 0; count < 256; ++count)
+        text.append(piece);
+    CancellingPanel panel;
+    EXPECT_FALSE(saveLog(text, path, panel));
+    EXPECT_GT(panel.seen, 0.001);
+    EXPECT_LT(panel.seen, 1);
+    EXPECT_FALSE(panel.isOpen);
+    EXPECT_EQ(readWholeFile(path), "old");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1);
+}
+
+TEST(RunBeside, WaitsAndPassesFailuresOfBothSidesOn) {
+    std::atomic<bool> waited = false;
+    runBeside([&] { waited.wait(false); },
+              [&] {
+                  waited = true;
+                  waited.notify_one();
+              });
+    EXPECT_THROW(runBeside([] { throw std::bad_alloc(); }, [] {}), std::bad_alloc);
+    std::atomic<bool> released = false;
+    const auto failingWait = [&] {
+        released = true;
+        released.notify_one();
+        throw std::length_error("waiting");
+    };
+    EXPECT_THROW(runBeside([&] { released.wait(false); }, failingWait), std::length_error);
 }
 
 } // namespace
