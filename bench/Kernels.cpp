@@ -50,7 +50,7 @@ std::function<void()> tableReader(const TableKernels* kernels) {
     return [kernels, text = tableText()] {
         const TableShape shape{2000, 4, 8};
         ResultTable empty;
-        empty.cells.reserve(16'000);
+        empty.cells = CellBlock(16'000);
         empty.maxima.assign(8, noMaximum);
         const auto bytes = [&text](char* buffer, std::size_t capacity, std::uint64_t offset) {
             return text.copy(buffer, capacity, offset);

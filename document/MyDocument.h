@@ -184,8 +184,8 @@ public:
     void setDependentVariables(std::vector<ResponseVariable> variables);
     [[nodiscard]] const std::vector<std::string>& responseVariableLabels() const { return m_responseVariableLabels; }
     void setResponseVariableLabels(std::vector<std::string> labels) { m_responseVariableLabels = std::move(labels); }
-    [[nodiscard]] const std::vector<float>& simulationData() const { return m_simulationData; }
-    void setSimulationData(std::vector<float> data) { m_simulationData = std::move(data); }
+    [[nodiscard]] const CellBlock& simulationData() const { return m_simulationData; }
+    void setSimulationData(CellBlock data) { m_simulationData = std::move(data); }
     [[nodiscard]] const std::vector<float>& yMax() const { return m_yMax; }
     void setYMax(std::vector<float> maxima) { m_yMax = std::move(maxima); }
     [[nodiscard]] std::uint32_t nRowsOfData() const { return m_grid.nRowsOfData; }
@@ -277,7 +277,7 @@ private:
     SweepGrid m_grid;
     std::vector<ResponseVariable> m_dependentVariables;
     std::vector<std::string> m_responseVariableLabels;
-    std::vector<float> m_simulationData; // nRowsOfData × response variables, row-major
+    CellBlock m_simulationData; // nRowsOfData × response variables, row-major
     std::vector<float> m_yMax;           // per response variable
     std::vector<std::string> m_tableNotes;
     PlotChoices m_earlierChoices; // of the last run that had any

@@ -10,6 +10,7 @@
 
 #include <cstring>
 #include <optional>
+#include <span>
 
 namespace {
 
@@ -41,7 +42,7 @@ std::optional<ResultTable> tableOrError(Read read) {
     }
 }
 
-bool sameBits(const std::vector<float>& left, const std::vector<float>& right) {
+bool sameBits(std::span<const float> left, std::span<const float> right) {
     return left.size() == right.size() &&
            (left.empty() || std::memcmp(left.data(), right.data(), left.size() * sizeof(float)) == 0);
 }

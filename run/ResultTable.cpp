@@ -33,13 +33,13 @@ std::string sizeText(std::uint64_t bytes) {
                       {}, "Give the steppers fewer values, report less often or record fewer outputs.");
 }
 
-/// A table without rows that has memory for all. The memory is touched only as rows come in.
+/// A table whose cells are all 0. Their memory is touched only as rows come in.
 ResultTable emptyTable(const TableShape& shape) {
     requireBlockFits(shape);
     ResultTable table;
     table.maxima.assign(shape.columns, noMaximum);
     try {
-        table.cells.reserve(shape.rows * shape.columns);
+        table.cells = CellBlock(shape.rows * shape.columns);
     } catch (const std::bad_alloc&) { // something else took what was free a moment ago
         throwDoesNotFit(shape, shape.rows * shape.columns * sizeof(float), availableMemory());
     }

@@ -2,6 +2,7 @@
 
 #include "platform/Files.h"
 #include "platform/OrreryError.h"
+#include "run/CellBlock.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -37,7 +38,7 @@ struct TableShape {
 inline constexpr float noMaximum = -2147483648.0F;
 
 struct ResultTable {
-    std::vector<float> cells;             // row-major, rows × columns; 0 where there was no number
+    CellBlock cells;                      // row-major, rows × columns; 0 where there was no number
     std::vector<float> maxima;            // per column, noMaximum at least
     std::uint32_t rowsFound = 0;          // rows of the table that were there, whole
     std::uint64_t cellsWithoutNumber = 0; // in the rows found

@@ -171,8 +171,8 @@ ORRERY_AVX2_INLINE __m256i foursOf(__m256i digits) {
 /// The whole numbers that the digits of four tokens write.
 ORRERY_AVX2_INLINE __m256d wholeNumbers(__m256i firstTwo, __m256i secondTwo) {
     // Of eight digits each: in the lower half tokens 0 and 2, front and back, in the upper half 1 and 3.
-    const __m256i eights = _mm256_madd_epi16(_mm256_packus_epi32(foursOf(firstTwo), foursOf(secondTwo)),
-                                             _mm256_set1_epi32(0x00012710));
+    const __m256i eights =
+        _mm256_madd_epi16(_mm256_packus_epi32(foursOf(firstTwo), foursOf(secondTwo)), _mm256_set1_epi32(0x00012710));
     const __m256i ordered = _mm256_permutevar8x32_epi32(eights, _mm256_setr_epi32(0, 4, 2, 6, 1, 5, 3, 7));
     const __m256d front = _mm256_cvtepi32_pd(_mm256_castsi256_si128(ordered));
     const __m256d back = _mm256_cvtepi32_pd(_mm256_extracti128_si256(ordered, 1));
@@ -210,9 +210,9 @@ ORRERY_AVX2_INLINE unsigned takeFour(Token a, Token b, Token c, Token d, float* 
     ab = closeGaps(ab, points[0], points[1]);
     cd = closeGaps(cd, points[2], points[3]);
     const __m256d whole = wholeNumbers(ab, cd);
-    const __m256d quotient = _mm256_div_pd(
-        whole, _mm256_setr_pd(divisors[a.negative][points[0]], divisors[b.negative][points[1]],
-                              divisors[c.negative][points[2]], divisors[d.negative][points[3]]));
+    const __m256d quotient =
+        _mm256_div_pd(whole, _mm256_setr_pd(divisors[a.negative][points[0]], divisors[b.negative][points[1]],
+                                            divisors[c.negative][points[2]], divisors[d.negative][points[3]]));
     _mm_storeu_ps(cells, _mm256_cvtpd_ps(quotient));
     const __m256i doubtful = unproved(whole, quotient);
     ab = above9(ab);
@@ -335,7 +335,8 @@ ORRERY_AVX2_INLINE std::size_t takeNextFour(const char* base, RowCursor row, flo
 }
 
 /// The same for the last cells of a row, at most three.
-ORRERY_AVX2_INLINE std::size_t takeLast(const char* base, const char* at, const std::uint32_t* border, std::size_t count, float* cells) {
+ORRERY_AVX2_INLINE std::size_t takeLast(const char* base, const char* at, const std::uint32_t* border,
+                                        std::size_t count, float* cells) {
     const Token a = tokenAt(at, base + border[0]);
     const Token b = count > 1 ? tokenBehind(base, border, 1) : a;
     const Token c = count > 2 ? tokenBehind(base, border, 2) : a;

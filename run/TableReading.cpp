@@ -75,7 +75,6 @@ ResultTable TableReading::read(unsigned threads) {
         settleZeroMaxima();
     }
     if (m_row < m_shape.rows) { // the rows that are missing are 0, and the maxima are those of all rows
-        m_table.cells.resize(std::size_t{m_shape.rows} * m_shape.columns);
         std::ranges::transform(m_table.maxima, m_table.maxima.begin(), [](float m) { return std::max(m, 0.0F); });
     }
     return std::move(m_table);
@@ -140,10 +139,9 @@ void TableReading::takeRows(Worker& worker, std::size_t begin) {
 
 /// The next rows' cells, all 0.
 std::span<float> TableReading::makeRows(std::size_t count) {
-    const std::size_t before = m_table.cells.size();
-    m_table.cells.resize(before + count * m_shape.columns);
+    const std::size_t before = std::size_t{m_row} * m_shape.columns;
     m_row += static_cast<std::uint32_t>(count);
-    return std::span(m_table.cells).subspan(before);
+    return {m_table.cells.data() + before, count * m_shape.columns};
 }
 
 void TableReading::fill(Worker& worker) const {

@@ -19,7 +19,7 @@ namespace orrery {
 /// its place in the file, so any number of threads and any size of blocks give the same bits.
 class TableReading {
 public:
-    /// Fills the table, which holds no rows but has memory for all. The file's name is for messages.
+    /// Fills the table, whose cells are all 0. The file's name is for messages.
     TableReading(TableBytes bytes, const TableShape& shape, ResultTable empty, std::string fileName,
                  const TableReadOptions& options);
 
