@@ -21,7 +21,9 @@ AppController::AppController(ApplicationServices& services)
       m_fileDrops([this](const std::vector<std::string>& files) { openFiles(files); }),
       m_startPanel(std::make_unique<StartPanel>(*this)) {
     connect(qApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
-        if (state == Qt::ApplicationActive) applicationDidBecomeActive();
+        if (state != Qt::ApplicationActive) return;
+        // By the run loop, which rests while a document waits for a calculation: nothing else may come in then.
+        m_activation = m_services.runLoop().after({}, [this] { applicationDidBecomeActive(); });
     });
     connect(&m_documents, &DocumentController::windowMade, this, [this](DocumentWindow* w) { windowMade(*w); });
     connect(&m_documents, &DocumentController::windowClosed, this, &AppController::showStartPanelWhenEmpty);

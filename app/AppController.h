@@ -67,6 +67,7 @@ private:
     std::unique_ptr<PreferencesPanel> m_preferences;
     std::vector<QPointer<PageWindow>> m_pages; // closed ones are null
     std::set<DocumentWindow*> m_mayLose;       // agreed to while quitting
+    std::unique_ptr<RunLoop::Source> m_activation;
     bool m_isQuitting = false;
 };
 

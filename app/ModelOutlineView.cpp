@@ -76,9 +76,7 @@ void ModelOutlineView::expandAtFirst() {
 /// After the model was replaced or filtered: everything that a view knows of it is gone.
 void ModelOutlineView::restoreState() {
     if (m_model->filter().isEmpty()) {
-        for (const std::string& path : m_expandedPaths) {
-            setExpanded(m_model->indexForPath(path), true);
-        }
+        expandRemembered({}, {});
     } else {
         const std::vector<QModelIndex> found = m_model->ancestorsOfMatches();
         for (std::size_t each = 0; each < std::min(found.size(), mostExpandedAtOnce); ++each) {
@@ -88,6 +86,19 @@ void ModelOutlineView::restoreState() {
     if (const QModelIndex current = m_model->indexForPath(m_currentPath); current.isValid()) {
         setCurrentIndex(current);
         scrollTo(current);
+    }
+}
+
+/// In one walk over the remembered nodes and their brothers: to look for each from the top would take the square of a
+/// large model's size. `prefix` is the parent's path with a slash.
+void ModelOutlineView::expandRemembered(const QModelIndex& parent, const std::string& prefix) {
+    for (int row = 0; row < m_model->rowCount(parent); ++row) {
+        const QModelIndex child = m_model->index(row, 0, parent);
+        std::string path = prefix + std::string(m_model->node(child)->name());
+        if (m_expandedPaths.contains(path)) setExpanded(child, true);
+        path += '/';
+        const auto inside = m_expandedPaths.lower_bound(path);
+        if (inside != m_expandedPaths.end() && inside->starts_with(path)) expandRemembered(child, path);
     }
 }
 
@@ -141,7 +152,7 @@ QString ModelOutlineView::emptyStateText() const {
     if (!m_model->filter().isEmpty()) return tr("Nothing in the model holds “%1”").arg(m_model->filter());
     if (m_document == nullptr || m_document->modelFilePath().empty())
         return tr("Choose a model file\n(Setup > Choose Model…)");
-    return tr("The model could not be read, or holds no parts");
+    return tr("The model was not read, or holds no parts");
 }
 
 void ModelOutlineView::paintEvent(QPaintEvent* event) {

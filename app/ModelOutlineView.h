@@ -44,6 +44,7 @@ protected:
 private:
     void rememberExpanded(const QModelIndex& index, bool isNowExpanded);
     void restoreState();
+    void expandRemembered(const QModelIndex& parent, const std::string& prefix);
     void expandAtFirst();
     [[nodiscard]] QString emptyStateText() const;
 

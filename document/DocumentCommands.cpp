@@ -143,13 +143,10 @@ ResultTable MyDocument::readTableWhileWaiting(const TableShape& shape) {
         cancelled = cancelled || !panel->update(static_cast<double>(bytesRead) / size);
         return !cancelled;
     };
-    panel->begin("Reading the results\u2026");
+    const PanelWait open(*panel, "Reading the results\u2026");
     try {
-        ResultTable table = readResultTable(path, shape, options);
-        panel->end();
-        return table;
+        return readResultTable(path, shape, options);
     } catch (...) {
-        panel->end();
         if (cancelled) throw ResultsCancelled();
         throw;
     }

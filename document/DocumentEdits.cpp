@@ -68,7 +68,7 @@ void MyDocument::editText(std::string_view key, std::string value) {
         return;
     }
     edit("Change " + settingWord(key), [&] { m_dictionary.setText(key, std::move(value)); });
-    if (key == setup_key::modelPath) importModelOfSetup();
+    if (key == setup_key::modelPath && !importModelOfSetup()) stepBack();
 }
 
 void MyDocument::editStartDay(std::optional<Date> date) {
@@ -104,19 +104,26 @@ void MyDocument::moveRowsTo(PortList list, const std::vector<std::size_t>& rows,
 }
 
 void MyDocument::undo() {
-    if (!canUndo()) return;
-    const UndoHistory::Edit& undone = m_undo.stepBack();
-    restore(undone.before, undone.listChangeCounted);
+    if (canUndo() && stepBack() && !importModelOfSetup()) stepForward();
 }
 
 void MyDocument::redo() {
-    if (!canRedo()) return;
+    if (canRedo() && stepForward() && !importModelOfSetup()) stepBack();
+}
+
+/// Whether the setup names another model now.
+bool MyDocument::stepBack() {
+    const UndoHistory::Edit& undone = m_undo.stepBack();
+    return restore(undone.before, undone.listChangeCounted);
+}
+
+bool MyDocument::stepForward() {
     const UndoHistory::Edit& redone = m_undo.stepForward();
-    restore(redone.after, redone.listChangeCounted);
+    return restore(redone.after, redone.listChangeCounted);
 }
 
 /// Settings count their change through their observers, as any change of them does; lists count one here.
-void MyDocument::restore(const std::map<std::string, UndoHistory::Change, std::less<>>& values, bool countListChange) {
+bool MyDocument::restore(const std::map<std::string, UndoHistory::Change, std::less<>>& values, bool countListChange) {
     bool modelChanged = false;
     m_isEditing = true;
     for (const auto& [key, value] : values) {
@@ -129,8 +136,8 @@ void MyDocument::restore(const std::map<std::string, UndoHistory::Change, std::l
         controller.rearrangeObjects();
     }
     m_isEditing = false;
-    if (modelChanged) importModelOfSetup();
     setupChanged();
+    return modelChanged;
 }
 
 std::string MyDocument::undoMenuItemTitle() const {

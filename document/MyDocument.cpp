@@ -6,10 +6,12 @@
 #include "platform/Files.h"
 #include "platform/Log.h"
 #include "platform/OrreryError.h"
+#include "platform/Workers.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <exception>
 #include <utility>
@@ -143,9 +145,10 @@ void MyDocument::saveToFile(const std::string& path) {
 
 void MyDocument::revertToFile() {
     if (!m_filePath) return;
+    const std::string before = modelFilePath();
     readFromFile(*m_filePath);
     updateChangeCount(ChangeKind::Cleared);
-    importModelOfSetup();
+    if (!importModelOfSetup()) leaveModelUnread(modelFilePath() == before);
 }
 
 void MyDocument::saveDocument(std::function<void(bool)> didSave) {
@@ -173,7 +176,7 @@ void MyDocument::setOutlets(const DocumentOutlets& outlets) {
 }
 
 void MyDocument::awakeFromNib() {
-    if (!modelFilePath().empty()) importModelOfSetup();
+    if (!modelFilePath().empty() && !importModelOfSetup()) leaveModelUnread(false);
     if (m_services.run.runLoop != nullptr) {
         m_timer = m_services.run.runLoop->repeat(animationInterval, [this] { animationTimer(); });
         m_timer->setResting(!m_isAnimated);
@@ -183,14 +186,26 @@ void MyDocument::awakeFromNib() {
     setLightSliderMin(-5);
 }
 
-void MyDocument::importModelOfSetup() {
+/// False when the user has cancelled it, which then changes nothing.
+bool MyDocument::importModelOfSetup() {
     const std::string path = modelFilePath();
     try {
         makeModelTree(path); // an empty path gives an empty tree
         setModelModification(path.empty() ? std::nullopt : modificationDate(path));
+    } catch (const ReadingCancelled&) {
+        showSheet({"The model was not imported.",
+                   "The import was cancelled. To import it later, choose it again with Setup > Choose Model\u2026"});
+        return false;
     } catch (const std::exception& failure) {
         reportImportFailure(failure);
     }
+    return true;
+}
+
+/// The user does not want the present model file read: coming back to the application is no reason to try again.
+void MyDocument::leaveModelUnread(bool treeIsOfPresentModel) {
+    setModelModification(modificationDate(modelFilePath()));
+    if (!treeIsOfPresentModel) installTree({});
 }
 
 void MyDocument::close() {
@@ -205,11 +220,40 @@ std::string MyDocument::modelFilePath() const {
 }
 
 void MyDocument::makeModelTree(const std::string& path) {
-    ImportedModel imported = importModel(path);
-    m_modelTree = std::move(imported.tree);
+    ImportedModel imported;
+    {
+        std::optional<PanelWait> open;
+        if (m_outlets.waitPanel != nullptr) open.emplace(*m_outlets.waitPanel, "Reading the model\u2026");
+        imported = importWhileWaiting(path);
+        installTree(std::move(imported.tree));
+    }
+    if (!imported.fault.empty()) showSheet({"The model could not be read.", imported.fault});
+}
+
+ImportedModel MyDocument::importWhileWaiting(const std::string& path) {
+    WaitPanel* panel = m_outlets.waitPanel;
+    if (panel == nullptr) return importModel(path);
+    ImportedModel imported;
+    std::atomic<double> done = 0;
+    std::atomic<bool> cancelled = !panel->update(0);
+    const auto progress = [&](double fractionDone) {
+        done = fractionDone;
+        return !cancelled;
+    };
+    runBeside([&] { imported = importModel(path, progress); },
+              [&] {
+                  if (!panel->update(done)) cancelled = true;
+              });
+    return imported;
+}
+
+/// To free the old tree takes long, too, when it is large.
+void MyDocument::installTree(ModelTree tree) {
+    std::swap(m_modelTree, tree);
     if (m_outlets.outlineView != nullptr) m_outlets.outlineView->reloadData();
     setupChanged();
-    if (!imported.fault.empty()) showSheet({"The model could not be read.", imported.fault});
+    WaitPanel* panel = m_outlets.waitPanel;
+    if (panel != nullptr && !tree.empty()) runBeside([&tree] { tree = {}; }, [panel] { (void)panel->update(1); });
 }
 
 void MyDocument::updateModelTree() {
@@ -224,6 +268,10 @@ void MyDocument::updateModelTree() {
 void MyDocument::refreshModel() {
     try {
         updateModelTree();
+    } catch (const ReadingCancelled&) {
+        leaveModelUnread(true);
+        showSheet({"The model has changed, but was not imported again.",
+                   "The import was cancelled. The window shows the model as it was before."});
     } catch (const std::exception& failure) {
         reportImportFailure(failure);
     }
@@ -239,8 +287,9 @@ void MyDocument::selectModel() {
 }
 
 void MyDocument::useModel(const std::string& path) {
+    const bool isOther = m_dictionary.textOrEmpty(setup_key::modelPath) != path;
     edit("Choose Model", [&] { m_dictionary.setText(setup_key::modelPath, path); });
-    importModelOfSetup();
+    if (!importModelOfSetup() && isOther) stepBack();
 }
 
 void MyDocument::reportImportFailure(const std::exception& failure) {

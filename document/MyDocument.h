@@ -137,7 +137,8 @@ public:
     // -- The model ------------------------------------------------------------------------------------------------
     /// The model file's path as the setup has it, made absolute from the setup file's directory; empty without one.
     [[nodiscard]] std::string modelFilePath() const;
-    /// @throws OrreryError as nodesFromDictionaries; the old tree then stays
+    /// A long import waits with the panel, where the user may cancel it.
+    /// @throws OrreryError as nodesFromDictionaries, ReadingCancelled; the old tree then stays
     void makeModelTree(const std::string& path);
     /// Imports the model anew when its file's modification date has changed. @throws as makeModelTree
     void updateModelTree();
@@ -238,8 +239,13 @@ private:
     void runStateChanged() override;
 
     void edit(std::string name, const std::function<void()>& change);
-    void restore(const std::map<std::string, UndoHistory::Change, std::less<>>& values, bool countListChange);
-    void importModelOfSetup();
+    bool stepBack();
+    bool stepForward();
+    bool restore(const std::map<std::string, UndoHistory::Change, std::less<>>& values, bool countListChange);
+    bool importModelOfSetup();
+    void leaveModelUnread(bool treeIsOfPresentModel);
+    [[nodiscard]] ImportedModel importWhileWaiting(const std::string& path);
+    void installTree(ModelTree tree);
     void setupChanged();
     void observe(std::initializer_list<std::string_view> keys);
     void keepUnparsedFile(const std::string& path);

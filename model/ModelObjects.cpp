@@ -56,10 +56,10 @@ private:
 
 } // namespace
 
-void streamModelObjects(const std::string& path, ModelObjectHandler& handler) {
+void streamModelObjects(const std::string& path, ModelObjectHandler& handler, const ReadProgress& progress) {
     if (path.empty()) throw OrreryError("The setup names no model file.", {}, "Choose a model.");
     ObjectFinder finder(handler);
-    streamXmlFile(path, finder);
+    streamXmlFile(path, finder, progress);
 }
 
 std::optional<std::string_view> attributeText(const ModelObjectHandler::XmlAttributes& attributes,

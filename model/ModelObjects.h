@@ -28,14 +28,17 @@ public:
 };
 
 /// Streams the model file at the path through the handler. @throws OrreryError as streamXmlFile
-void streamModelObjects(const std::string& path, ModelObjectHandler& handler);
+void streamModelObjects(const std::string& path, ModelObjectHandler& handler, const ReadProgress& progress = {});
 
 /// Calls read(), which reads the file. Why the file cannot be read, after logging that; empty when it could.
+/// @throws ReadingCancelled
 template <class Read>
 std::string faultOfReading(const std::string& path, Read read) {
     try {
         read();
         return {};
+    } catch (const ReadingCancelled&) {
+        throw;
     } catch (const OrreryError& error) {
         logLine("Error opening XML document " + path);
         logLine(error.what());

@@ -88,19 +88,20 @@ ModelTree nodesFromDictionaries(std::optional<std::vector<ModelRecord>> records,
     return records ? nodesFromDictionaries(std::move(*records), fileName) : ModelTree();
 }
 
-ModelTree readModelTree(const std::string& path) {
+ModelTree readModelTree(const std::string& path, const ReadProgress& progress) {
     ModelTreeBuilder builder(path);
     BuildingHandler handler(builder);
-    streamModelObjects(path, handler);
+    streamModelObjects(path, handler, progress);
     handler.throwFailure();
     return builder.build();
 }
 
-ImportedModel importModel(const std::string& path) {
+ImportedModel importModel(const std::string& path, const ReadProgress& progress) {
     if (path.empty()) return {};
     ModelTreeBuilder builder(path);
     BuildingHandler handler(builder);
-    if (std::string fault = faultOfReading(path, [&] { streamModelObjects(path, handler); }); !fault.empty()) {
+    if (std::string fault = faultOfReading(path, [&] { streamModelObjects(path, handler, progress); });
+        !fault.empty()) {
         return {{}, std::move(fault)};
     }
     handler.throwFailure();

@@ -2,6 +2,7 @@
 
 #include "model/ModelRecord.h"
 #include "platform/StringMap.h"
+#include "platform/XmlDocument.h"
 
 #include <cstddef>
 #include <deque>
@@ -66,8 +67,9 @@ inline constexpr std::size_t modelDepthLimit = 1000;
 [[nodiscard]] ModelTree nodesFromDictionaries(std::vector<ModelRecord> records, const std::string& fileName = {});
 
 /// The same tree straight from the model file: nodesFromDictionaries(readModelFile(path), path) without the records,
-/// which take several times the tree's memory. @throws OrreryError as both
-[[nodiscard]] ModelTree readModelTree(const std::string& path);
+/// which take several times the tree's memory. @throws ReadingCancelled, OrreryError as both
+[[nodiscard]] ModelTree readModelTree(const std::string& path, const ReadProgress& progress = {});
+
 /// A model as an import leaves it.
 struct ImportedModel {
     ModelTree tree;    // empty when the file cannot be read, and for an empty path
@@ -75,8 +77,8 @@ struct ImportedModel {
 };
 
 /// The same where a file that cannot be read is logged and gives an empty tree, as dictionariesFromModelFile and
-/// nodesFromDictionaries do together. @throws OrreryError as nodesFromDictionaries
-[[nodiscard]] ImportedModel importModel(const std::string& path);
+/// nodesFromDictionaries do together. @throws ReadingCancelled, OrreryError as nodesFromDictionaries
+[[nodiscard]] ImportedModel importModel(const std::string& path, const ReadProgress& progress = {});
 
 /// std::nullopt in, an empty tree out.
 [[nodiscard]] ModelTree nodesFromDictionaries(std::optional<std::vector<ModelRecord>> records,

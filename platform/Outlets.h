@@ -74,6 +74,18 @@ public:
     virtual void end() = 0;
 };
 
+/// A wait on a panel, from begin to end.
+class PanelWait {
+public:
+    PanelWait(WaitPanel& panel, std::string_view what) : m_panel(panel) { m_panel.begin(what); }
+    PanelWait(const PanelWait&) = delete;
+    PanelWait& operator=(const PanelWait&) = delete;
+    ~PanelWait() { m_panel.end(); }
+
+private:
+    WaitPanel& m_panel;
+};
+
 /// A question or message. Buttons count from 0 in the order given.
 struct AlertText {
     std::string message;

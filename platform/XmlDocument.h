@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/OrreryError.h"
+
 #include <cstddef>
 #include <deque>
 #include <functional>
@@ -105,9 +107,18 @@ public:
     virtual void characters(std::string_view text) = 0; // may split a run of text
 };
 
+/// Told now and then, on the calling thread, how much of a file is read, from 0 to 1; false cancels the reading.
+using ReadProgress = std::function<bool(double fractionDone)>;
+
+class ReadingCancelled : public OrreryError {
+public:
+    explicit ReadingCancelled(const std::string& path) : OrreryError("The reading was cancelled.", {path}, "") {}
+};
+
 /// Streams the file at the path through the handler under the rules of parseXml, holding one block of it at a time.
-/// @throws OrreryError when the file cannot be read (with the system's reason) or is not well-formed, after the
+/// @throws ReadingCancelled, and OrreryError when the file cannot be read (with the system's reason) or is not
+/// well-formed, after the
 ///         handler may have been called for what came before the fault; what a handler throws passes through
-void streamXmlFile(const std::string& path, XmlHandler& handler);
+void streamXmlFile(const std::string& path, XmlHandler& handler, const ReadProgress& progress = {});
 
 } // namespace orrery

@@ -26,14 +26,8 @@ bool saveLog(const LogText& text, const std::string& path, WaitPanel& panel) {
         const auto size = static_cast<double>(text.size());
         if (!panel.update(size == 0 ? 1 : static_cast<double>(written) / size)) cancelled = true;
     };
-    panel.begin("Saving the log\u2026");
-    try {
-        runBeside(save, wait);
-    } catch (...) {
-        panel.end();
-        throw;
-    }
-    panel.end();
+    const PanelWait open(panel, "Saving the log\u2026");
+    runBeside(save, wait);
     return saved;
 }
 

@@ -327,8 +327,9 @@ XmlDocument parseXml(std::string_view bytes, const std::string& fileName, XmlFal
     return builder.takeDocument();
 }
 
-void streamXmlFile(const std::string& path, XmlHandler& handler) {
+void streamXmlFile(const std::string& path, XmlHandler& handler, const ReadProgress& progress) {
     const ReadableFile file(path);
+    const auto size = static_cast<double>(std::max<std::uint64_t>(file.size(), 1));
     const Date date = file.modificationDate();
     std::string start(utf8Mark.size(), '\0');
     start.resize(file.readAt(start.data(), start.size(), 0));
@@ -337,10 +338,14 @@ void streamXmlFile(const std::string& path, XmlHandler& handler) {
     const auto readNext = [&](char* buffer, std::size_t capacity) {
         const std::size_t count = file.readAt(buffer, capacity, offset);
         offset += count;
+        const double fractionDone = std::min(static_cast<double>(offset) / size, 1.0); // it may have grown
+        if (progress && !progress(fractionDone)) throw ReadingCancelled(path);
         return count;
     };
     try {
         stream.pump(readNext);
+    } catch (const ReadingCancelled&) {
+        throw;
     } catch (const OrreryError&) {
         if (file.modificationDate() != date) requireUnchanged(file, offset, date); // that is the better reason
         throw;

@@ -123,6 +123,77 @@ TEST_F(EditsTest, UndoingTheChoiceOfAModelBringsItsTreeBack) {
     EXPECT_FALSE(document.modelModification());
 }
 
+struct ImpatientPanel : WaitPanel {
+    void begin(std::string_view) override { ++open; }
+    bool update(double) override { return !cancels; }
+    void end() override { --open; }
+    int open = 0;
+    bool cancels = false;
+};
+
+TEST_F(EditsTest, ACancelledImportLeavesTheModelAsItWas) {
+    struct Case {
+        const char* name;
+        std::function<void(MyDocument&, const std::string& insect)> import;
+    };
+    const std::vector<Case> cases = {
+        {"choosing", [](MyDocument& d, auto& insect) { d.useModel(insect); }},
+        {"choosing the same", [](MyDocument& d, auto&) { d.useModel(d.modelFilePath()); }},
+        {"setting the path", [](MyDocument& d, auto& insect) { d.editText(setup_key::modelPath, insect); }},
+        {"undoing", [](MyDocument& d, auto&) { d.undo(); }},
+        {"reverting", [](MyDocument& d, auto&) { d.revertToFile(); }},
+        {"coming back to a changed file",
+         [](MyDocument& d, auto&) {
+             d.setModelModification({});
+             d.refreshModel();
+         }},
+    };
+    const std::string insect = ORRERY_SAMPLES "/insect.xml";
+    for (const Case& row : cases) {
+        MyDocument opened(services());
+        opened.initWithType("");
+        ImpatientPanel panel;
+        show(opened);
+        DocumentOutlets outlets = opened.outlets();
+        outlets.waitPanel = &panel;
+        opened.setOutlets(outlets);
+        opened.useModel(insect);
+        opened.useModel(ORRERY_SAMPLES "/crop.xml");
+        opened.saveToFile(files.path() + "model.orrery");
+        window.sheets.clear();
+        const std::string model = opened.modelFilePath();
+        const ModelNode* root = opened.modelTree().root();
+        panel.cancels = true;
+        row.import(opened, insect);
+        EXPECT_EQ(opened.modelFilePath(), model) << row.name;
+        EXPECT_EQ(opened.modelTree().root(), root) << row.name;
+        EXPECT_EQ(opened.modelModification(), modificationDate(model)) << row.name << ": it is not tried again";
+        EXPECT_EQ(window.sheets.size(), 1U) << row.name;
+        EXPECT_EQ(panel.open, 0) << row.name;
+    }
+}
+
+TEST_F(EditsTest, ASetupWhoseModelIsNotWantedOpensWithoutOneUntilItIsChosenAgain) {
+    document.useModel(ORRERY_SAMPLES "/crop.xml");
+    document.saveToFile(files.path() + "model.orrery");
+    MyDocument opened(services());
+    opened.readFromFile(files.path() + "model.orrery");
+    ImpatientPanel panel;
+    panel.cancels = true;
+    show(opened);
+    DocumentOutlets outlets = opened.outlets();
+    outlets.waitPanel = &panel;
+    opened.setOutlets(outlets);
+    opened.awakeFromNib();
+    opened.refreshModel();
+    EXPECT_TRUE(opened.modelTree().empty());
+    EXPECT_FALSE(opened.hasUnsavedChanges());
+    EXPECT_EQ(window.sheets.size(), 1U) << "once, although the application became active again";
+    panel.cancels = false;
+    opened.useModel(opened.modelFilePath());
+    EXPECT_FALSE(opened.modelTree().empty());
+}
+
 TEST_F(EditsTest, AModelFileThatCannotBeReadEmptiesTheOutlineAndTellsWhy) {
     show(document);
     document.useModel(ORRERY_SAMPLES "/crop.xml");

@@ -268,5 +268,26 @@ TEST(ModelTreeFromFile, TellsAFaultOfTheFileBeforeThoseOfItsObjects) {
     EXPECT_THAT(log, testing::ElementsAre("Error opening XML document " + folder.path() + "none.xml", testing::_));
 }
 
+TEST(ModelTreeFromFile, TellsHowFarItIsAndCanBeCancelled) {
+    const test::TemporaryFolder folder;
+    const std::string filling(1U << 20U, ' ');
+    const std::string path = folder.write("model.xml", "<database>" + filling + R"(<object type="KSLEVEL" id="r"/>)" +
+                                                           filling + "</database>");
+    std::vector<double> steps;
+    const auto cancelAt = [&](double limit) {
+        return [&steps, limit](double fractionDone) {
+            steps.push_back(fractionDone);
+            return fractionDone < limit;
+        };
+    };
+    EXPECT_FALSE(readModelTree(path, cancelAt(2)).empty());
+    EXPECT_GT(steps.size(), 4U);
+    EXPECT_TRUE(std::ranges::is_sorted(steps));
+    EXPECT_EQ(steps.back(), 1);
+    steps.clear();
+    EXPECT_THROW((void)importModel(path, cancelAt(0.5)), ReadingCancelled);
+    EXPECT_LT(steps.back(), 0.6) << "nothing is read after that";
+}
+
 } // namespace
 } // namespace orrery
