@@ -39,6 +39,7 @@ bench: ## Measure the hot paths in a release build, and beside peers
 	cmake --build --preset release
 	for bench in build/release/bin/*Bench; do $$bench || exit 1; done
 	bench/compare-peers build/release
+	bench/compare-starts build/release/bin
 
 bench-check: ## Compare the inner loops' instruction counts with those that are kept
 	@scripts/install-packages build bench
