@@ -71,6 +71,7 @@ void ModelOutlineModel::rebuild() {
 std::vector<ModelOutlineModel::Item> ModelOutlineModel::allItems() const {
     std::vector<Item> items;
     if (m_tree == nullptr) return items;
+    items.reserve(m_tree->nodeCount());
     for (const ModelNode* top : m_tree->topLevel()) {
         items.push_back({top, -1});
     }

@@ -188,7 +188,7 @@ void MyDocument::restorePlotChoices() {
 }
 
 SweepSummary MyDocument::sweepSummary() const {
-    return summarizeSweep(m_dictionary, *m_services.calendar, recordersOf(m_modelTree).size());
+    return summarizeSweep(m_dictionary, *m_services.calendar, m_recorderCount);
 }
 
 std::vector<std::uint32_t> MyDocument::makeCurrentIndexSet() const {

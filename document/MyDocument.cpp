@@ -7,6 +7,7 @@
 #include "platform/Log.h"
 #include "platform/OrreryError.h"
 #include "platform/Workers.h"
+#include "run/ResponseVariables.h"
 
 #include <fmt/format.h>
 
@@ -205,7 +206,10 @@ bool MyDocument::importModelOfSetup() {
 /// The user does not want the present model file read: coming back to the application is no reason to try again.
 void MyDocument::leaveModelUnread(bool treeIsOfPresentModel) {
     setModelModification(modificationDate(modelFilePath()));
-    if (!treeIsOfPresentModel) installTree({});
+    if (treeIsOfPresentModel) return;
+    setModelTree({});
+    if (m_outlets.outlineView != nullptr) m_outlets.outlineView->reloadData();
+    setupChanged();
 }
 
 void MyDocument::close() {
@@ -221,39 +225,50 @@ std::string MyDocument::modelFilePath() const {
 
 void MyDocument::makeModelTree(const std::string& path) {
     ImportedModel imported;
+    std::size_t recorders = 0;
     {
         std::optional<PanelWait> open;
         if (m_outlets.waitPanel != nullptr) open.emplace(*m_outlets.waitPanel, "Reading the model\u2026");
-        imported = importWhileWaiting(path);
-        installTree(std::move(imported.tree));
+        whileWaiting([&](const ReadProgress& progress) {
+            imported = importModel(path, progress);
+            recorders = recorderCount(imported.tree);
+        });
+        installTree(std::move(imported.tree), recorders);
     }
     if (!imported.fault.empty()) showSheet({"The model could not be read.", imported.fault});
 }
 
-ImportedModel MyDocument::importWhileWaiting(const std::string& path) {
+/// On another thread where there is a panel to wait with.
+void MyDocument::whileWaiting(const std::function<void(const ReadProgress&)>& work) {
     WaitPanel* panel = m_outlets.waitPanel;
-    if (panel == nullptr) return importModel(path);
-    ImportedModel imported;
+    if (panel == nullptr) {
+        work({});
+        return;
+    }
     std::atomic<double> done = 0;
     std::atomic<bool> cancelled = !panel->update(0);
     const auto progress = [&](double fractionDone) {
         done = fractionDone;
         return !cancelled;
     };
-    runBeside([&] { imported = importModel(path, progress); },
+    runBeside([&] { work(progress); },
               [&] {
                   if (!panel->update(done)) cancelled = true;
               });
-    return imported;
 }
 
-/// To free the old tree takes long, too, when it is large.
-void MyDocument::installTree(ModelTree tree) {
+/// Within a wait. To free the old tree takes long, too, when it is large.
+void MyDocument::installTree(ModelTree tree, std::size_t recorders) {
     std::swap(m_modelTree, tree);
+    m_recorderCount = recorders;
     if (m_outlets.outlineView != nullptr) m_outlets.outlineView->reloadData();
     setupChanged();
-    WaitPanel* panel = m_outlets.waitPanel;
-    if (panel != nullptr && !tree.empty()) runBeside([&tree] { tree = {}; }, [panel] { (void)panel->update(1); });
+    if (!tree.empty()) whileWaiting([&tree](const ReadProgress&) { tree = {}; });
+}
+
+void MyDocument::setModelTree(ModelTree tree) {
+    m_modelTree = std::move(tree);
+    m_recorderCount = recorderCount(m_modelTree);
 }
 
 void MyDocument::updateModelTree() {

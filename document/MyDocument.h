@@ -146,7 +146,7 @@ public:
     void selectModel();
     void useModel(const std::string& path); // what selectModel does with the chosen file
     [[nodiscard]] const ModelTree& modelTree() const { return m_modelTree; }
-    void setModelTree(ModelTree tree) { m_modelTree = std::move(tree); } // for one that was read already
+    void setModelTree(ModelTree tree); // for one that was read already
     [[nodiscard]] const std::optional<Date>& modelModification() const { return m_modelModification; }
     void setModelModification(std::optional<Date> date) { m_modelModification = date; }
 
@@ -244,8 +244,8 @@ private:
     bool restore(const std::map<std::string, UndoHistory::Change, std::less<>>& values, bool countListChange);
     bool importModelOfSetup();
     void leaveModelUnread(bool treeIsOfPresentModel);
-    [[nodiscard]] ImportedModel importWhileWaiting(const std::string& path);
-    void installTree(ModelTree tree);
+    void whileWaiting(const std::function<void(const ReadProgress&)>& work);
+    void installTree(ModelTree tree, std::size_t recorders);
     void setupChanged();
     void observe(std::initializer_list<std::string_view> keys);
     void keepUnparsedFile(const std::string& path);
@@ -278,13 +278,14 @@ private:
     std::vector<ListController> m_controllers; // indexed by PortList
 
     ModelTree m_modelTree;
+    std::size_t m_recorderCount = 0;         // of the tree
     std::optional<Date> m_modelModification; // of the model file at the last import
 
     SweepGrid m_grid;
     std::vector<ResponseVariable> m_dependentVariables;
     std::vector<std::string> m_responseVariableLabels;
     CellBlock m_simulationData; // nRowsOfData × response variables, row-major
-    std::vector<float> m_yMax;           // per response variable
+    std::vector<float> m_yMax;  // per response variable
     std::vector<std::string> m_tableNotes;
     PlotChoices m_earlierChoices; // of the last run that had any
     bool m_plotIsOutdated = false;

@@ -45,6 +45,7 @@ public:
     [[nodiscard]] const std::vector<ModelNode*>& topLevel() const { return m_topLevel; }
     [[nodiscard]] const ModelNode* root() const { return m_root; } // nullptr in an empty tree
     [[nodiscard]] bool empty() const { return m_nodes.empty(); }
+    [[nodiscard]] std::size_t nodeCount() const { return m_nodes.size(); } // with those that are attached nowhere
 
 private:
     friend class ModelTreeBuilder;

@@ -52,20 +52,34 @@ void spreadColors(std::vector<ResponseVariable>& variables) {
     }
 }
 
-} // namespace
-
-void collectRecorders(const ModelNode& node, std::vector<ResponseVariable>& recorders) {
+/// Calls take(port) for every recorded output port below the node, in tree order.
+template <class Take>
+void forEachRecorder(const ModelNode& node, const Take& take) {
     for (const ModelNode* child : node.children) {
         if (child->kind != ModelNodeKind::PortGroup) {
-            collectRecorders(*child, recorders);
+            forEachRecorder(*child, take);
         } else if (child->name() == "outputs") {
             for (const ModelNode* port : child->children) {
-                if (booleanValue(port->record.text("recordp"))) {
-                    recorders.emplace_back(responseName(*port), std::string(port->record.text("id")));
-                }
+                if (booleanValue(port->record.text("recordp"))) take(*port);
             }
         }
     }
+}
+
+} // namespace
+
+void collectRecorders(const ModelNode& node, std::vector<ResponseVariable>& recorders) {
+    forEachRecorder(node, [&recorders](const ModelNode& port) {
+        recorders.emplace_back(responseName(port), std::string(port.record.text("id")));
+    });
+}
+
+std::size_t recorderCount(const ModelTree& tree) {
+    std::size_t count = 0;
+    for (const ModelNode* node : tree.topLevel()) {
+        forEachRecorder(*node, [&count](const ModelNode&) { ++count; });
+    }
+    return count;
 }
 
 std::vector<ResponseVariable> recordersOf(const ModelTree& tree) {

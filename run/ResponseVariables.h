@@ -17,6 +17,9 @@ void collectRecorders(const ModelNode& node, std::vector<ResponseVariable>& reco
 /// The recorded output ports of a model: those below the top-level nodes, in tree order.
 [[nodiscard]] std::vector<ResponseVariable> recordersOf(const ModelTree& tree);
 
+/// How many those are.
+[[nodiscard]] std::size_t recorderCount(const ModelTree& tree);
+
 /// Lenient text-to-boolean: after white space, an optional sign and zeros, the text begins with Y, y, T, t or 1 … 9.
 [[nodiscard]] bool booleanValue(std::string_view text);
 

@@ -9,7 +9,8 @@ namespace orrery {
 
 namespace {
 
-constexpr qint64 showAfterMs = 90; // so that a wait holds the window for a tenth of a second at most
+constexpr qint64 showAfterMs =
+    75; // and the first picture takes a moment: the window is held for a tenth of a second at most
 constexpr qint64 eventsEveryMs = 40;
 constexpr int wholeWork = 1000;
 
