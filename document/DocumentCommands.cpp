@@ -1,6 +1,7 @@
 // The document's port lists, results and commands.
 #include "document/MyDocument.h"
 #include "model/PortPaths.h"
+#include "platform/Files.h"
 #include "platform/OrreryError.h"
 #include "run/Export.h"
 #include "run/IndexSet.h"
@@ -18,7 +19,7 @@ bool MyDocument::validateTag(std::int32_t tag) {
     if (tag == runTag) {
         enabled = m_dictionary.contains(setup_key::modelPath);
     } else if (tag == sendTag) {
-        enabled = exportFilesExist(m_dictionary, resultTablePath());
+        enabled = exportFilesExist(m_dictionary, resultTablePath(), absoluteSetupPath());
     }
     if (m_outlets.startStopButton != nullptr) m_outlets.startStopButton->setEnabled(enabled);
     return enabled;
@@ -195,6 +196,10 @@ std::vector<std::uint32_t> MyDocument::makeCurrentIndexSet() const {
     return currentIndexSet(m_grid.variables);
 }
 
+std::string MyDocument::absoluteSetupPath() const {
+    return m_filePath ? absolutePath(*m_filePath) : "";
+}
+
 void MyDocument::saveToDorado() {
     const auto companion = m_services.namedServices == nullptr
                                ? nullptr
@@ -205,7 +210,7 @@ void MyDocument::saveToDorado() {
         return;
     }
     try {
-        companion->importWaves(exportPaths(m_dictionary, resultTablePath()),
+        companion->importWaves(exportPaths(m_dictionary, resultTablePath(), absoluteSetupPath()),
                                [this, alive = std::weak_ptr<int>(m_alive)](std::string_view failure) {
                                    if (alive.expired() || failure.empty()) return;
                                    showSheet({"Dorado did not take the files.", std::string(failure)});

@@ -254,6 +254,7 @@ private:
     void reportImportFailure(const std::exception& failure);
     void showSheet(const AlertText& text);
     [[nodiscard]] ResultTable readTableWhileWaiting(const TableShape& shape);
+    [[nodiscard]] std::string absoluteSetupPath() const; // empty without a file
     void restorePlotChoices();
     void clearPlot();
     void redrawPlot();

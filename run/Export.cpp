@@ -1,5 +1,6 @@
 #include "run/Export.h"
 
+#include "document/setup/ModelPath.h"
 #include "platform/Files.h"
 #include "platform/Numbers.h"
 #include "platform/OrreryError.h"
@@ -12,13 +13,14 @@ bool isSingleRun(const SetupDictionary& setup) {
     return pointFromString(setup.textOrEmpty(setup_key::dimensions)) == Point{1, 1};
 }
 
-std::vector<std::string> exportPaths(const SetupDictionary& setup, const std::string& tablePath) {
+std::vector<std::string> exportPaths(const SetupDictionary& setup, const std::string& tablePath,
+                                     std::string_view setupPath) {
     if (isSingleRun(setup)) {
         return {tablePath};
     }
     std::vector<std::string> paths;
     for (const Entry& output : setup.entries(setup_key::outputs)) {
-        paths.emplace_back(output.text("outputPath"));
+        paths.push_back(resolvedModelPath(output.text("outputPath"), setupPath));
         if (paths.back().empty()) {
             throw OrreryError("The output " + quotedForMessage(std::string(output.text("portPath"))) +
                                   " has no path of a result file.",
@@ -28,14 +30,14 @@ std::vector<std::string> exportPaths(const SetupDictionary& setup, const std::st
     return paths;
 }
 
-bool exportFilesExist(const SetupDictionary& setup, const std::string& tablePath) {
+bool exportFilesExist(const SetupDictionary& setup, const std::string& tablePath, std::string_view setupPath) {
     if (isSingleRun(setup)) {
         return fileExists(tablePath);
     }
     const EntryList& outputs = setup.entries(setup_key::outputs);
-    return !outputs.empty() && std::ranges::all_of(outputs, [](const Entry& output) {
-        const std::string* path = output.find("outputPath");
-        return path != nullptr && fileExists(*path);
+    return !outputs.empty() && std::ranges::all_of(outputs, [setupPath](const Entry& output) {
+        const std::string path = resolvedModelPath(output.text("outputPath"), setupPath);
+        return !path.empty() && fileExists(path);
     });
 }
 
