@@ -1,6 +1,7 @@
 #include "app/DocumentWindow.h"
 
 #include "app/DocumentFiles.h"
+#include "app/Icons.h"
 #include "app/PendingEdit.h"
 #include "app/PlotTab.h"
 #include "app/RunPanel.h"
@@ -34,6 +35,7 @@ DocumentWindow::DocumentWindow(ApplicationServices& services, std::unique_ptr<My
     setAttribute(Qt::WA_DeleteOnClose);
     setObjectName(qtText(MyDocument::windowNibName()));
     m_menu->setupUi(this);
+    adaptIconsOfMenus(*this);
     m_ui->setupUi(this);
     m_openPanel.setWords(tr("Choose a model"), tr("Models"));
     setAcceptDrops(true); // of files

@@ -4,6 +4,7 @@
 #include "app/ApplicationMenu.h"
 #include "app/FileNames.h"
 #include "app/FrontWindow.h"
+#include "app/Icons.h"
 #include "app/Samples.h"
 #include "ui_MainMenu.h"
 #include "ui_StartPanel.h"
@@ -37,6 +38,7 @@ void hideDocumentItems(Ui::MainMenu& menu) {
 StartPanel::StartPanel(AppController& application)
     : m_application(application), m_menu(std::make_unique<Ui::MainMenu>()), m_ui(std::make_unique<Ui::StartPanel>()) {
     m_menu->setupUi(this);
+    adaptIconsOfMenus(*this);
     setObjectName("StartPanel");
     auto* content = new QWidget(this);
     m_ui->setupUi(content);
