@@ -158,8 +158,8 @@ TEST_F(PlotTabTest, ScaleAndColourChangeTheCurveAndCopiesFollow) {
     DocumentWindow& window = openPlot(oneStepper);
     auto responses = window.document().dependentVariables();
     responses.push_back(responses[0]); // as for a label that stands twice
-    window.document().setSimulationData(
-        std::vector<float>(window.document().nRowsOfData() * responses.size(), 1.0F)); // curves along the top
+    const std::vector<float> alongTheTop(window.document().nRowsOfData() * responses.size(), 1.0F);
+    window.document().setSimulationData(CellBlock(alongTheTop));
     window.document().setYMax(std::vector<float>(responses.size(), 1.0F));
     const auto last = std::to_string(responses.size() - 1);
     window.document().setDependentVariables(std::move(responses));
