@@ -7,7 +7,7 @@
 #include <cstring>
 
 #if defined(__SSE2__)
-#include <emmintrin.h>
+#include <immintrin.h>
 #endif
 
 namespace orrery {
@@ -122,14 +122,28 @@ bool unitNormals(const Vectors& a, const Vectors& b, Vectors& unit) {
                                       _mm_cmplt_ps(squared, _mm_set1_ps(greatestSquared)))) == 0xF;
 }
 
-/// Each of four vectors in three lanes of its own; what the fourth lane holds is of no account.
-void store(const Vectors& vectors, Four* out) {
+/// A vector in three lanes of eight, from the lane on that it has in a vertex: a normal in front, a position behind it.
+/// What the other lanes hold is of no account.
+template <std::size_t Lane>
+struct alignas(32) Lanes {
+    static constexpr std::size_t lane = Lane;
+    std::array<float, 8> values;
+
+    void set(Four vector) { _mm_storeu_ps(&values[Lane], vector); }
+    [[nodiscard]] Four get() const { return _mm_loadu_ps(&values[Lane]); }
+};
+using Normal = Lanes<0>;
+using Position = Lanes<3>;
+
+/// Stores each of four vectors on its own.
+template <typename Lanes>
+void store(const Vectors& vectors, Lanes* out) {
     const Four low = _mm_unpacklo_ps(vectors.x, vectors.y); // x0 y0 x1 y1
     const Four high = _mm_unpackhi_ps(vectors.x, vectors.y);
-    out[0] = _mm_shuffle_ps(low, vectors.z, _MM_SHUFFLE(0, 0, 1, 0));
-    out[1] = _mm_shuffle_ps(low, vectors.z, _MM_SHUFFLE(1, 1, 3, 2));
-    out[2] = _mm_shuffle_ps(high, vectors.z, _MM_SHUFFLE(2, 2, 1, 0));
-    out[3] = _mm_shuffle_ps(high, vectors.z, _MM_SHUFFLE(3, 3, 3, 2));
+    out[0].set(_mm_shuffle_ps(low, vectors.z, _MM_SHUFFLE(0, 0, 1, 0)));
+    out[1].set(_mm_shuffle_ps(low, vectors.z, _MM_SHUFFLE(1, 1, 3, 2)));
+    out[2].set(_mm_shuffle_ps(high, vectors.z, _MM_SHUFFLE(2, 2, 1, 0)));
+    out[3].set(_mm_shuffle_ps(high, vectors.z, _MM_SHUFFLE(3, 3, 3, 2)));
 }
 
 Four fourOf(const Vector& vector) {
@@ -140,7 +154,7 @@ Four fourOf(const Vector& vector) {
 class Piece {
 public:
     static constexpr std::size_t most =
-        16; // cells: so few that the memory is still busy with one piece while the next is calculated
+        12; // cells: so few that the memory is still busy with one piece while the next is calculated
 
     void calculate(const SurfaceStrip& strip, std::size_t begin, std::size_t cells) {
         std::size_t k = 0;
@@ -150,21 +164,21 @@ public:
         for (; k < cells; ++k) {
             calculateOne(strip, begin + k, k);
         }
-        m_near[cells] = fourOf({strip.x0, strip.y0[begin + cells], strip.z[begin + cells]});
-        m_far[cells] = fourOf({strip.x1, strip.y1[begin + cells], strip.z[begin + cells]});
+        m_near[cells].set(fourOf({strip.x0, strip.y0[begin + cells], strip.z[begin + cells]}));
+        m_far[cells].set(fourOf({strip.x1, strip.y1[begin + cells], strip.z[begin + cells]}));
     }
 
-    /// Writes a cell and one float behind it.
+    /// Writes a cell and up to two floats behind it.
     void write(std::size_t k, float* out) const {
-        const Four first = m_first[k];
-        const Four second = m_second[k];
-        const Four p1 = m_near[k];
-        const Four p3 = m_far[k + 1];
+        const Four first = m_first[k].get();
+        const Four second = m_second[k].get();
+        const Four p1 = m_near[k].get();
+        const Four p3 = m_far[k + 1].get();
         // Each store's fourth lane is written over by the next.
         _mm_storeu_ps(out, first);
         _mm_storeu_ps(out + 3, p1);
         _mm_storeu_ps(out + 6, first);
-        _mm_storeu_ps(out + 9, m_near[k + 1]);
+        _mm_storeu_ps(out + 9, m_near[k + 1].get());
         _mm_storeu_ps(out + 12, first);
         _mm_storeu_ps(out + 15, p3);
         _mm_storeu_ps(out + 18, second);
@@ -172,7 +186,22 @@ public:
         _mm_storeu_ps(out + 24, second);
         _mm_storeu_ps(out + 27, p3);
         _mm_storeu_ps(out + 30, second);
-        _mm_storeu_ps(out + 33, m_far[k]);
+        _mm_storeu_ps(out + 33, m_far[k].get());
+    }
+
+    /// The same with half the stores, each of one vertex; the two lanes behind it are written over by the next.
+    [[gnu::target("avx")]] void writeByAvx(std::size_t k, float* out) const {
+        const __m256 first = _mm256_load_ps(m_first[k].values.data());
+        const __m256 second = _mm256_load_ps(m_second[k].values.data());
+        const __m256 p1 = _mm256_load_ps(m_near[k].values.data());
+        const __m256 p3 = _mm256_load_ps(m_far[k + 1].values.data());
+        constexpr int positionLanes = 0b111000;
+        _mm256_storeu_ps(out, _mm256_blend_ps(first, p1, positionLanes));
+        _mm256_storeu_ps(out + 6, _mm256_blend_ps(first, _mm256_load_ps(m_near[k + 1].values.data()), positionLanes));
+        _mm256_storeu_ps(out + 12, _mm256_blend_ps(first, p3, positionLanes));
+        _mm256_storeu_ps(out + 18, _mm256_blend_ps(second, p1, positionLanes));
+        _mm256_storeu_ps(out + 24, _mm256_blend_ps(second, p3, positionLanes));
+        _mm256_storeu_ps(out + 30, _mm256_blend_ps(second, _mm256_load_ps(m_far[k].values.data()), positionLanes));
     }
 
 private:
@@ -201,34 +230,48 @@ private:
 
     [[gnu::noinline]] void calculateOne(const SurfaceStrip& strip, std::size_t from, std::size_t k) {
         const Cell cell = cellAt(strip, from);
-        m_near[k] = fourOf(cell.p1);
-        m_far[k] = fourOf(cell.p4);
-        m_first[k] = fourOf(cell.first);
-        m_second[k] = fourOf(cell.second);
+        m_near[k].set(fourOf(cell.p1));
+        m_far[k].set(fourOf(cell.p4));
+        m_first[k].set(fourOf(cell.first));
+        m_second[k].set(fourOf(cell.second));
     }
 
-    Four m_near[most + 1]; // grid points at x0
-    Four m_far[most + 1];  // at x1
-    Four m_first[most];
-    Four m_second[most];
+    Position m_near[most + 1]; // grid points at x0
+    Position m_far[most + 1];  // at x1
+    Normal m_first[most];
+    Normal m_second[most];
 };
 
-/// Writes the piece into its place, and nothing behind it.
-void writeInPlace(const Piece& piece, std::size_t cells, float* out) {
-    for (std::size_t k = 0; k + 1 < cells; ++k) {
-        piece.write(k, out + k * floatsPerCell);
+/// Writes the cells `first` … `last` − 1 of a piece from `out` on, and up to `writtenBehind` floats behind them.
+using CellWriter = void (*)(const Piece& piece, std::size_t first, std::size_t last, float* out);
+constexpr std::size_t writtenBehind = 2;
+
+void writeCells(const Piece& piece, std::size_t first, std::size_t last, float* out) {
+    for (std::size_t k = first; k < last; ++k, out += floatsPerCell) {
+        piece.write(k, out);
     }
-    std::array<float, floatsPerCell + 1> last;
-    piece.write(cells - 1, last.data());
-    std::memcpy(out + (cells - 1) * floatsPerCell, last.data(), floatsPerCell * sizeof(float));
+}
+
+[[gnu::target("avx")]] void writeCellsByAvx(const Piece& piece, std::size_t first, std::size_t last, float* out) {
+    for (std::size_t k = first; k < last; ++k, out += floatsPerCell) {
+        piece.writeByAvx(k, out);
+    }
+}
+
+/// Writes the piece into its place. What comes behind the last piece of a strip may be another thread's.
+void writeInPlace(const Piece& piece, std::size_t cells, bool isLast, CellWriter write, float* out) {
+    write(piece, 0, isLast ? cells - 1 : cells, out);
+    if (isLast) {
+        std::array<float, floatsPerCell + writtenBehind> cell; // NOLINT(cppcoreguidelines-pro-type-member-init)
+        write(piece, cells - 1, cells, cell.data());
+        std::memcpy(out + (cells - 1) * floatsPerCell, cell.data(), floatsPerCell * sizeof(float));
+    }
 }
 
 /// Writes the piece into a buffer in the first cache, and that past the caches to a place that 16 divides.
-void writeStreamed(const Piece& piece, std::size_t cells, float* out) {
-    alignas(64) std::array<float, Piece::most * floatsPerCell + 1> buffer;
-    for (std::size_t k = 0; k < cells; ++k) {
-        piece.write(k, buffer.data() + k * floatsPerCell);
-    }
+void writeStreamed(const Piece& piece, std::size_t cells, CellWriter write, float* out) {
+    alignas(64) std::array<float, Piece::most * floatsPerCell + writtenBehind> buffer;
+    write(piece, 0, cells, buffer.data());
     for (std::size_t n = 0; n < cells * floatsPerCell; n += 4) {
         _mm_stream_ps(out + n, _mm_load_ps(buffer.data() + n));
     }
@@ -237,12 +280,18 @@ void writeStreamed(const Piece& piece, std::size_t cells, float* out) {
 } // namespace
 
 void writeStrip(const SurfaceStrip& strip, std::size_t cells, bool streamed, float* out) {
+    static const CellWriter write = __builtin_cpu_supports("avx") ? writeCellsByAvx : writeCells;
     const bool aligned = reinterpret_cast<std::uintptr_t>(out) % alignof(Four) == 0;
     Piece piece; // NOLINT(cppcoreguidelines-pro-type-member-init): all that is read is calculated first
     for (std::size_t begin = 0; begin < cells; begin += Piece::most) {
         const std::size_t count = std::min(Piece::most, cells - begin);
         piece.calculate(strip, begin, count);
-        (streamed && aligned ? writeStreamed : writeInPlace)(piece, count, out + begin * floatsPerCell);
+        float* const place = out + begin * floatsPerCell;
+        if (streamed && aligned) {
+            writeStreamed(piece, count, write, place);
+        } else {
+            writeInPlace(piece, count, begin + count == cells, write, place);
+        }
     }
 }
 
