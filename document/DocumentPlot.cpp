@@ -1,9 +1,12 @@
 // The document's plot: what the user's choice of axes and responses makes the plot view show.
 #include "document/MyDocument.h"
 #include "plot/data/PlotLayout.h"
+#include "plot/data/ShowPlot.h"
 #include "plot/data/VertexData.h"
 
 #include <cstdint>
+#include <optional>
+#include <span>
 #include <utility>
 
 namespace orrery {
@@ -19,7 +22,12 @@ void MyDocument::setupPlotView() {
     if (m_outlets.glView == nullptr) return;
     m_outlets.glView->setDimensions(m_layout.dimensions);
     m_outlets.glView->setLabels(m_layout.labels);
-    makePlotForDimensions(m_layout.dimensions, indices);
+    try {
+        makePlotForDimensions(m_layout.dimensions, indices);
+    } catch (const BuildCancelled&) {
+        clearPlot();
+        return;
+    }
     m_outlets.glView->setColors(surfaceColors(m_dependentVariables));
     m_outlets.glView->setNeedsDisplay();
 }
@@ -31,18 +39,35 @@ void MyDocument::clearPlot() {
 }
 
 void MyDocument::makePlotForDimensions(std::uint32_t dimensions, const std::vector<std::uint32_t>& indices) {
-    const std::vector<float> vertices = dimensions == 2 ? make2DVertexData(indices) : make3DVertexData(indices);
+    const std::span<const float> vertices = dimensions == 2 ? make2DVertexData(indices) : make3DVertexData(indices);
     if (m_outlets.glView == nullptr) return;
     m_outlets.glView->setSurfaces(vertices, static_cast<std::uint32_t>(vertices.size()), vertexRanges(m_layout));
 }
 
-std::vector<float> MyDocument::make2DVertexData(const std::vector<std::uint32_t>& indices) {
+std::span<const float> MyDocument::make2DVertexData(const std::vector<std::uint32_t>& indices) {
     resetCamera(); // curves are drawn without a camera; a later surface starts from its defaults
-    return orrery::make2DVertexData(m_layout, {m_simulationData, m_yMax, m_dependentVariables, indices});
+    return fillVertexMemory(indices);
 }
 
-std::vector<float> MyDocument::make3DVertexData(const std::vector<std::uint32_t>& indices) const {
-    return orrery::make3DVertexData(m_layout, {m_simulationData, m_yMax, m_dependentVariables, indices});
+std::span<const float> MyDocument::make3DVertexData(const std::vector<std::uint32_t>& indices) {
+    return fillVertexMemory(indices);
+}
+
+std::span<const float> MyDocument::fillVertexMemory(const std::vector<std::uint32_t>& indices) {
+    if (m_outlets.glView == nullptr) return {};
+    BuildOptions options{.built = &m_builtPlot};
+    std::optional<PanelWait> wait;
+    if (WaitPanel* panel = m_outlets.waitPanel) {
+        wait.emplace(*panel, "Drawing the plot\u2026");
+        options.progress = [panel](double part) { return panel->update(part); };
+    }
+    return fillVertices(*m_outlets.glView, m_layout, {m_simulationData, m_yMax, m_dependentVariables, indices},
+                        options);
+}
+
+void MyDocument::setSimulationData(CellBlock data) {
+    m_builtPlot = {}; // made of the earlier ones
+    m_simulationData = std::move(data);
 }
 
 void MyDocument::updatePlot(const SettingsSender& sender) {

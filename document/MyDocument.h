@@ -11,6 +11,7 @@
 #include "platform/UserDefaults.h"
 #include "platform/XmlDocument.h"
 #include "plot/data/PlotLayout.h"
+#include "plot/data/VertexData.h"
 #include "run/PlotChoices.h"
 #include "run/ResultTable.h"
 #include "run/RunControl.h"
@@ -24,6 +25,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -186,7 +188,7 @@ public:
     [[nodiscard]] const std::vector<std::string>& responseVariableLabels() const { return m_responseVariableLabels; }
     void setResponseVariableLabels(std::vector<std::string> labels) { m_responseVariableLabels = std::move(labels); }
     [[nodiscard]] const CellBlock& simulationData() const { return m_simulationData; }
-    void setSimulationData(CellBlock data) { m_simulationData = std::move(data); }
+    void setSimulationData(CellBlock data);
     [[nodiscard]] const std::vector<float>& yMax() const { return m_yMax; }
     void setYMax(std::vector<float> maxima) { m_yMax = std::move(maxima); }
     [[nodiscard]] std::uint32_t nRowsOfData() const { return m_grid.nRowsOfData; }
@@ -200,9 +202,11 @@ public:
     void setupPlotView();
     void updateScale() { setupPlotView(); }
     void updatePlot(const SettingsSender& sender);
+    /// A plot of millions of cells is built behind the wait panel; where the user cancels it, the plot is cleared.
     void makePlotForDimensions(std::uint32_t dimensions, const std::vector<std::uint32_t>& indices);
-    [[nodiscard]] std::vector<float> make2DVertexData(const std::vector<std::uint32_t>& indices);
-    [[nodiscard]] std::vector<float> make3DVertexData(const std::vector<std::uint32_t>& indices) const;
+    /// The plot's vertices, in memory of the view; none without a view. Curves put the camera back.
+    [[nodiscard]] std::span<const float> make2DVertexData(const std::vector<std::uint32_t>& indices);
+    [[nodiscard]] std::span<const float> make3DVertexData(const std::vector<std::uint32_t>& indices);
     [[nodiscard]] const PlotLayout& plotLayout() const { return m_layout; } // nSurfaces, xEdges, zEdges, xQuads, zQuads
 
     // -- Camera, light, rotation: they read and write the plot view, and are 0 without one --------------------------
@@ -257,6 +261,7 @@ private:
     [[nodiscard]] std::string absoluteSetupPath() const; // empty without a file
     void restorePlotChoices();
     void clearPlot();
+    [[nodiscard]] std::span<const float> fillVertexMemory(const std::vector<std::uint32_t>& indices);
     void redrawPlot();
     [[nodiscard]] double rotationSliderMax() const;
 
@@ -292,6 +297,7 @@ private:
     bool m_plotIsOutdated = false;
 
     PlotLayout m_layout;
+    BuiltPlot m_builtPlot; // what the view's memory holds of it
     std::unique_ptr<RunLoop::Source> m_timer;
     bool m_isAnimated = false;
     float m_yRotationSliderValue = 0;

@@ -13,16 +13,42 @@ void deleteTexture(unsigned name) {
     glDeleteTextures(1, &name);
 }
 
-GlBuffer makeVertexBuffer(std::span<const float> data) {
+namespace {
+
+GlBuffer makeBuffer(std::size_t bytes, const void* data) {
     GLuint name = 0;
     glGenBuffers(1, &name);
     GlBuffer buffer(name);
     const BoundBuffer bound(buffer);
-    glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(data.size_bytes()), data.data(), GL_STATIC_DRAW);
+    glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(bytes), data, GL_STATIC_DRAW);
     if (glCheckError() != GL_NO_ERROR) {
         buffer.reset();
     }
     return buffer;
+}
+
+} // namespace
+
+GlBuffer makeVertexBuffer(std::span<const float> data) {
+    return makeBuffer(data.size_bytes(), data.data());
+}
+
+GlBuffer makeVertexBuffer(std::size_t floats) {
+    return makeBuffer(floats * sizeof(float), nullptr);
+}
+
+float* mapBuffer(const GlBuffer& buffer) {
+    const BoundBuffer bound(buffer);
+    void* const memory = glMapBuffer(GL_ARRAY_BUFFER, GL_WRITE_ONLY);
+    glCheckError();
+    return static_cast<float*>(memory);
+}
+
+bool unmapBuffer(const GlBuffer& buffer) {
+    const BoundBuffer bound(buffer);
+    const bool whole = glUnmapBuffer(GL_ARRAY_BUFFER) == GL_TRUE;
+    glCheckError();
+    return whole;
 }
 
 SavedAttributes::SavedAttributes(unsigned bits) {

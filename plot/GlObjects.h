@@ -48,6 +48,13 @@ using GlTexture = GlName<deleteTexture>;
 /// A buffer object filled once with the floats; none when GL cannot hold them (the error has been logged).
 [[nodiscard]] GlBuffer makeVertexBuffer(std::span<const float> data);
 
+/// A buffer object with room for that many floats, whose values are not settled; none when GL cannot hold them.
+[[nodiscard]] GlBuffer makeVertexBuffer(std::size_t floats);
+/// The buffer's memory, to be written only; nullptr when GL gives none. Nothing may be drawn from it until unmapBuffer,
+/// which is false when the memory was lost meanwhile.
+[[nodiscard]] float* mapBuffer(const GlBuffer& buffer);
+[[nodiscard]] bool unmapBuffer(const GlBuffer& buffer);
+
 /// Attribute state put back at the end of the scope.
 class SavedAttributes {
 public:

@@ -1,5 +1,7 @@
 #include "plot/OpenGLPlotView.h"
 
+#include "platform/LargePages.h"
+#include "platform/Log.h"
 #include "plot/Gl.h"
 #include "plot/GlCheck.h"
 
@@ -67,15 +69,55 @@ void OpenGLPlotView::setLabels(const std::vector<std::string>& labels) {
     }
 }
 
+VertexMemory OpenGLPlotView::lendVertices(std::size_t size) {
+    m_ranges.clear();
+    const bool kept = std::exchange(m_keepsLent, false);
+    if (surface().makeCurrent()) {
+        const unsigned before = m_ident.get();
+        if (const std::span<float> mapped = mapBufferFor(size); !mapped.empty()) {
+            m_pending = {};
+            return {mapped, kept && m_ident.get() == before};
+        }
+        dropBuffer();
+    }
+    const bool sameBlock = size <= m_pending.capacity();
+    m_pending.resize(size);
+    return {m_pending, kept && sameBlock && m_ident.get() == 0};
+}
+
+/// Maps a buffer with room for so many floats, a new one where the present one does not fit.
+std::span<float> OpenGLPlotView::mapBufferFor(std::size_t size) {
+    if (m_mapped != nullptr) { // of a build that came to nothing
+        m_mapped = nullptr;
+        (void)unmapBuffer(m_ident);
+    }
+    if (size > m_bufferCapacity || size < m_bufferCapacity / 2) {
+        dropBuffer();
+        m_ident = size > 0 ? makeVertexBuffer(size) : GlBuffer();
+        m_bufferCapacity = m_ident ? size : 0;
+    }
+    float* const memory = m_ident ? mapBuffer(m_ident) : nullptr;
+    if (memory == nullptr) {
+        return {};
+    }
+    adviseLargePages(memory, size * sizeof(float)); // where it is memory of this process
+    m_mapped = memory;
+    m_bufferFloats = 0;
+    return {memory, size};
+}
+
 void OpenGLPlotView::setSurfaces(std::span<const float> data, std::uint32_t size, std::vector<VertexRange> ranges) {
     data = data.first(std::min<std::size_t>(size, data.size()));
     const bool current = surface().makeCurrent();
-    if (current) {
-        m_ident.reset();
-    }
-    m_bufferFloats = 0;
-    m_pending.clear();
     m_ranges = std::move(ranges);
+    if (!m_ranges.empty() && takeLent(data)) {
+        return;
+    }
+    m_keepsLent = false;
+    m_pending = {};
+    if (current) {
+        dropBuffer();
+    }
     if (m_ranges.empty()) {
         return;
     }
@@ -84,6 +126,31 @@ void OpenGLPlotView::setSurfaces(std::span<const float> data, std::uint32_t size
     } else {
         m_pending.assign(data.begin(), data.end());
     }
+}
+
+/// Whether the data are the memory that was lent. Then they are the plot from now on.
+bool OpenGLPlotView::takeLent(std::span<const float> data) {
+    if (data.empty()) {
+        return false;
+    }
+    if (data.data() == m_mapped) {
+        m_mapped = nullptr;
+        const bool whole = unmapBuffer(m_ident);
+        m_bufferFloats = whole ? data.size() : 0;
+        m_keepsLent = whole;
+        if (!whole) {
+            logLine("OpenGL has lost the plot's vertices. Change a setting to draw it again.");
+        }
+        return true;
+    }
+    if (data.data() != m_pending.data()) {
+        return false;
+    }
+    if (surface().makeCurrent()) {
+        fillBuffer(m_pending); // whose block stays for the next plot
+    }
+    m_keepsLent = true;
+    return true;
 }
 
 void OpenGLPlotView::updateModelView() {
@@ -114,15 +181,14 @@ void OpenGLPlotView::releaseContext() {
     if (!surface().makeCurrent()) {
         return;
     }
-    if (m_ident) {
+    if (m_ident && m_mapped == nullptr) {
         m_pending.resize(m_bufferFloats);
         const BoundBuffer bound(m_ident);
         glGetBufferSubData(GL_ARRAY_BUFFER, 0, static_cast<GLsizeiptr>(m_bufferFloats * sizeof(float)),
                            m_pending.data());
         glCheckError();
     }
-    m_ident.reset();
-    m_bufferFloats = 0;
+    dropBuffer();
     m_textures.clear();
 }
 
@@ -282,8 +348,17 @@ void OpenGLPlotView::makeTextures() {
 }
 
 void OpenGLPlotView::fillBuffer(std::span<const float> data) {
+    dropBuffer(); // the old one goes before the new one comes
     m_ident = makeVertexBuffer(data);
     m_bufferFloats = m_ident ? data.size() : 0;
+    m_bufferCapacity = m_bufferFloats;
+}
+
+void OpenGLPlotView::dropBuffer() {
+    m_ident.reset();
+    m_mapped = nullptr;
+    m_bufferFloats = 0;
+    m_bufferCapacity = 0;
 }
 
 } // namespace orrery

@@ -30,6 +30,9 @@ public:
     void setColors(const std::vector<Color>& colors) override { m_colors = colors; }
     [[nodiscard]] float lightHeight() const override { return m_lightHeight; }
     void setLightHeight(float height) override { m_lightHeight = height; }
+    /// As PlotView says: the memory of the buffer, which is the one of the plot before where it is large enough and not
+    /// much larger; without a context, or where GL maps none, a block that is used again and again.
+    [[nodiscard]] VertexMemory lendVertices(std::size_t size) override;
     /// As PlotView says. When the driver cannot hold the data, that is logged and the plot is empty.
     void setSurfaces(std::span<const float> data, std::uint32_t size, std::vector<VertexRange> ranges) override;
     [[nodiscard]] unsigned ident() const { return m_ident.get(); } // the buffer that holds the plot; 0: none
@@ -62,10 +65,16 @@ private:
 
     void makeTextures();
     void fillBuffer(std::span<const float> data);
+    void dropBuffer();
+    [[nodiscard]] std::span<float> mapBufferFor(std::size_t size);
+    [[nodiscard]] bool takeLent(std::span<const float> data);
 
     TextRasterizer& m_rasterizer;
     GlBuffer m_ident;
-    std::size_t m_bufferFloats = 0; // floats in the buffer
+    std::size_t m_bufferFloats = 0;   // floats in the buffer that are the plot's
+    std::size_t m_bufferCapacity = 0; // floats that it has room for
+    const float* m_mapped = nullptr;  // the buffer's memory while it is lent
+    bool m_keepsLent = false; // buffer or m_pending, whichever is there, holds what was written when it was lent
     std::vector<VertexRange> m_ranges;
     std::vector<Color> m_colors; // one per range
     float m_lightHeight = 2.0F;  // y of the light's direction
@@ -73,7 +82,7 @@ private:
     std::vector<TextureString> m_textures; // one per string, x first, then z; empty until there is a context
     double m_scale = 1;                    // of the surface, to which the textures were made
     std::uint32_t m_dimensions = 0;
-    std::vector<float> m_pending; // data given while there was no context
+    std::vector<float> m_pending; // data for the next context, and the block that is lent where no buffer is mapped
 };
 
 } // namespace orrery

@@ -3,6 +3,7 @@
 #include "plot/data/Camera.h"
 #include "run/ResponseVariable.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -18,6 +19,12 @@ struct VertexRange {
     friend bool operator==(const VertexRange&, const VertexRange&) = default;
 };
 
+/// Memory of a view for the vertices of its next plot. It may be the graphics memory itself: to be written, never read.
+struct VertexMemory {
+    std::span<float> floats;
+    bool kept = false; // it holds what was written there when it was lent before
+};
+
 /// What the document says to the drawing of its plot. Implemented by the GL view, and by a store without a window.
 class PlotView {
 public:
@@ -25,7 +32,11 @@ public:
 
     virtual void setDimensions(std::uint32_t dimensions) = 0; // 2 or 3
     virtual void setLabels(const std::vector<std::string>& labels) = 0;
-    /// Replaces the plot's data; all three empty clear the plot. The view takes its own copy (into a GPU buffer).
+    /// Lends memory for that many floats, to be filled and given to setSurfaces. The plot so far is gone, and the view
+    /// shows none until then. @throws std::bad_alloc
+    [[nodiscard]] virtual VertexMemory lendVertices(std::size_t size) = 0;
+    /// Replaces the plot's data; all three empty clear the plot. The view takes its own copy (into a GPU buffer), but
+    /// for memory that it has lent.
     /// Layout of `data`: 2-D x, y, z per vertex; 3-D normal x, y, z, then position x, y, z.
     virtual void setSurfaces(std::span<const float> data, std::uint32_t size, std::vector<VertexRange> ranges) = 0;
     virtual void setColors(const std::vector<Color>& colors) = 0;
@@ -44,6 +55,7 @@ class StoredPlotView : public PlotView {
 public:
     void setDimensions(std::uint32_t dimensions) override { m_dimensions = dimensions; }
     void setLabels(const std::vector<std::string>& labels) override { m_labels = labels; }
+    [[nodiscard]] VertexMemory lendVertices(std::size_t size) override;
     void setSurfaces(std::span<const float> data, std::uint32_t size, std::vector<VertexRange> ranges) override;
     void setColors(const std::vector<Color>& colors) override { m_colors = colors; }
     void setNeedsDisplay() override { ++m_displayRequests; }
@@ -67,6 +79,7 @@ private:
     std::uint32_t m_dimensions = 0;
     std::vector<std::string> m_labels;
     std::vector<float> m_vertices;
+    bool m_lentBefore = false;
     std::vector<VertexRange> m_ranges;
     std::vector<Color> m_colors;
     CameraRecord m_camera;

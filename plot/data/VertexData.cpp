@@ -2,8 +2,7 @@
 
 #include "platform/Files.h"
 #include "platform/OrreryError.h"
-#include "platform/Workers.h"
-#include "plot/data/SurfaceStrip.h"
+#include "plot/data/SurfaceBuild.h"
 #include "run/ResultTable.h"
 
 #include <fmt/format.h>
@@ -17,98 +16,13 @@ namespace orrery {
 
 namespace {
 
-/// The heights of one curve or surface: a column's values at the grid points times a factor.
-class Heights {
-public:
-    Heights(const PlotSource& source, std::size_t column, double perUnit)
-        : m_cells(source.cells), m_rows(source.rows), m_columns(source.responses.size()), m_column(column),
-          m_factor(static_cast<float>(static_cast<double>(source.responses[column].scale()) * perUnit)) {}
-
-    [[nodiscard]] float at(std::size_t point) const { return point < m_rows.size() ? inRow(m_rows[point]) : 0.0F; }
-
-    /// Those of as many points as there is room for.
-    void copyTo(std::span<float> heights, std::size_t firstPoint) const {
-        const std::span rows = m_rows.subspan(std::min(firstPoint, m_rows.size()));
-        const std::size_t count = std::min(heights.size(), rows.size());
-        for (std::size_t n = 0; n < count; ++n) {
-            heights[n] = inRow(rows[n]);
-        }
-        std::ranges::fill(heights.subspan(count), 0.0F);
-    }
-
-private:
-    [[nodiscard]] float inRow(std::size_t row) const {
-        const std::size_t cell = row * m_columns + m_column;
-        return cell < m_cells.size() ? m_cells[cell] * m_factor : 0.0F;
-    }
-
-    std::span<const float> m_cells;
-    std::span<const std::uint32_t> m_rows;
-    std::size_t m_columns;
-    std::size_t m_column;
-    float m_factor;
-};
-
-/// Position of a grid point on an axis that −1 and +1 bound when `half` is half the number of cells.
-float axisPosition(std::size_t index, float half) {
-    return static_cast<float>(index) / half - 1.0F;
-}
-
-float halfOf(std::int32_t count) {
-    return static_cast<float>(static_cast<double>(count) * 0.5);
-}
-
-float* writeCurve(std::size_t points, float half, const Heights& heights, float* out) {
+void writeCurve(std::size_t points, const Heights& heights, float* out) {
+    const auto half = static_cast<float>(static_cast<double>(points) * 0.5);
     for (std::size_t i = 0; i < points; ++i) {
         *out++ = axisPosition(i, half);
         *out++ = heights.at(i) - 1.0F;
         *out++ = 0.0F;
     }
-    return out;
-}
-
-/// Floats of a surface that the caches will not hold until it is drawn.
-constexpr std::size_t streamedFrom = 8U << 20U;
-
-/// Writes the cells between the grid lines `first` and `last` of x.
-void writeStrips(const PlotLayout& layout, const Heights& heights, std::size_t first, std::size_t last, float* out) {
-    const auto cells = static_cast<std::size_t>(layout.zQuads);
-    const std::size_t edges = cells + 1;
-    const bool streamed = static_cast<std::size_t>(layout.xQuads) * cells * floatsPerCell >= streamedFrom;
-    const float halfX = halfOf(layout.xQuads);
-    const float halfZ = halfOf(layout.zQuads);
-    std::vector<float> z(edges);
-    std::vector<float> y0(edges);
-    std::vector<float> y1(edges);
-    for (std::size_t k = 0; k < edges; ++k) {
-        z[k] = axisPosition(k, halfZ);
-    }
-    heights.copyTo(y1, first * edges);
-    for (std::size_t i = first; i < last; ++i) {
-        std::swap(y0, y1);
-        heights.copyTo(y1, (i + 1) * edges);
-        writeStrip({axisPosition(i, halfX), axisPosition(i + 1, halfX), z.data(), y0.data(), y1.data()}, cells,
-                   streamed, out);
-        out += cells * floatsPerCell;
-    }
-    finishStreaming();
-}
-
-/// Cells do not depend on one another, so the bits are the same for any number of threads.
-float* writeSurface(const PlotLayout& layout, const Heights& heights, unsigned threads, float* out) {
-    const auto strips = static_cast<std::size_t>(layout.xQuads);
-    const std::size_t floatsPerStrip = static_cast<std::size_t>(layout.zQuads) * floatsPerCell;
-    runTogether(threads, [&](unsigned part) {
-        const std::size_t first = strips * part / threads;
-        writeStrips(layout, heights, first, strips * (part + 1) / threads, out + first * floatsPerStrip);
-    });
-    return out + strips * floatsPerStrip;
-}
-
-/// Starting a thread costs about as much as some thousand cells.
-unsigned threadsFor(const PlotLayout& layout) {
-    constexpr std::int64_t worthwhile = 25'000;
-    return workersFor(static_cast<std::size_t>(std::int64_t{layout.xQuads} * layout.zQuads / worthwhile));
 }
 
 /// Calls write(column) for every included response variable.
@@ -130,18 +44,6 @@ float greatestFinite(const PlotSource& source, std::size_t column, bool absolute
     return least;
 }
 
-std::size_t floatCount(const PlotLayout& layout) {
-    const std::uint64_t perSurface = layout.verticesPerSurface() * layout.floatsPerVertex();
-    const auto surfaces = static_cast<std::uint64_t>(std::max(layout.nSurfaces, 0));
-    constexpr std::uint64_t most = std::numeric_limits<std::uint32_t>::max();
-    if (surfaces > 0 && (perSurface > most / surfaces || perSurface * surfaces * sizeof(float) > availableMemory())) {
-        throw OrreryError(fmt::format("A plot of {} responses with {} vertices each does not fit into memory.",
-                                      surfaces, layout.verticesPerSurface()),
-                          {}, "Include fewer responses, or put a variable with fewer values on an axis.");
-    }
-    return perSurface * surfaces;
-}
-
 void requireFloatCount(const PlotLayout& layout, const PlotSource& source, std::size_t floats) {
     const auto included = std::ranges::count_if(source.responses, &ResponseVariable::includep);
     if (included != layout.nSurfaces ||
@@ -150,7 +52,69 @@ void requireFloatCount(const PlotLayout& layout, const PlotSource& source, std::
     }
 }
 
+/// The included responses, each with the factor from its value to a height, which stands for `perMaximum` at most.
+std::vector<BuiltPlot::Surface> surfacesOf(const PlotSource& source, double perMaximum) {
+    const double perUnit = perMaximum / static_cast<double>(overallMaximum(source));
+    std::vector<BuiltPlot::Surface> surfaces;
+    forEachIncluded(source.responses, [&](std::size_t column) {
+        const auto scale = static_cast<double>(source.responses[column].scale());
+        surfaces.push_back({column, static_cast<float>(scale * perUnit)});
+    });
+    return surfaces;
+}
+
+/// The surfaces that have to be written, with their places in the memory: all, or those that are not there yet.
+std::vector<SurfaceJob> jobsFor(const PlotLayout& layout, const PlotSource& source,
+                                std::span<const BuiltPlot::Surface> surfaces, std::span<float> vertices,
+                                const BuiltPlot* built) {
+    const bool sameGrid = built != nullptr && built->isOf(layout, source.rows);
+    const std::size_t floats = vertices.size() / surfaces.size();
+    std::vector<SurfaceJob> jobs;
+    for (std::size_t s = 0; s < surfaces.size(); ++s) {
+        if (!sameGrid || s >= built->surfaces.size() || built->surfaces[s] != surfaces[s]) {
+            jobs.push_back(
+                {{source.cells, source.responses.size(), surfaces[s].column, source.rows, surfaces[s].factor},
+                 vertices.data() + s * floats});
+        }
+    }
+    return jobs;
+}
+
+/// Writes what has to be written by write(jobs), and keeps in `options.built` what the memory holds then.
+template <typename Write>
+void writePlot(const PlotLayout& layout, const PlotSource& source, double perMaximum, std::span<float> vertices,
+               const BuildOptions& options, Write write) {
+    requireFloatCount(layout, source, vertices.size());
+    if (vertices.empty()) {
+        return;
+    }
+    std::vector<BuiltPlot::Surface> surfaces = surfacesOf(source, perMaximum);
+    const std::vector<SurfaceJob> jobs = jobsFor(layout, source, surfaces, vertices, options.built);
+    BuiltPlot before = options.built != nullptr ? std::exchange(*options.built, {}) : BuiltPlot();
+    write(jobs);
+    if (options.built != nullptr) {
+        before.set(layout, source.rows, std::move(surfaces));
+        *options.built = std::move(before);
+    }
+}
+
 } // namespace
+
+bool BuiltPlot::isOf(const PlotLayout& layout, std::span<const std::uint32_t> indexSet) const {
+    return dimensions == layout.dimensions && xEdges == layout.xEdges && (dimensions == 2 || zEdges == layout.zEdges) &&
+           std::ranges::equal(rows, indexSet);
+}
+
+void BuiltPlot::set(const PlotLayout& layout, std::span<const std::uint32_t> indexSet, std::vector<Surface> written) {
+    if (!isOf(layout, indexSet)) {
+        rows.assign(indexSet.begin(), indexSet.end());
+    }
+    dimensions = layout.dimensions;
+    xEdges = layout.xEdges;
+    zEdges = layout.zEdges;
+    surfaces = std::move(written);
+    floats = surfaces.size() * layout.verticesPerSurface() * layout.floatsPerVertex();
+}
 
 float overallMaximum(const PlotSource& source) {
     float maximum = noMaximum;
@@ -167,42 +131,47 @@ float overallMaximum(const PlotSource& source) {
     return largest > 0.0F ? largest : 1.0F;
 }
 
+std::size_t vertexFloats(const PlotLayout& layout, std::uint64_t held) {
+    const std::uint64_t perSurface = layout.verticesPerSurface() * layout.floatsPerVertex();
+    const auto surfaces = static_cast<std::uint64_t>(std::max(layout.nSurfaces, 0));
+    constexpr std::uint64_t most = std::numeric_limits<std::uint32_t>::max();
+    const bool counts = surfaces == 0 || perSurface <= most / surfaces;
+    const std::uint64_t floats = counts ? perSurface * surfaces : most;
+    if (!counts || (floats > held && floats * sizeof(float) > availableMemory())) {
+        throw OrreryError(fmt::format("A plot of {} responses with {} vertices each does not fit into memory.",
+                                      surfaces, layout.verticesPerSurface()),
+                          {}, "Include fewer responses, or put a variable with fewer values on an axis.");
+    }
+    return floats;
+}
+
 std::vector<float> make2DVertexData(const PlotLayout& layout, const PlotSource& source) {
-    std::vector<float> vertices(floatCount(layout));
+    std::vector<float> vertices(vertexFloats(layout));
     write2DVertexData(layout, source, vertices);
     return vertices;
 }
 
 std::vector<float> make3DVertexData(const PlotLayout& layout, const PlotSource& source) {
-    std::vector<float> vertices(floatCount(layout));
+    std::vector<float> vertices(vertexFloats(layout));
     write3DVertexData(layout, source, vertices);
     return vertices;
 }
 
-void write2DVertexData(const PlotLayout& layout, const PlotSource& source, std::span<float> vertices) {
-    requireFloatCount(layout, source, vertices.size());
-    if (vertices.empty()) {
-        return;
-    }
-    const double perUnit = 2.0 / static_cast<double>(overallMaximum(source));
-    const auto points = static_cast<std::size_t>(layout.xEdges);
-    float* out = vertices.data();
-    forEachIncluded(source.responses, [&](std::size_t column) {
-        out = writeCurve(points, halfOf(layout.xEdges), Heights(source, column, perUnit), out);
+void write2DVertexData(const PlotLayout& layout, const PlotSource& source, std::span<float> vertices,
+                       const BuildOptions& options) {
+    writePlot(layout, source, 2.0, vertices, options, [&](std::span<const SurfaceJob> jobs) {
+        for (const SurfaceJob& job : jobs) {
+            writeCurve(static_cast<std::size_t>(layout.xEdges), job.heights, job.out);
+        }
     });
 }
 
 void write3DVertexData(const PlotLayout& layout, const PlotSource& source, std::span<float> vertices,
-                       unsigned threads) {
-    requireFloatCount(layout, source, vertices.size());
-    if (vertices.empty()) {
-        return;
-    }
-    const double perUnit = 1.0 / static_cast<double>(overallMaximum(source));
-    float* out = vertices.data();
-    const unsigned used = threads == 0 ? threadsFor(layout) : threads;
-    forEachIncluded(source.responses, [&](std::size_t column) {
-        out = writeSurface(layout, Heights(source, column, perUnit), used, out);
+                       const BuildOptions& options) {
+    writePlot(layout, source, 1.0, vertices, options, [&](std::span<const SurfaceJob> jobs) {
+        if (!writeSurfaces(layout, jobs, options.threads, options.progress)) {
+            throw BuildCancelled();
+        }
     });
 }
 

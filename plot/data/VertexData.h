@@ -1,11 +1,13 @@
 #pragma once
 
+#include "platform/OrreryError.h"
 #include "plot/data/PlotLayout.h"
 #include "plot/data/PlotView.h"
 #include "run/ResponseVariable.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <vector>
 
@@ -24,22 +26,58 @@ struct PlotSource {
 /// finite take no part.
 [[nodiscard]] float overallMaximum(const PlotSource& source);
 
+/// Which plot a piece of memory holds, so that the next one leaves alone what is the same in it. Keeping it is up to
+/// who keeps the memory; it is to be emptied when the memory or the results are other ones.
+struct BuiltPlot {
+    struct Surface {
+        std::size_t column = 0; // of the response
+        float factor = 0;       // from its value to a height
+        friend bool operator==(const Surface&, const Surface&) = default;
+    };
+
+    std::uint32_t dimensions = 0; // 0: nothing
+    std::int32_t xEdges = 0;
+    std::int32_t zEdges = 0;
+    std::size_t floats = 0; // of all surfaces
+    std::vector<std::uint32_t> rows;
+    std::vector<Surface> surfaces; // or curves, in the order in which they lie in the memory
+
+    [[nodiscard]] bool isOf(const PlotLayout& layout, std::span<const std::uint32_t> indexSet) const;
+    void set(const PlotLayout& layout, std::span<const std::uint32_t> indexSet, std::vector<Surface> written);
+};
+
+struct BuildOptions {
+    unsigned threads = 0;       // among which surfaces are shared; 0 is as many as pay. The bits are always the same
+    BuiltPlot* built = nullptr; // what the memory holds, which is not written again; updated. Empty after an exception
+    std::function<bool(double)> progress = {}; // called now and then with the part that is done; false cancels
+};
+
+/// `progress` has said so.
+class BuildCancelled : public OrreryError {
+public:
+    BuildCancelled() : OrreryError("Drawing the plot was cancelled.") {}
+};
+
+/// Floats of the whole plot. `held` floats are there already and need no free memory.
+/// @throws OrreryError when they would not fit into memory or 32 bits
+[[nodiscard]] std::size_t vertexFloats(const PlotLayout& layout, std::uint64_t held = 0);
+
 /// Curves: x, y, z = 0 per vertex, one polyline of xEdges vertices per included response variable.
 /// x = i ÷ (xEdges ÷ 2) − 1, y = value × scale × 2 ÷ M − 1, in the precision and order that the functions state.
 /// A row behind the end of the row list or of the block is never read; its value counts as 0.
+/// `vertices` must hold exactly the layout's floats, and is only written.
 /// @throws AssertionFailure "Inconsistent float count" when the layout's count of surfaces is not that of `responses`
-/// @throws OrreryError when the vertices would not fit into memory or 32 bits
-[[nodiscard]] std::vector<float> make2DVertexData(const PlotLayout& layout, const PlotSource& source);
+void write2DVertexData(const PlotLayout& layout, const PlotSource& source, std::span<float> vertices,
+                       const BuildOptions& options = {});
 
 /// Surfaces: two triangles per grid cell, normal and position per vertex, cells x-major, flat normals.
-/// y = value × scale ÷ M; both axes run from −1 to 1. @throws as make2DVertexData
-[[nodiscard]] std::vector<float> make3DVertexData(const PlotLayout& layout, const PlotSource& source);
-
-/// The same into memory that the caller has: `vertices` must hold exactly the layout's floats.
-void write2DVertexData(const PlotLayout& layout, const PlotSource& source, std::span<float> vertices);
-/// With 0 threads a large surface is shared among as many as pay; the bits are the same for any number.
+/// y = value × scale ÷ M; both axes run from −1 to 1. @throws as write2DVertexData, and BuildCancelled
 void write3DVertexData(const PlotLayout& layout, const PlotSource& source, std::span<float> vertices,
-                       unsigned threads = 0);
+                       const BuildOptions& options = {});
+
+/// The same into memory of their own. @throws as vertexFloats, too
+[[nodiscard]] std::vector<float> make2DVertexData(const PlotLayout& layout, const PlotSource& source);
+[[nodiscard]] std::vector<float> make3DVertexData(const PlotLayout& layout, const PlotSource& source);
 
 /// One range per curve or surface: (s × P, P).
 [[nodiscard]] std::vector<VertexRange> vertexRanges(const PlotLayout& layout);

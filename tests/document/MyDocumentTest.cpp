@@ -279,6 +279,30 @@ TEST_F(PlotTest, CurvesPutTheCameraBackAndSurfacesKeepIt) {
     EXPECT_EQ(document.eyeXPos(), 3);
 }
 
+TEST_F(PlotTest, ACancelledPlotIsEmptyAndComesWithTheNextChange) {
+    struct CancellingPanel : WaitPanel {
+        void begin(std::string_view) override { ++waits; }
+        bool update(double) override { return waits != 2; }
+        void end() override { --open; }
+        int waits = 0;
+        int open = 0;
+    } panel;
+    DocumentOutlets outlets = document.outlets();
+    outlets.waitPanel = &panel;
+    document.setOutlets(outlets);
+    document.dependentVariables()[0].setValue("includep", true);
+    document.independentVariables()[0].setFunction(1);
+    document.independentVariables()[1].setFunction(2);
+    for (const std::size_t ranges : {1U, 0U, 1U}) {
+        document.dependentVariables()[0].setValue("scale", static_cast<float>(panel.waits + 1));
+        document.setupPlotView();
+        EXPECT_EQ(plot.ranges().size(), ranges);
+    }
+    EXPECT_EQ(plot.vertices().size(), 2 * 36U);
+    EXPECT_FLOAT_EQ(plot.vertices().at(4), 3.0F * 1 / 4) << "the scale of the third time";
+    EXPECT_EQ(panel.open, -3);
+}
+
 /// A companion that keeps what it is sent.
 struct FakeCompanion : NamedServices, RemoteObject, std::enable_shared_from_this<FakeCompanion> {
     bool running = true;

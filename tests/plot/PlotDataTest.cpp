@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <numeric>
 #include <random>
@@ -207,12 +208,67 @@ TEST(Surfaces, AreTheSameByEveryRoadToTheBit) {
             std::vector<float> memory(plain.size() + 2, nan);
             for (const std::size_t offset : {0U, 1U}) { // the second is not aligned, and may not be streamed
                 const auto vertices = std::span(memory).subspan(offset, plain.size());
-                write3DVertexData(layout, results.source(), vertices, threads);
+                write3DVertexData(layout, results.source(), vertices, {.threads = threads});
                 EXPECT_TRUE(sameBits(vertices, plain)) << xEdges << " x " << zEdges << ", " << threads << " threads";
                 EXPECT_TRUE(std::isnan(memory.back()));
             }
         }
     }
+}
+
+struct RebuildCase {
+    const char* name;
+    std::function<void(Results&)> change; // of three responses on 3 x 3 points, all included, 9 the overall maximum
+    std::vector<bool> kept;               // whether the surface at that place need not be written again
+};
+
+TEST(Surfaces, AreWrittenAgainOnlyWhereTheyChange) {
+    const RebuildCase cases[] = {
+        {"nothing", [](Results&) {}, {true, true, true}},
+        {"aColor", [](Results& r) { r.variables[1].setValue("color", Color{}); }, {true, true, true}},
+        {"aScale", [](Results& r) { r.variables[1].setValue("scale", 2.0F); }, {true, false, true}},
+        {"theLastExcluded", [](Results& r) { r.variables[2].setValue("includep", false); }, {true, true}},
+        {"theFirstExcluded", [](Results& r) { r.variables[0].setValue("includep", false); }, {false, false}},
+        {"theMaximum", [](Results& r) { r.maxima[2] = 10; }, {false, false, false}},
+        {"theRows", [](Results& r) { std::swap(r.rows[0], r.rows[8]); }, {false, false, false}},
+    };
+    for (const RebuildCase& row : cases) {
+        SCOPED_TRACE(row.name);
+        std::vector<float> heights(27, 1);
+        heights[4] = 9;
+        Results results(heights, {true, true, true});
+        const std::vector<IndependentVariable> axes = {axis("a", 1, 3), axis("b", 2, 3)};
+        std::vector<float> memory(vertexFloats(results.layout(axes)));
+        BuiltPlot built;
+        write3DVertexData(results.layout(axes), results.source(), memory, {.built = &built});
+        row.change(results);
+        std::ranges::fill(memory, nan);
+        const PlotLayout layout = results.layout(axes);
+        for (int round = 0; round < 2; ++round) { // the second time all is there
+            const auto vertices = std::span(memory).first(vertexFloats(layout));
+            write3DVertexData(layout, results.source(), vertices, {.built = &built});
+            const std::vector<float> all = make3DVertexData(layout, results.source());
+            for (std::size_t s = 0; s < row.kept.size(); ++s) {
+                const std::size_t floats = vertices.size() / row.kept.size();
+                const auto written = vertices.subspan(s * floats, floats);
+                EXPECT_TRUE(row.kept[s] ? std::ranges::all_of(written, [](float v) { return std::isnan(v); })
+                                        : sameBits(written, std::span(all).subspan(s * floats, floats)))
+                    << s;
+            }
+        }
+    }
+}
+
+TEST(Surfaces, AreGivenUpWhenTheProgressSaysSo) {
+    const Results results(std::vector<float>(9, 1), {true});
+    const PlotLayout layout = results.layout({axis("a", 1, 3), axis("b", 2, 3)});
+    std::vector<float> memory(vertexFloats(layout));
+    BuiltPlot built;
+    write3DVertexData(layout, results.source(), memory, {.built = &built});
+    built.surfaces.clear();
+    const BuildOptions options{.threads = 2, .built = &built, .progress = [](double) { return false; }};
+    EXPECT_THROW(write3DVertexData(layout, results.source(), memory, options), BuildCancelled);
+    EXPECT_FALSE(built.isOf(layout, results.rows));
 }
 
 TEST(Surfaces, HaveFiniteNormalsWhateverTheHeights) {

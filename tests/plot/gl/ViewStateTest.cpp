@@ -116,6 +116,24 @@ TEST_F(GlTest, AThousandRebuildsKeepOneBufferAndTheLabelsTextures) {
     EXPECT_EQ(test.view.ident(), 0U);
 }
 
+TEST_F(GlTest, LentMemoryIsTheBuffersAndShowsNothingUntilItIsGivenBack) {
+    TestView test;
+    const Pixels none = test.frame();
+    const Pixels wanted = test.frameOf(plate());
+    const unsigned buffer = test.view.ident();
+    const std::size_t floats = std::size_t{test.view.ranges().front().count} * 6;
+    EXPECT_TRUE(test.view.lendVertices(floats).kept) << "the plot before was written into it, too";
+    EXPECT_EQ(test.frame().rgba, none.rgba);
+    EXPECT_FALSE(test.view.lendVertices(floats).kept) << "nobody knows what was written into what did not come back";
+    EXPECT_EQ(test.view.ident(), buffer);
+    EXPECT_FALSE(test.view.lendVertices(100 * floats).kept);
+    EXPECT_EQ(test.frameOf(plate()).rgba, wanted.rgba);
+    EXPECT_NE(test.view.ident(), buffer) << "nor is a large buffer held for a small plot";
+    test.view.releaseContext();
+    test.surface.loseContext();
+    EXPECT_EQ(test.view.lendVertices(36).floats.size(), 36U);
+}
+
 TEST_F(GlTest, ADestroyedViewDeletesItsObjectsInItsOwnContext) {
     TestView other;
     static_cast<void>(other.frameOf(plate()));
