@@ -4,6 +4,7 @@
 #include "platform/qt/QtTextRasterizer.h"
 #include "plot/Gl.h"
 #include "plot/OpenGLPlotView.h"
+#include "plot/data/ShowPlot.h"
 #include "plot/picture/PlotPicture.h"
 #include "tests/plot/gl/scene/Scene.h"
 
@@ -11,6 +12,8 @@
 
 #include <cmath>
 #include <cstdint>
+#include <numeric>
+#include <vector>
 
 namespace orrery {
 namespace {
@@ -57,6 +60,69 @@ void turn(benchmark::State& state) {
     state.counters["frames/s"] = benchmark::Counter(1, benchmark::Counter::kIsIterationInvariantRate);
 }
 
+/// The least that draws the same picture: the same buffer with the state that the view's frame has left, turned as
+/// much.
+void turnBarely(benchmark::State& state) {
+    const Drawing drawing(state.range(0));
+    float angle = 0;
+    glMatrixMode(GL_MODELVIEW);
+    glBindBuffer(GL_ARRAY_BUFFER, drawing.view.ident());
+    while (state.KeepRunning()) {
+        glPushMatrix();
+        glRotatef(angle += 0.5F, 0, 1, 0);
+        glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+        glInterleavedArrays(GL_N3F_V3F, 0, nullptr);
+        glDrawArrays(GL_TRIANGLES, 0, static_cast<GLsizei>(state.range(0) * state.range(0) * 6));
+        glPopMatrix();
+        glFinish();
+    }
+    state.counters["frames/s"] = benchmark::Counter(1, benchmark::Counter::kIsIterationInvariantRate);
+}
+
+/// Surfaces of which one gets another scale, built into the view's memory.
+struct Rescaled {
+    Rescaled(std::int64_t side, std::int64_t surfaces)
+        : responses(static_cast<std::size_t>(surfaces)), maxima(responses.size(), 2.0F) {
+        const auto edges = static_cast<std::int32_t>(side) + 1;
+        layout = {static_cast<std::int32_t>(surfaces), edges, edges - 1, edges, edges - 1, 3, {"x", "z"}};
+        rows.resize(static_cast<std::size_t>(edges) * static_cast<std::size_t>(edges));
+        std::iota(rows.begin(), rows.end(), 0U);
+        for (std::size_t cell = 0; cell < rows.size() * responses.size(); ++cell) {
+            cells.push_back(1 + std::sin(0.001F * static_cast<float>(cell)));
+        }
+        for (ResponseVariable& response : responses) {
+            response.setValue("includep", true);
+        }
+    }
+    void build(PlotView& view) {
+        responses[0].setValue("scale", scale = 3 - scale);
+        const auto vertices = fillVertices(view, layout, {cells, maxima, responses, rows}, {.built = &built});
+        view.setSurfaces(vertices, static_cast<std::uint32_t>(vertices.size()), vertexRanges(layout));
+    }
+
+    std::vector<ResponseVariable> responses;
+    std::vector<float> maxima;
+    std::vector<std::uint32_t> rows;
+    std::vector<float> cells;
+    PlotLayout layout;
+    BuiltPlot built;
+    float scale = 1;
+};
+
+void rescale(benchmark::State& state) {
+    Drawing drawing(1);
+    Rescaled plot(state.range(0), state.range(1));
+    const bool firstOnly = state.range(2) != 0;
+    while (state.KeepRunning()) {
+        plot.build(drawing.view);
+        if (firstOnly) {
+            state.PauseTiming();
+            drawing.view.setSurfaces({}, 0, {});
+            state.ResumeTiming();
+        }
+    }
+}
+
 /// The vertices of one surface into a new buffer of the driver's.
 void upload(benchmark::State& state) {
     Drawing drawing(1);
@@ -84,6 +150,19 @@ void firstPicture(benchmark::State& state) {
 BENCHMARK(turn)
     ->Name("frame of a turning surface, cells a side, samples a pixel")
     ->ArgsProduct({{50, 200, 1000}, {1, 4}})
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
+BENCHMARK(turnBarely)
+    ->Name("frame of the same buffer drawn by a bare program, cells a side")
+    ->Arg(50)
+    ->Arg(200)
+    ->Arg(1000)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
+BENCHMARK(rescale)
+    ->Name("plot built in graphics memory, one surface rescaled or all in new memory")
+    ->ArgNames({"side", "surfaces", "new"})
+    ->ArgsProduct({{200, 1000}, {1, 4}, {0, 1}})
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime();
 BENCHMARK(upload)
