@@ -3,6 +3,7 @@
 #include "platform/Workers.h"
 #include "plot/data/SurfaceStrip.h"
 
+#include <algorithm>
 #include <atomic>
 #include <utility>
 #include <vector>
@@ -67,12 +68,12 @@ private:
 
 bool writeSurfaces(const PlotLayout& layout, std::span<const SurfaceJob> jobs, unsigned threads,
                    const std::function<bool(double)>& progress) {
-    if (layout.xQuads <= 0 || layout.zQuads <= 0) {
+    if (jobs.empty() || layout.xQuads <= 0 || layout.zQuads <= 0) {
         return true;
     }
     const Strips strips(layout, jobs);
     const unsigned used = threads > 0 ? threads : workersFor(strips.count() * strips.cellsPerStrip() / cellsPerThread);
-    const std::size_t mine = strips.count() / used; // about what the calling thread has to do
+    const std::size_t mine = std::max<std::size_t>(strips.count() / used, 1); // what the calling thread has to do
     const std::size_t reported = reportedCells / strips.cellsPerStrip() + 1;
     std::atomic<bool> stopped = false;
     runTogether(used, [&](unsigned part) {
