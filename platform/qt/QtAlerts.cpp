@@ -60,7 +60,11 @@ void QtAlerts::beginSheet(const AlertText& text, std::function<void(std::size_t)
     QObject::connect(box, &QMessageBox::finished, box, [box, text, answered = std::move(answered)] {
         if (answered) answered(answerOf(*box, text));
     });
-    box->open();
+    if (m_window != nullptr && !m_window->isVisible()) { // one that is being made would be shown on top of it
+        QMetaObject::invokeMethod(box, &QDialog::open, Qt::QueuedConnection);
+    } else {
+        box->open();
+    }
 }
 
 void QtAlerts::requestUserAttention() {
