@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <new>
 #include <utility>
 
 namespace orrery {
@@ -182,14 +183,26 @@ void OpenGLPlotView::releaseContext() {
         return;
     }
     if (m_ident && m_mapped == nullptr) {
-        m_pending.resize(m_bufferFloats);
-        const BoundBuffer bound(m_ident);
-        glGetBufferSubData(GL_ARRAY_BUFFER, 0, static_cast<GLsizeiptr>(m_bufferFloats * sizeof(float)),
-                           m_pending.data());
-        glCheckError();
+        readBack();
     }
     dropBuffer();
     m_textures.clear();
+}
+
+/// The buffer's floats into m_pending. Where there is no memory for them the plot is lost, but never the rest.
+void OpenGLPlotView::readBack() {
+    try {
+        m_pending.resize(m_bufferFloats);
+    } catch (const std::bad_alloc&) {
+        logLine("There is not enough memory to keep the plot. Change a setting to draw it again.");
+        m_pending = {};
+        m_ranges.clear();
+        m_keepsLent = false;
+        return;
+    }
+    const BoundBuffer bound(m_ident);
+    glGetBufferSubData(GL_ARRAY_BUFFER, 0, static_cast<GLsizeiptr>(m_bufferFloats * sizeof(float)), m_pending.data());
+    glCheckError();
 }
 
 void OpenGLPlotView::reshape() {

@@ -65,6 +65,7 @@ private:
 
     void makeTextures();
     void fillBuffer(std::span<const float> data);
+    void readBack();
     void dropBuffer();
     [[nodiscard]] std::span<float> mapBufferFor(std::size_t size);
     [[nodiscard]] bool takeLent(std::span<const float> data);

@@ -16,13 +16,32 @@ namespace orrery {
 
 namespace {
 
-void writeCurve(std::size_t points, const Heights& heights, float* out) {
-    const auto half = static_cast<float>(static_cast<double>(points) * 0.5);
-    for (std::size_t i = 0; i < points; ++i) {
+/// Writes the points `first` … `last` − 1 of a curve, from its beginning in the job on.
+void writePoints(const SurfaceJob& job, std::size_t first, std::size_t last, float half) {
+    float* out = job.out + first * 3;
+    for (std::size_t i = first; i < last; ++i) {
         *out++ = axisPosition(i, half);
-        *out++ = heights.at(i) - 1.0F;
+        *out++ = job.heights.at(i) - 1.0F;
         *out++ = 0.0F;
     }
+}
+
+/// Writes the curves; false where `progress` has stopped that.
+bool writeCurves(const PlotLayout& layout, std::span<const SurfaceJob> jobs,
+                 const std::function<bool(double)>& progress) {
+    constexpr std::size_t reportedPoints = 250'000; // between two calls of the progress
+    const auto points = static_cast<std::size_t>(layout.xEdges);
+    const auto half = static_cast<float>(static_cast<double>(layout.xEdges) * 0.5);
+    const auto all = static_cast<double>(points * jobs.size());
+    for (std::size_t s = 0; s < jobs.size(); ++s) {
+        for (std::size_t first = 0; first < points; first += reportedPoints) {
+            if (progress && !progress(static_cast<double>(s * points + first) / all)) {
+                return false;
+            }
+            writePoints(jobs[s], first, std::min(first + reportedPoints, points), half);
+        }
+    }
+    return true;
 }
 
 /// Calls write(column) for every included response variable.
@@ -80,7 +99,8 @@ std::vector<SurfaceJob> jobsFor(const PlotLayout& layout, const PlotSource& sour
     return jobs;
 }
 
-/// Writes what has to be written by write(jobs), and keeps in `options.built` what the memory holds then.
+/// Writes what has to be written by write(jobs), and keeps in `options.built` what the memory holds then. Where that
+/// says false the build has been cancelled.
 template <typename Write>
 void writePlot(const PlotLayout& layout, const PlotSource& source, double perMaximum, std::span<float> vertices,
                const BuildOptions& options, Write write) {
@@ -91,7 +111,9 @@ void writePlot(const PlotLayout& layout, const PlotSource& source, double perMax
     std::vector<BuiltPlot::Surface> surfaces = surfacesOf(source, perMaximum);
     const std::vector<SurfaceJob> jobs = jobsFor(layout, source, surfaces, vertices, options.built);
     BuiltPlot before = options.built != nullptr ? std::exchange(*options.built, {}) : BuiltPlot();
-    write(jobs);
+    if (!write(jobs)) {
+        throw BuildCancelled();
+    }
     if (options.built != nullptr) {
         before.set(layout, source.rows, std::move(surfaces));
         *options.built = std::move(before);
@@ -159,19 +181,14 @@ std::vector<float> make3DVertexData(const PlotLayout& layout, const PlotSource& 
 
 void write2DVertexData(const PlotLayout& layout, const PlotSource& source, std::span<float> vertices,
                        const BuildOptions& options) {
-    writePlot(layout, source, 2.0, vertices, options, [&](std::span<const SurfaceJob> jobs) {
-        for (const SurfaceJob& job : jobs) {
-            writeCurve(static_cast<std::size_t>(layout.xEdges), job.heights, job.out);
-        }
-    });
+    writePlot(layout, source, 2.0, vertices, options,
+              [&](std::span<const SurfaceJob> jobs) { return writeCurves(layout, jobs, options.progress); });
 }
 
 void write3DVertexData(const PlotLayout& layout, const PlotSource& source, std::span<float> vertices,
                        const BuildOptions& options) {
     writePlot(layout, source, 1.0, vertices, options, [&](std::span<const SurfaceJob> jobs) {
-        if (!writeSurfaces(layout, jobs, options.threads, options.progress)) {
-            throw BuildCancelled();
-        }
+        return writeSurfaces(layout, jobs, options.threads, options.progress);
     });
 }
 

@@ -67,11 +67,12 @@ public:
 /// A row behind the end of the row list or of the block is never read; its value counts as 0.
 /// `vertices` must hold exactly the layout's floats, and is only written.
 /// @throws AssertionFailure "Inconsistent float count" when the layout's count of surfaces is not that of `responses`
+/// @throws BuildCancelled
 void write2DVertexData(const PlotLayout& layout, const PlotSource& source, std::span<float> vertices,
                        const BuildOptions& options = {});
 
 /// Surfaces: two triangles per grid cell, normal and position per vertex, cells x-major, flat normals.
-/// y = value × scale ÷ M; both axes run from −1 to 1. @throws as write2DVertexData, and BuildCancelled
+/// y = value × scale ÷ M; both axes run from −1 to 1. @throws as write2DVertexData
 void write3DVertexData(const PlotLayout& layout, const PlotSource& source, std::span<float> vertices,
                        const BuildOptions& options = {});
 

@@ -259,16 +259,30 @@ TEST(Surfaces, AreWrittenAgainOnlyWhereTheyChange) {
     }
 }
 
-TEST(Surfaces, AreGivenUpWhenTheProgressSaysSo) {
-    const Results results(std::vector<float>(9, 1), {true});
-    const PlotLayout layout = results.layout({axis("a", 1, 3), axis("b", 2, 3)});
-    std::vector<float> memory(vertexFloats(layout));
-    BuiltPlot built;
-    write3DVertexData(layout, results.source(), memory, {.built = &built});
-    built.surfaces.clear();
-    const BuildOptions options{.threads = 2, .built = &built, .progress = [](double) { return false; }};
-    EXPECT_THROW(write3DVertexData(layout, results.source(), memory, options), BuildCancelled);
-    EXPECT_FALSE(built.isOf(layout, results.rows));
+TEST(Plots, AreGivenUpWhenTheProgressSaysSo) {
+    const Results results(std::vector<float>(600'000, 1), {true, true});
+    const PlotLayout layouts[] = {results.layout({axis("day", 1, 300'000)}),
+                                  results.layout({axis("a", 1, 600), axis("b", 2, 500)})};
+    for (const PlotLayout& layout : layouts) {
+        SCOPED_TRACE(layout.dimensions);
+        const auto write = layout.dimensions == 2 ? write2DVertexData : write3DVertexData;
+        std::vector<float> memory(vertexFloats(layout));
+        BuiltPlot built;
+        std::vector<double> parts;
+        BuildOptions options{.threads = 2, .built = &built, .progress = [&](double part) {
+                                 parts.push_back(part);
+                                 return true;
+                             }};
+        write(layout, results.source(), memory, options);
+        EXPECT_GT(parts.size(), 2U);
+        EXPECT_TRUE(std::ranges::is_sorted(parts));
+        EXPECT_THAT(parts, testing::Each(testing::AllOf(testing::Ge(0), testing::Lt(1))));
+        built.surfaces.clear();
+        int calls = 0;
+        options.progress = [&](double) { return ++calls < 2; };
+        EXPECT_THROW(write(layout, results.source(), memory, options), BuildCancelled);
+        EXPECT_FALSE(built.isOf(layout, results.rows));
+    }
 }
 
 TEST(Surfaces, HaveFiniteNormalsWhateverTheHeights) {

@@ -5,6 +5,7 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <initializer_list>
 #include <memory>
@@ -12,13 +13,16 @@
 
 namespace {
 
-thread_local std::size_t allocations = 0; // of this thread, so that the driver's own threads do not count
+// Of this thread, so that the driver's own threads do not count.
+thread_local std::size_t allocations = 0;
+thread_local std::size_t largestAllowed = SIZE_MAX; // bytes at a time
 
 } // namespace
 
 void* operator new(std::size_t size) {
     ++allocations;
-    if (void* block = std::malloc(size == 0 ? 1 : size)) return block;
+    void* const block = size <= largestAllowed ? std::malloc(size == 0 ? 1 : size) : nullptr;
+    if (block != nullptr) return block;
     throw std::bad_alloc();
 }
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
@@ -199,6 +203,26 @@ INSTANTIATE_TEST_SUITE_P(Contexts, ContextChange,
                                            ContextCase{"surfaceGivenBefore", plate(), true},
                                            ContextCase{"curvesGivenBefore", curves(), true}),
                          [](const auto& row) { return row.param.name; });
+
+TEST_F(GlTest, WithoutMemoryToKeepItThePlotGoesWithTheContextAndComesBackWithTheNextBuild) {
+    TestView test;
+    const Pixels none = test.frame();
+    const Scene hill{.axes = {"x", "z"}, .xCount = 20, .zCount = 20, .responses = {[](auto x, auto) {
+                                                                         return static_cast<float>(x);
+                                                                     }}};
+    const Pixels wanted = test.frameOf(hill);
+    largestAllowed = 4096;
+    EXPECT_NO_THROW(test.view.releaseContext());
+    largestAllowed = SIZE_MAX;
+    EXPECT_EQ(test.view.ident(), 0U) << "a name of the lost context";
+    EXPECT_EQ(m_log.size(), 1U);
+    m_log.clear();
+    test.surface.loseContext();
+    test.surface.recreateContext();
+    test.view.prepareOpenGL();
+    EXPECT_EQ(test.frame().rgba, none.rgba);
+    EXPECT_EQ(test.frameOf(hill).rgba, wanted.rgba);
+}
 
 TEST_F(GlTest, AContextLostWithoutWarningLeavesNoErrors) {
     TestView test;
