@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -18,12 +19,18 @@ inline constexpr int exitInterrupted = 130;
 /// What a subcommand does once its options are read; returns the program's exit code.
 using Action = std::function<int()>;
 
-/// A subcommand: `build` adds its options to the parser and returns what it does with them.
+/// A subcommand: `build` adds its options to the parser and returns what it does with them. Without one the command is
+/// left to the program's larger half, orrery-batch-qt.
 struct Command {
     const char* name;
     const char* help;
     Action (*build)(CLI::App& parser);
 };
+/// Those of this program, in the order in which its help tells them.
+[[nodiscard]] std::span<const Command> commands();
+
+inline constexpr const char* runHelp = "Run a setup through the engine";
+inline constexpr const char* plotHelp = "Draw a plot of the results as a picture, or write its vertices";
 
 [[nodiscard]] Action buildNewCommand(CLI::App& parser);
 [[nodiscard]] Action buildShowCommand(CLI::App& parser);

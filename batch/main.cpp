@@ -1,33 +1,27 @@
 #include "batch/Command.h"
 #include "batch/SetupFiles.h"
+#include "platform/Files.h"
 #include "platform/OrreryError.h"
 
 #include <CLI/CLI.hpp>
+#include <fmt/format.h>
+#include <unistd.h>
 
 #include <algorithm>
-#include <array>
+#include <cerrno>
 #include <csignal>
 #include <cstddef>
 #include <exception>
 #include <iostream>
 #include <new>
+#include <optional>
 #include <string>
+#include <string_view>
+#include <system_error>
 #include <vector>
 
 namespace orrery {
 namespace {
-
-constexpr std::array commands{
-    Command{"new", "Make a setup file", buildNewCommand},
-    Command{"show", "Print a setup as JSON", buildShowCommand},
-    Command{"rewrite", "Read a setup and write it again", buildRewriteCommand},
-    Command{"model", "Print a model's levels, parts and ports as JSON", buildModelCommand},
-    Command{"sweep", "Print the grid that a setup sweeps as JSON", buildSweepCommand},
-    Command{"run", "Run a setup through the engine", buildRunCommand},
-    Command{"results", "Print the results of a run as JSON or CSV", buildResultsCommand},
-    Command{"plot", "Draw a plot of the results as a picture, or write its vertices", buildPlotCommand},
-    Command{"report", "Print the results of a run for people", buildReportCommand},
-};
 
 int usage(const CLI::App& parser, const CLI::ParseError& error) {
     if (error.get_exit_code() == 0) { // --help, --version
@@ -43,8 +37,7 @@ void requireKnownCommand(int argc, char** argv) {
         return;
     }
     std::vector<std::string> names;
-    names.reserve(commands.size());
-    for (const Command& command : commands) {
+    for (const Command& command : commands()) {
         names.emplace_back(command.name);
     }
     if (const std::string name = argv[1]; std::ranges::find(names, name) == names.end()) {
@@ -53,21 +46,36 @@ void requireKnownCommand(int argc, char** argv) {
     }
 }
 
+/// Becomes the program's larger half. Returns only when that fails.
+int handOver(char** argv) {
+    constexpr const char* program = "orrery-batch-qt";
+    const std::optional<std::string> path = pathForAuxiliaryExecutable(program);
+    if (path) {
+        execv(path->c_str(), argv);
+    }
+    throw OrreryError(fmt::format("{} cannot be started: {}.", program,
+                                  path ? std::generic_category().message(errno) : "it is not beside orrery-batch"),
+                      {}, "Install Orrery again.");
+}
+
 int run(int argc, char** argv) {
     CLI::App parser{"Orrery without a window: sets up, runs and reads parameter sweeps.", "orrery-batch"};
     parser.set_version_flag("--version", "orrery-batch " ORRERY_VERSION);
     parser.require_subcommand(1);
     std::vector<Action> actions;
-    actions.reserve(commands.size());
-    for (const Command& command : commands) {
-        actions.push_back(command.build(*parser.add_subcommand(command.name, command.help)));
+    for (const Command& command : commands()) {
+        CLI::App* const subcommand = parser.add_subcommand(command.name, command.help);
+        actions.push_back(command.build != nullptr ? command.build(*subcommand) : Action());
+        if (command.build == nullptr && argc > 1 && command.name == std::string_view(argv[1])) {
+            return handOver(argv);
+        }
     }
     try {
         requireKnownCommand(argc, argv);
         parser.parse(argc, argv);
-        for (std::size_t i = 0; i < commands.size(); ++i) {
-            if (parser.got_subcommand(commands.at(i).name)) {
-                return actions[i]();
+        for (std::size_t i = 0; i < actions.size(); ++i) {
+            if (parser.got_subcommand(commands()[i].name)) {
+                return actions[i] ? actions[i]() : handOver(argv);
             }
         }
         return exitUsage;

@@ -1,0 +1,22 @@
+#include "batch/Command.h"
+
+#include <array>
+
+namespace orrery {
+
+std::span<const Command> commands() {
+    static constexpr std::array all{
+        Command{"new", "Make a setup file", buildNewCommand},
+        Command{"show", "Print a setup as JSON", buildShowCommand},
+        Command{"rewrite", "Read a setup and write it again", buildRewriteCommand},
+        Command{"model", "Print a model's levels, parts and ports as JSON", buildModelCommand},
+        Command{"sweep", "Print the grid that a setup sweeps as JSON", buildSweepCommand},
+        Command{"run", runHelp, nullptr},
+        Command{"results", "Print the results of a run as JSON or CSV", buildResultsCommand},
+        Command{"plot", plotHelp, nullptr},
+        Command{"report", "Print the results of a run for people", buildReportCommand},
+    };
+    return all;
+}
+
+} // namespace orrery
