@@ -2,6 +2,7 @@
 
 #include "plot/data/PlotLayout.h"
 #include "plot/data/VertexData.h"
+#include "run/CellBlock.h"
 #include "run/IndexSet.h"
 
 #include <benchmark/benchmark.h>
@@ -39,7 +40,8 @@ std::vector<IndependentVariable> gridWithHeld(std::size_t held, std::uint32_t ax
 void chooseRows(benchmark::State& state) {
     const auto variables = gridWithHeld(static_cast<std::size_t>(state.range(0)), 1000, 20);
     constexpr std::size_t columns = 8;
-    const std::vector<float> cells(std::size_t{20'000'000} * columns, 1.0F);
+    CellBlock cells(std::size_t{20'000'000} * columns); // in the pages that a table's reading gets
+    std::ranges::fill(cells, 1.0F);
     std::vector<float> chosen(1'000'000);
     while (state.KeepRunning()) {
         const auto rows = currentIndexSet(variables);
