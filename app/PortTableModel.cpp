@@ -70,6 +70,11 @@ bool PortTableModel::holdsNumbers(int column) const {
     return std::ranges::find(numbers, field(column).key) != numbers.end();
 }
 
+int PortTableModel::columnOf(std::string_view fieldKey) const {
+    const auto field = std::ranges::find(m_fields, fieldKey, &setup_form::Field::key);
+    return field == m_fields.end() ? portColumn() : static_cast<int>(field - m_fields.begin());
+}
+
 QString PortTableModel::storedText(const QModelIndex& index) const {
     const EntryList& entries = m_document.controller(m_list).arrangedObjects();
     const auto row = static_cast<std::size_t>(index.row());

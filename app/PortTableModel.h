@@ -6,6 +6,7 @@
 
 #include <QAbstractTableModel>
 #include <span>
+#include <string_view>
 
 namespace orrery {
 
@@ -23,6 +24,7 @@ public:
     /// Whether the column holds single numbers, which the cell formatter reads.
     [[nodiscard]] bool holdsNumbers(int column) const;
     [[nodiscard]] static constexpr int portColumn() { return 0; }
+    [[nodiscard]] int columnOf(std::string_view fieldKey) const; // the port's where no column shows the field
     /// The text to start editing with: numbers without the braces that old setups have around them.
     [[nodiscard]] QString editingText(const QModelIndex& index) const;
     /// Takes over what was typed, or returns why not.

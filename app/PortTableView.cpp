@@ -86,6 +86,13 @@ void PortTableView::selectRows(const std::vector<std::size_t>& rows) {
     emit selectedRowsChanged();
 }
 
+void PortTableView::showCell(std::size_t row, std::string_view fieldKey) {
+    if (m_document == nullptr || row >= static_cast<std::size_t>(m_model->rowCount())) return;
+    const QModelIndex cell = m_model->index(static_cast<int>(row), m_model->columnOf(fieldKey));
+    selectionModel()->setCurrentIndex(cell, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    scrollTo(cell);
+}
+
 bool PortTableView::hasSelection() const {
     return selectionModel() != nullptr && selectionModel()->hasSelection();
 }

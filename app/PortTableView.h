@@ -6,6 +6,7 @@
 
 #include <QTableView>
 #include <optional>
+#include <string_view>
 #include <vector>
 
 namespace orrery {
@@ -26,6 +27,8 @@ public:
 
     void reloadData() override;
     void selectRows(const std::vector<std::size_t>& rows) override;
+    /// Selects the row alone, makes the field's cell current and scrolls to it. A row outside the list: nothing.
+    void showCell(std::size_t row, std::string_view fieldKey);
     void setEmptyStateText(const QString& words);
 
 signals:
