@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/ProcessEnd.h"
+
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -15,8 +17,9 @@ class ChildProcess {
 public:
     struct Events {                                             // all on the main thread, never inside start()
         std::function<void(std::span<const std::byte>)> output; // 0..n times, each piece not empty
+        std::function<void(const ProcessEnd&)> ended = {};      // at most once, before endOfOutput: how the child ended
         std::function<void()> endOfOutput;                      // exactly once, last, also if the start fails
-        std::function<void(std::string_view)> left;             // at most once: the child is gone, but something it
+        std::function<void(std::string_view)> left = {};        // at most once: the child is gone, but something it
                                                                 // left behind still holds the pipe; says what
     };
 

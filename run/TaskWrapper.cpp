@@ -25,6 +25,7 @@ void TaskWrapper::startProcess() {
     if (alive.expired() || m_state != State::Running) return; // stopped by what it was told
     m_task = m_launcher.makeChildProcess();
     m_task->start(m_arguments, {.output = [this](std::span<const std::byte> bytes) { getData(bytes); },
+                                .ended = [this](const ProcessEnd& end) { m_end = end; },
                                 .endOfOutput = [this] { stopProcess(); },
                                 .left = [](std::string_view line) { logLine(line); }});
 }
@@ -48,7 +49,9 @@ void TaskWrapper::finish() {
         task->terminate();
     }
     TaskWrapperController* const controller = std::exchange(m_controller, nullptr);
-    if (controller != nullptr) controller->processFinished(); // last: it may destroy this
+    if (controller == nullptr) return;
+    if (m_end.kind != ProcessEnd::Kind::Unknown) controller->engineEnded(m_end);
+    controller->processFinished(); // last: it may destroy this
 }
 
 void TaskWrapper::getData(std::span<const std::byte> bytes) {

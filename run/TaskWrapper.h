@@ -18,11 +18,14 @@ public:
     virtual ~TaskWrapperController() = default;
     virtual void appendOutput(std::string_view text) = 0; // every piece, not empty, in order, well-formed UTF-8
     virtual void processStarted() = 0;                    // once, before the child is created
-    virtual void processFinished() = 0;                   // once, after the child has been told to terminate
+    /// How the engine ended, where that is known: at most once, just before processFinished. The wrapper must
+    /// not be destroyed in it.
+    virtual void engineEnded(const ProcessEnd& /*end*/) {}
+    virtual void processFinished() = 0; // once, after the child has been told to terminate
 };
 
 /// Runs the engine once: starts it, passes on what it writes, notices the end of its output, stops it on request.
-/// The end of a run is the end of the output, never the exit status, which is not read.
+/// The end of a run is the end of the output. How the engine ended is passed on and decides nothing.
 class TaskWrapper {
 public:
     /// `arguments`: the executable's absolute path, then its arguments. The controller is not owned. Starts nothing.
@@ -48,6 +51,7 @@ private:
     std::vector<std::string> m_arguments;
     ChildProcessLauncher& m_launcher;
     std::unique_ptr<ChildProcess> m_task;
+    ProcessEnd m_end;
     Utf8Decoder m_decoder; // carries a character that two pieces share
     State m_state = State::Created;
     std::shared_ptr<char> m_alive = std::make_shared<char>(); // expires with this: a callback may destroy it

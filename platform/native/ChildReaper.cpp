@@ -38,6 +38,13 @@ bool hasEnded(pid_t child) {
     return stateOf(child) != LeaderState::Running;
 }
 
+ProcessEnd endOf(pid_t child) {
+    siginfo_t info{};
+    if (waitid(P_PID, static_cast<id_t>(child), &info, WEXITED | WNOHANG | WNOWAIT) != 0) return {};
+    if (info.si_pid != child) return {};
+    return {info.si_code == CLD_EXITED ? ProcessEnd::Kind::Exited : ProcessEnd::Kind::Signalled, info.si_status};
+}
+
 ChildReaper::~ChildReaper() {
     const auto deadline = std::chrono::steady_clock::now() + lastGracePeriod;
     for (; !m_groups.empty() && std::chrono::steady_clock::now() < deadline; std::this_thread::sleep_for(5ms)) {

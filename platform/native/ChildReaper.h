@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/ProcessEnd.h"
 #include "platform/RunLoop.h"
 #include "platform/native/FileDescriptor.h"
 
@@ -43,5 +44,8 @@ private:
 
 /// Whether the child has ended; it stays unreaped. True also when it is no child of ours (any more).
 [[nodiscard]] bool hasEnded(pid_t child);
+
+/// How the child ended, if it has; it stays unreaped.
+[[nodiscard]] ProcessEnd endOf(pid_t child);
 
 } // namespace orrery

@@ -18,7 +18,10 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr std::size_t pieceSize = 65536;
+constexpr auto endLookInterval = 2ms;
+constexpr ProcessEnd notStarted{ProcessEnd::Kind::NotStarted, 0};
 constexpr auto exitLookInterval = 250ms; // where the system cannot watch a process
+constexpr auto endWait = 250ms;          // after the end of the output, until the child itself has ended, too
 constexpr auto leftBehindDelay = 1s;     // after the exit, until a pipe that is still open is worth a word
 
 /// One child from its start to the end of its output. Shared, because an event may destroy its owner while it works.
@@ -35,6 +38,7 @@ private:
     void readPiece();
     bool deliverPiece(std::size_t limit);
     void deliverFailure();
+    void awaitEnd();
     void reportEnd();
     void watchExit();
     void noteExit();
@@ -47,6 +51,7 @@ private:
     bool m_listening = false;
     std::string m_path;
     std::string m_failure; // why the start failed, to be delivered
+    bool m_failed = false;
     pid_t m_pid = 0;
     bool m_handedOver = false; // the reaper has the child
     FileDescriptor m_output;
@@ -80,7 +85,7 @@ void Child::start(const std::vector<std::string>& command, ChildProcess::Events 
 
 void Child::readPiece() {
     const auto keep = shared_from_this();
-    if (!deliverPiece(pieceSize) && errno != EAGAIN && errno != EINTR) reportEnd();
+    if (!deliverPiece(pieceSize) && errno != EAGAIN && errno != EINTR) awaitEnd();
 }
 
 /// Reads once; false at the end (errno 0) or when nothing could be read.
@@ -93,11 +98,24 @@ bool Child::deliverPiece(std::size_t limit) {
     return true;
 }
 
+/// A program's descriptors are closed a moment before it has ended, and how it did is told only then.
+void Child::awaitEnd() {
+    if (hasEnded(m_pid)) {
+        reportEnd();
+        return;
+    }
+    const auto deadline = std::chrono::steady_clock::now() + endWait;
+    m_outputSource = m_loop.repeat(endLookInterval, [this, deadline] {
+        if (hasEnded(m_pid) || std::chrono::steady_clock::now() >= deadline) reportEnd();
+    });
+}
+
 void Child::reportEnd() {
     const auto keep = shared_from_this();
     m_outputSource.reset();
     m_exitSource.reset();
     deliverFailure();
+    if (m_listening && m_events.ended != nullptr) m_events.ended(m_failed ? notStarted : endOf(m_pid));
     if (std::exchange(m_listening, false)) m_events.endOfOutput();
 }
 
@@ -106,6 +124,7 @@ void Child::deliverFailure() {
         if (const auto failure = executionFailure(m_status, m_path)) m_failure = failureLine(*failure);
     }
     const std::string line = std::exchange(m_failure, {});
+    if (!line.empty()) m_failed = true;
     if (m_listening && !line.empty()) m_events.output(std::as_bytes(std::span(line)));
 }
 

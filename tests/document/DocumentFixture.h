@@ -27,7 +27,8 @@ struct FakeChildState {
     void write(const std::string& text) {
         if (listening) events.output(std::as_bytes(std::span(text)));
     }
-    void end() {
+    void end(const ProcessEnd& how = {ProcessEnd::Kind::Exited, 0}) {
+        if (listening) events.ended(how);
         if (listening) events.endOfOutput();
     }
 };

@@ -18,6 +18,7 @@ using namespace std::chrono_literals;
 struct Recorder : TaskWrapperController {
     void processStarted() override { hear("S"); }
     void appendOutput(std::string_view text) override { hear(std::string(text)); }
+    void engineEnded(const ProcessEnd& howItEnded) override { end = howItEnded; }
     void processFinished() override { hear("F"); }
     void hear(const std::string& what) {
         heard += what;
@@ -26,6 +27,7 @@ struct Recorder : TaskWrapperController {
     [[nodiscard]] bool finished() const { return heard.ends_with("F"); }
 
     std::string heard;
+    ProcessEnd end;
     std::function<void(const std::string&)> reaction;
 };
 
@@ -48,6 +50,7 @@ struct RunCase {
     const char* name;
     std::vector<std::string> arguments;
     const char* heard;
+    ProcessEnd end = {ProcessEnd::Kind::Exited, 0};
 };
 
 class WholeRun : public TaskWrapperTest, public testing::WithParamInterface<RunCase> {};
@@ -58,13 +61,15 @@ TEST_P(WholeRun, IsToldFromItsStartToItsEnd) {
     m_wrapper->stopProcess();
     m_wrapper.reset();
     EXPECT_EQ(m_recorder.heard, GetParam().heard);
+    EXPECT_EQ(engineEndInWords(m_recorder.end), engineEndInWords(GetParam().end));
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Engines, WholeRun,
     testing::Values(RunCase{"withoutArguments", {}, "Sno arguments\nF"}, RunCase{"silent", {"nothing"}, "SF"},
-                    RunCase{"onlyErrors", {"errors"}, "Sonly errors\nF"}, RunCase{"failing", {"exit", "3"}, "SF"},
-                    RunCase{"dyingBySignal", {"signal", "11"}, "Sabout to die\nF"},
+                    RunCase{"onlyErrors", {"errors"}, "Sonly errors\nF"},
+                    RunCase{"failing", {"exit", "3"}, "SF", {ProcessEnd::Kind::Exited, 3}},
+                    RunCase{"dyingBySignal", {"signal", "11"}, "Sabout to die\nF", {ProcessEnd::Kind::Signalled, 11}},
                     RunCase{"readingItsInput", {"input"}, "Sinput is empty\nF"},
                     RunCase{"splitCharacters", {"bytes", "C3BCE2889EF09F9880"}, "Sü∞😀F"},
                     RunCase{"malformedCharacters", {"bytes", "61FF62C0AF"}, "Sa\uFFFDb\uFFFD\uFFFDF"},
