@@ -61,12 +61,7 @@ DocumentWindow* DocumentController::openDocument(const std::string& path) {
     }
     m_recent.note(absolute);
     DocumentWindow* window = show(std::move(document));
-    if (const std::string& fault = window->document().unparsedFault(); !fault.empty()) {
-        window->alerts().beginSheet({"“" + coreText(shownFileName(absolute)) + "” holds no setup.",
-                                     fault + "\nThe window shows an empty setup. When you save it, the old file is "
-                                             "kept beside it, with “~” behind its name."},
-                                    {});
-    }
+    window->files().tellOfUnparsedFile();
     return window;
 }
 

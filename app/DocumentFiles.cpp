@@ -128,11 +128,20 @@ void DocumentFiles::revert() {
                         });
 }
 
+void DocumentFiles::tellOfUnparsedFile() {
+    if (m_document.unparsedFault().empty()) return;
+    tell(tr("“%1” holds no setup.").arg(displayName()),
+         m_document.unparsedFault() +
+             "\nThe window shows an empty setup. When you save it, the old file is kept beside "
+             "it, with “~” behind its name.");
+}
+
 void DocumentFiles::revertToFile() {
     try {
         m_document.revertToFile();
         noteFileDate();
         emit saved();
+        tellOfUnparsedFile();
     } catch (const std::exception& failure) {
         tell(tr("“%1” could not be read again.").arg(displayName()), failure.what());
     }

@@ -36,6 +36,8 @@ public:
     void save(Answer done); // an untitled document asks for a name
     void saveAs(Answer done);
     void revert();
+    /// Says so when the file that was read is no setup, which leaves the document empty.
+    void tellOfUnparsedFile();
 
     /// Neither unsaved changes nor a run would be lost.
     [[nodiscard]] bool mayCloseUnasked() const;

@@ -103,9 +103,9 @@ bool MyDocument::loadDataRepresentation(std::string_view bytes, std::string_view
     return true;
 }
 
-void MyDocument::readFromFile(const std::string& path) {
+void MyDocument::readFromFile(std::string path) {
     const std::string bytes = readWholeFile(path);
-    const auto before = std::exchange(m_filePath, path);
+    const auto before = std::exchange(m_filePath, std::move(path));
     try {
         loadDataRepresentation(bytes, "");
     } catch (...) {

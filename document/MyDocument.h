@@ -109,8 +109,8 @@ public:
     /// Takes over a setup file's bytes. @throws OrreryError when required elements are missing; the document is then
     /// unchanged. Bytes that do not parse are logged and give an empty setup.
     bool loadDataRepresentation(std::string_view bytes, std::string_view typeName);
-    /// Reads the file and takes its path. @throws OrreryError
-    void readFromFile(const std::string& path);
+    /// Reads the file and takes its path. By value: the caller's may be this document's own. @throws OrreryError
+    void readFromFile(std::string path);
     /// Why the file that was opened is no setup, with the place; empty when it is one, and after the next save.
     [[nodiscard]] const std::string& unparsedFault() const { return m_unparsedFault; }
     /// Writes the setup file whole, or throws OrreryError and leaves the old file. Stores the user default "lastPath".

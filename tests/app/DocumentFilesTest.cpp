@@ -91,6 +91,19 @@ TEST_F(DocumentFilesTest, RevertAsksAndReadsTheFileAgain) {
     answer(window, "revert", "Revert");
     EXPECT_EQ(window.document().theDictionary().textOrEmpty(setup_key::runLength), saved);
     EXPECT_FALSE(window.isWindowModified());
+    EXPECT_EQ(coreText(window.windowTitle()), "crop-single.orrery[*]");
+    EXPECT_EQ(window.document().filePath(), files.path() + "crop-single.orrery");
+    run(window);
+    edit(window, "43");
+    action(window, "actionSave").trigger();
+    EXPECT_NE(readWholeFile(files.path() + "crop-single.orrery").find("<RunLength>43<"), std::string::npos);
+}
+
+TEST_F(DocumentFilesTest, RevertingToWhatIsNoSetupAnyMoreIsTold) {
+    DocumentWindow& window = open("crop-single.orrery");
+    files.write("crop-single.orrery", "just text");
+    action(window, "actionRevert").trigger();
+    answer(window, "“crop-single.orrery” holds no setup.", "OK");
 }
 
 struct CloseCase {

@@ -214,6 +214,12 @@ TEST_F(EditsTest, RevertingReadsTheFileAgain) {
     EXPECT_FALSE(document.canUndo());
     document.editText(setup_key::runLength, "8");
     EXPECT_TRUE(document.isDocumentEdited()) << "observed again";
+    ASSERT_EQ(document.filePath(), path);
+    window.modalAnswer = 0; // Save
+    show(document);
+    document.runSimulation();
+    EXPECT_NE(readWholeFile(path).find("<RunLength>8<"), std::string::npos);
+    EXPECT_EQ(launcher.last().command.back(), path);
 }
 
 TEST_F(EditsTest, ARunAsksToSaveFieldsThatCountedNoChange) {
