@@ -92,9 +92,11 @@ QString PortTableModel::acceptText(const QModelIndex& index, const QString& text
     const bool isThere = static_cast<std::size_t>(index.row()) < m_document.controller(m_list).arrangedObjects().size();
     if (!isThere || text == editingText(index)) return {};
     std::string typed = coreText(text);
-    if (holdsNumbers(index.column())) {
+    if (holdsNumbers(index.column()) &&
+        !typed.empty()) { // an emptied cell holds nothing, which is no number's business
         const SequenceFormatter::Parsed parsed = SequenceFormatter::getObjectValue(typed);
         if (!parsed.value) return qtText(parsed.errorDescription);
+        typed = SequenceFormatter::stringForObjectValue(*parsed.value);
     }
     m_document.editEntry(m_list, static_cast<std::size_t>(index.row()), field(index.column()).key, std::move(typed));
     return {};

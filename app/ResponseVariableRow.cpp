@@ -1,17 +1,16 @@
 #include "app/ResponseVariableRow.h"
 
 #include "app/ElidedLabel.h"
+#include "app/NumberField.h"
 #include "app/QtColor.h"
 #include "platform/Numbers.h"
 #include "platform/qt/QtText.h"
 
 #include <QCheckBox>
 #include <QHBoxLayout>
-#include <QLineEdit>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QToolButton>
-#include <cmath>
 
 namespace orrery {
 
@@ -30,12 +29,12 @@ QIcon swatch(const QColor& color, const QSize& size, qreal pixelRatio, const QCo
 } // namespace
 
 ResponseVariableRow::ResponseVariableRow(std::size_t number, QWidget* parent)
-    : QWidget(parent), m_include(new QCheckBox(this)), m_name(new ElidedLabel(this)), m_scale(new QLineEdit(this)),
+    : QWidget(parent), m_include(new QCheckBox(this)), m_name(new ElidedLabel(this)), m_scale(new NumberField(this)),
       m_color(new QToolButton(this)) {
     makeControls();
     nameControls(number);
     connect(m_include, &QCheckBox::clicked, this, &ResponseVariableRow::included);
-    connect(m_scale, &QLineEdit::editingFinished, this, &ResponseVariableRow::valueTyped);
+    connect(m_scale, &NumberField::numberTyped, this, &ResponseVariableRow::scaleTyped);
     connect(m_color, &QToolButton::clicked, this, &ResponseVariableRow::colorAsked);
 }
 
@@ -71,8 +70,7 @@ void ResponseVariableRow::showVariable(const ResponseVariable& variable) {
     m_include->setToolTip(tr("Draw %1").arg(name));
     m_include->setChecked(variable.includep());
     m_scale->setAccessibleName(tr("Scale of %1").arg(name));
-    m_shownScale = qtText(shortestText(variable.scale()));
-    m_scale->setText(m_shownScale);
+    m_scale->showNumber(qtText(plainText(variable.scale())));
     showColor(variable.color());
 }
 
@@ -85,16 +83,6 @@ void ResponseVariableRow::showColor(const Color& color) {
 
 void ResponseVariableRow::mouseReleaseEvent(QMouseEvent* event) {
     if (m_name->geometry().contains(event->position().toPoint())) m_include->click();
-}
-
-void ResponseVariableRow::valueTyped() {
-    if (m_scale->text() == m_shownScale) return; // the focus passed through
-    const float scale = floatValue(coreText(m_scale->text()));
-    if (std::isfinite(scale)) {
-        emit scaleTyped(scale);
-    } else {
-        m_scale->setText(m_shownScale);
-    }
 }
 
 } // namespace orrery

@@ -5,12 +5,12 @@
 #include <QWidget>
 
 class QCheckBox;
-class QLineEdit;
 class QToolButton;
 
 namespace orrery {
 
 class ElidedLabel;
+class NumberField;
 
 /// The controls of one response variable: whether it is drawn, its scale and its colour. Signals come from the user
 /// alone.
@@ -34,13 +34,11 @@ private:
     void makeControls();
     void nameControls(std::size_t number);
     void showColor(const Color& color);
-    void valueTyped();
 
     QCheckBox* m_include;
     ElidedLabel* m_name;
-    QLineEdit* m_scale;
+    NumberField* m_scale;
     QToolButton* m_color;
-    QString m_shownScale; // in the field, until the user types
 };
 
 } // namespace orrery

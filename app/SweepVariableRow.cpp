@@ -1,6 +1,7 @@
 #include "app/SweepVariableRow.h"
 
 #include "app/ElidedLabel.h"
+#include "app/NumberField.h"
 #include "app/WheelGuard.h"
 #include "platform/Numbers.h"
 #include "platform/qt/QtText.h"
@@ -12,11 +13,9 @@
 #include <QComboBox>
 #include <QGridLayout>
 #include <QKeyEvent>
-#include <QLineEdit>
 #include <QSignalBlocker>
 #include <QSlider>
 #include <algorithm>
-#include <cmath>
 #include <limits>
 
 namespace orrery {
@@ -47,7 +46,7 @@ QString gridText(const IndependentVariable& variable, std::uint32_t index) {
 QString heldText(const IndependentVariable& variable) {
     const std::uint32_t index = heldIndex(variable);
     const bool onGrid = variable.constant() == heldValueAt(variable, index);
-    return onGrid ? gridText(variable, index) : qtText(shortestText(variable.constant()));
+    return onGrid ? gridText(variable, index) : qtText(plainText(variable.constant()));
 }
 
 int lastPosition(const IndependentVariable& variable) {
@@ -66,13 +65,13 @@ QString gridDescription(const IndependentVariable& variable) {
 
 SweepVariableRow::SweepVariableRow(std::size_t number, QWidget* parent)
     : QWidget(parent), m_name(new ElidedLabel(this)), m_role(new RoleChooser(this)),
-      m_slider(new QSlider(Qt::Horizontal, this)), m_field(new QLineEdit(this)) {
+      m_slider(new QSlider(Qt::Horizontal, this)), m_field(new NumberField(this)) {
     makeControls();
     nameControls(number);
     connect(m_role, &QComboBox::activated, this, [this](int role) { emit roleChosen(static_cast<unsigned>(role)); });
     connect(m_slider, &QSlider::valueChanged, this,
             [this](int position) { emit heldIndexChosen(static_cast<unsigned>(position)); });
-    connect(m_field, &QLineEdit::editingFinished, this, &SweepVariableRow::valueTyped);
+    connect(m_field, &NumberField::numberTyped, this, &SweepVariableRow::heldValueTyped);
 }
 
 void SweepVariableRow::makeControls() {
@@ -110,8 +109,7 @@ void SweepVariableRow::showVariable(const IndependentVariable& variable) {
     m_role->setCurrentIndex(variable.function() <= 2 ? static_cast<int>(variable.function()) : -1);
     m_slider->setRange(0, lastPosition(variable));
     m_slider->setValue(static_cast<int>(std::min<std::uint32_t>(heldIndex(variable), std::numeric_limits<int>::max())));
-    m_shownValue = heldText(variable);
-    m_field->setText(m_shownValue);
+    m_field->showNumber(heldText(variable));
     m_field->setToolTip(variable.stridesPerCycle() == 0
                             ? tr("The value at which it is held")
                             : tr("Drawn at %1").arg(gridText(variable, heldIndex(variable))));
@@ -135,16 +133,6 @@ void SweepVariableRow::describe(const IndependentVariable& variable) {
 void SweepVariableRow::setControlEnabled(int tag, bool enabled) {
     for (QWidget* control : {static_cast<QWidget*>(m_field), static_cast<QWidget*>(m_slider)}) {
         if (control->property("tag") == tag) control->setEnabled(enabled);
-    }
-}
-
-void SweepVariableRow::valueTyped() {
-    if (m_field->text() == m_shownValue) return; // the focus passed through
-    const float value = floatValue(coreText(m_field->text()));
-    if (std::isfinite(value)) {
-        emit heldValueTyped(value);
-    } else {
-        m_field->setText(m_shownValue);
     }
 }
 

@@ -6,12 +6,12 @@
 #include <cstdint>
 
 class QComboBox;
-class QLineEdit;
 class QSlider;
 
 namespace orrery {
 
 class ElidedLabel;
+class NumberField;
 
 /// The controls of one sweep variable: its role in the plot (tag 3) and, while it lies on no axis, the value at which
 /// it is held: a slider over the grid's values (tag 2) and a field (tag 1). Signals come from the user alone.
@@ -33,13 +33,11 @@ private:
     void makeControls();
     void nameControls(std::size_t number);
     void describe(const IndependentVariable& variable);
-    void valueTyped();
 
     ElidedLabel* m_name;
     QComboBox* m_role;
     QSlider* m_slider;
-    QLineEdit* m_field;
-    QString m_shownValue; // in the field, until the user types
+    NumberField* m_field;
 };
 
 } // namespace orrery

@@ -67,15 +67,16 @@ using Assignment = std::pair<std::string, float>;
 
 /// "NAME=NUMBER" in its two halves; the name may hold a "=" itself.
 Assignment assignment(const std::string& text, const std::string& option) {
+    std::string reason;
     const std::size_t equals = text.rfind('=');
     if (equals != std::string::npos) {
-        const std::string_view number = std::string_view(text).substr(equals + 1);
-        const ScannedFloat scanned = scanFloat(number);
-        if (scanned.length == number.size() && scanned.length > 0) {
-            return {text.substr(0, equals), scanned.value};
+        const TypedNumber number = typedNumber(std::string_view(text).substr(equals + 1));
+        if (number.value) {
+            return {text.substr(0, equals), *number.value};
         }
+        reason = ": " + number.reason;
     }
-    throw CLI::ValidationError(option, "'" + quotedForMessage(text) + "' is not of the form NAME=NUMBER");
+    throw CLI::ValidationError(option, "'" + quotedForMessage(text) + "' is not of the form NAME=NUMBER" + reason);
 }
 
 std::vector<Assignment> assignments(const std::vector<std::string>& texts, const std::string& option) {

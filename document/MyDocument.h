@@ -91,6 +91,7 @@ public:
     // -- Edits by the user, each one step of undo ------------------------------------------------------------------
     void editText(std::string_view key, std::string value); // one of the settings; the same text again is no edit
     void editStartDay(std::optional<Date> date);
+    /// Sets a field of an entry; an empty value leaves the entry without it.
     void editEntry(PortList list, std::size_t row, std::string_view key, std::string value);
     /// Appends an entry for the port, as a drop behind the last row does.
     void addPort(PortList list, const std::string& portPath);

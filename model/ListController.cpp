@@ -57,7 +57,8 @@ void ListController::move(const std::vector<std::size_t>& rows, std::size_t row)
 
 void ListController::setValue(std::size_t row, std::string_view key, std::string value) {
     if (key.empty() || row >= arrangedObjects().size()) throw AssertionFailure("No such field in the list");
-    entries()[row].set(key, std::move(value));
+    Entry& entry = entries()[row];
+    value.empty() ? entry.remove(key) : entry.set(key, std::move(value));
     show();
 }
 

@@ -32,7 +32,8 @@ public:
     void removeSelected();       // the controller's remove:
     void drop(const std::string& portPath, std::size_t row, DropOperation operation); // selection keeps its entries
     void move(const std::vector<std::size_t>& rows, std::size_t row);                 // selects the moved entries
-    /// Sets one field of an entry; an empty key or a row outside the list is a programmer's mistake.
+    /// Sets one field of an entry, or removes it when the value is empty; an empty key or a row outside the list is a
+    /// programmer's mistake.
     void setValue(std::size_t row, std::string_view key, std::string value);
     /// The list was replaced as a whole: forgets the selection and shows it anew.
     void rearrangeObjects();

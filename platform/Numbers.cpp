@@ -1,5 +1,7 @@
 #include "platform/Numbers.h"
 
+#include "platform/OrreryError.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -66,6 +68,21 @@ std::string shortest(Real value) {
     return {buffer.data(), result.ptr};
 }
 
+std::string_view trimmed(std::string_view text) {
+    const std::size_t first = text.find_first_not_of(whiteSpace);
+    return first == std::string_view::npos ? "" : text.substr(first, text.find_last_not_of(whiteSpace) - first + 1);
+}
+
+/// What to type instead, where a comma is what keeps the text from being a number.
+std::string pointForComma(std::string_view text) {
+    std::string corrected(text);
+    const std::size_t comma = corrected.find(',');
+    if (comma == std::string::npos) return {};
+    corrected[comma] = '.';
+    if (scanFloat(corrected).length != corrected.size()) return {};
+    return " Write " + corrected + ", with a decimal point.";
+}
+
 /// Passes over blanks and punctuation of the point form, then takes a number; 0 without one.
 double takeCoordinate(std::string_view& text) {
     text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r{,"), text.size()));
@@ -91,6 +108,27 @@ std::string shortestText(float value) {
 }
 std::string shortestText(double value) {
     return shortest(value);
+}
+
+std::string plainText(float value) {
+    constexpr float smallest = 1e-5F;
+    constexpr float largest = 1e9F;
+    const float size = std::fabs(value);
+    if (!(size >= smallest && size <= largest)) return shortest(value);
+    std::array<char, 40> buffer{};
+    const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::fixed);
+    return {buffer.data(), result.ptr};
+}
+
+TypedNumber typedNumber(std::string_view text) {
+    const std::string_view number = trimmed(text);
+    if (number.empty()) return {std::nullopt, "There is no number."};
+    const ScannedFloat scanned = scanFloat(number);
+    const std::string quoted = "\u201c" + quotedForMessage(std::string(number)) + "\u201d";
+    if (scanned.length != number.size()) return {std::nullopt, quoted + " is not a number." + pointForComma(number)};
+    // It would be shown as "inf", which reads back as no number at all.
+    if (!std::isfinite(scanned.value)) return {std::nullopt, quoted + " is too large a number."};
+    return {scanned.value, {}};
 }
 
 Point pointFromString(std::string_view text) {

@@ -26,6 +26,19 @@ struct ScannedFloat {
 [[nodiscard]] std::string shortestText(float value);
 [[nodiscard]] std::string shortestText(double value);
 
+/// The shortest decimal text that reads back as the same single, as a person writes it: without an exponent from
+/// 0.00001 to 1,000,000,000.
+[[nodiscard]] std::string plainText(float value);
+
+/// A text that a person typed where one number is wanted.
+struct TypedNumber {
+    std::optional<float> value; // the number, or
+    std::string reason;         // a sentence about why there is none
+};
+
+/// Takes exactly one number, white space around it allowed, within the range of a single.
+[[nodiscard]] TypedNumber typedNumber(std::string_view text);
+
 /// A pair of numbers in braces, "{ 1, 1 }".
 struct Point {
     double x = 0;

@@ -19,6 +19,7 @@
 #include <QScreen>
 #include <QSlider>
 #include <QToolButton>
+#include <QToolTip>
 #include <cmath>
 
 namespace orrery::test {
@@ -145,13 +146,31 @@ TEST_F(PlotTabTest, TheHeldValueIsTheOneThatIsDrawnWhetherPickedOrTyped) {
         EXPECT_EQ(heldIndex(irrigation), static_cast<std::uint32_t>(i)) << "typed " << text.toStdString();
         EXPECT_EQ(slider.value(), i);
     }
-    type(field, "0.27 mm");
+    type(field, " 0.27 ");
     EXPECT_EQ(irrigation.constant(), 0.27F);
     EXPECT_EQ(field.text(), "0.27");
     EXPECT_EQ(slider.value(), static_cast<int>(heldIndex(irrigation)));
-    type(field, "1e99");
-    EXPECT_EQ(irrigation.constant(), 0.27F) << "no number to hold a variable at";
-    EXPECT_EQ(field.text(), "0.27");
+}
+
+TEST_F(PlotTabTest, AHeldValueOrScaleThatIsNoNumberIsRefusedWithTheReason) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"0,5", "“0,5” is not a number. Write 0.5, with a decimal point."},
+        {"0.27 mm", "“0.27 mm” is not a number."},
+        {"1e99", "“1e99” is too large a number."},
+        {" ", "There is no number."},
+    };
+    DocumentWindow& window = openPlot(oneStepper);
+    for (QLineEdit* field : {&heldField(window, 0), &find<QLineEdit>(window, "responseScale0")}) {
+        const QString before = field->text();
+        for (const auto& [typed, reason] : cases) {
+            type(*field, typed);
+            EXPECT_TRUE(waitFor([reason = QString(reason)] { return QToolTip::text() == reason; })) << typed;
+            EXPECT_EQ(field->text(), before);
+        }
+    }
+    EXPECT_EQ(window.document().dependentVariables()[0].scale(), 1);
+    EXPECT_EQ(heldIndex(window.document().independentVariables()[0]),
+              static_cast<std::uint32_t>(heldSlider(window, 0).value()));
 }
 
 TEST_F(PlotTabTest, ScaleAndColourChangeTheCurveAndCopiesFollow) {

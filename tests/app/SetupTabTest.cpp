@@ -32,13 +32,13 @@ protected:
     void press(const QString& key) { xdotool({"key", key}); }
 };
 
-TEST_F(SetupTabTest, NumbersAreCheckedInTheirCellsAndKeptAsTyped) {
+TEST_F(SetupTabTest, NumbersAreCheckedInTheirCellsAndKeptAsNumbers) {
     openSample("insect-two-steppers.orrery");
     PortTableView& steppers = table("stepperTable");
-    typeInto(steppers, 0, 1, {"type", "1.50"});
+    typeInto(steppers, 0, 1, {"type", " 1.50"});
     press("Tab"); // goes on to the step
     ASSERT_TRUE(waitFor([&] { return steppers.currentIndex().column() == 2; }));
-    EXPECT_THAT(fieldsOf(PortList::Steppers, "start"), ElementsAre("1.50", "0.1"));
+    EXPECT_THAT(fieldsOf(PortList::Steppers, "start"), ElementsAre("1.5", "0.1"));
     type("12abc");
     ASSERT_TRUE(waitFor([] { return QToolTip::isVisible(); }));
     EXPECT_EQ(QToolTip::text(), "Couldn't convert  to float");
@@ -47,6 +47,24 @@ TEST_F(SetupTabTest, NumbersAreCheckedInTheirCellsAndKeptAsTyped) {
     typeInto(table("inputTable"), 0, 1, {"type", "{2, 3}"}); // a pair is no number, and needs to be none
     press("Return");
     ASSERT_TRUE(waitFor([&] { return fieldsOf(PortList::Initializations, "coordinates").front() == "{2, 3}"; }));
+}
+
+TEST_F(SetupTabTest, EveryCellCanBeEmptiedAndIsThenWithoutItsKeyUntilThatIsUndone) {
+    openSample("insect-two-steppers.orrery");
+    window->document().addPort(PortList::Outputs, "/Orchard/Moth/Eggs/count");
+    window->document().editEntry(PortList::Outputs, 0, "outputPath", "a.txt");
+    for (const char* name : {"outputTable", "inputTable", "stepperTable"}) {
+        PortTableView& view = table(name);
+        ListController& list = window->document().controller(view.portList());
+        for (int column = 0; column < view.model()->columnCount(); ++column) {
+            const Entry before = list.arrangedObjects().front();
+            typeInto(view, 0, column, {"BackSpace", "Return"});
+            const bool emptied = waitFor([&] { return list.arrangedObjects().front().size() == before.size() - 1; });
+            ASSERT_TRUE(emptied) << name << ' ' << column;
+            window->document().undo();
+            EXPECT_EQ(list.arrangedObjects().front(), before);
+        }
+    }
 }
 
 TEST_F(SetupTabTest, OldBracesAreEditedAwayOnlyWhenTheValueIsChanged) {

@@ -58,7 +58,9 @@ INSTANTIATE_TEST_SUITE_P(
         Refusal{"initWithoutValue", 2, {"new", "o", "--model", "m", "--init", "/A/b"}, "PORT=VALUE"},
         Refusal{"stepOfTwo", 2, {"new", "o", "--model", "m", "--step", "/A/b=0:1"}, "START:STEP:STOP"},
         Refusal{"stepOfFour", 2, {"new", "o", "--model", "m", "--step", "/A/b=0:1:2:3"}, "START:STEP:STOP"},
-        Refusal{"holdWithoutNumber", 2, plotWith({"--hold", "day=x"}), "NAME=NUMBER"}),
+        Refusal{"holdWithoutNumber", 2, plotWith({"--hold", "day=x"}), "NAME=NUMBER: \u201cx\u201d is not"},
+        Refusal{"scaleWithComma", 2, plotWith({"--scale", "#0=0,5"}), "Write 0.5, with a decimal point."},
+        Refusal{"scaleBeyondTheRange", 2, plotWith({"--scale", "#0=1e99"}), "too large"}),
     [](const auto& row) { return row.param.name; });
 
 INSTANTIATE_TEST_SUITE_P(
