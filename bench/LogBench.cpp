@@ -27,7 +27,7 @@ std::string piece() {
 
 void fill(LogView& view, std::uint64_t bytes, bool oneLine) {
     const std::string text = oneLine ? std::string(1U << 16U, 'x') : piece();
-    while (view.logText().size() < bytes)
+    while (view.logText().end() < bytes)
         view.appendString(text);
 }
 
@@ -35,7 +35,7 @@ void append(benchmark::State& state) {
     LogView view;
     const std::string text = piece();
     while (state.KeepRunning()) {
-        if (view.logText().size() >= (1ULL << 30U)) {
+        if (view.logText().end() >= (1ULL << 30U)) {
             state.PauseTiming();
             view.setString("");
             state.ResumeTiming();

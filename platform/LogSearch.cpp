@@ -25,8 +25,8 @@ std::optional<std::size_t> LogPattern::matchAt(std::string_view bytes, std::size
 
 LogSearch::LogSearch(const LogText& text, LogPattern pattern, std::uint64_t start, SearchDirection direction)
     : m_text(text), m_pattern(std::move(pattern)), m_direction(direction) {
-    const Range before{0, std::min(start, text.size())};
-    const Range behind{before.end, text.size()};
+    const Range before{text.begin(), std::clamp(start, text.begin(), text.end())};
+    const Range behind{before.end, text.end()};
     if (direction == SearchDirection::Forward) {
         m_ranges = {behind, before};
     } else {
@@ -53,6 +53,7 @@ LogSearch::Range LogSearch::takeWindow(Range& range) const {
 }
 
 bool LogSearch::searchWindow(Range window) {
+    window.begin = std::min(std::max(window.begin, m_text.begin()), window.end); // what was dropped meanwhile
     const std::string bytes = m_text.bytes(window.begin, window.end + m_pattern.longestMatch() - 1);
     const std::size_t count = window.end - window.begin;
     for (std::size_t i = 0; i < count; ++i) {

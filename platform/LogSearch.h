@@ -32,7 +32,8 @@ private:
 enum class SearchDirection { Forward, Backward };
 
 /// A search through a text in steps, once around: from the start to the text's end (or begin), and from the other side
-/// to the start. What is appended meanwhile is not searched. The text lives longer, and is not cleared meanwhile.
+/// to the start. What is appended meanwhile is not searched, nor what is dropped. The text lives longer, and is not
+/// cleared meanwhile.
 class LogSearch {
 public:
     enum class State { Running, Found, NotFound };

@@ -1,8 +1,10 @@
 #pragma once
 
+#include "platform/LogBytes.h"
+
 #include <cstddef>
 #include <cstdint>
-#include <memory>
+#include <deque>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -10,14 +12,17 @@
 
 namespace orrery {
 
-/// A growing text, divided into rows for display. Made for gigabytes: the bytes are held once, and an append costs no
-/// more than its piece.
+/// A growing text, divided into rows for display. Made for gigabytes: up to a limit in memory, the older text in a
+/// file; an append costs no more than its piece.
 ///
 /// A row ends at "\n", "\r\n" or "\r", or after `longestRow` bytes, between two characters. There is always a last row,
 /// which may be empty. A "\r" at the very end ends no row yet, since a "\n" may follow.
+/// Where the disk has no room the oldest text is dropped. The other offsets and the numbers of the other rows stay, and
+/// the text then begins with a row that says how much is gone.
 class LogText {
 public:
     static constexpr std::uint64_t longestRow = 2048;
+    static constexpr std::uint64_t defaultMemoryLimit = 256U << 20U;
 
     /// Offsets of bytes; the end is without the line end.
     struct Row {
@@ -26,44 +31,60 @@ public:
         friend bool operator==(const Row&, const Row&) = default;
     };
 
+    /// @param memoryLimit at least 1 MB
+    explicit LogText(LogStoreMaker makeStore = {}, std::uint64_t memoryLimit = defaultMemoryLimit);
+
     void clear();
     void append(std::string_view piece);
 
-    [[nodiscard]] std::uint64_t size() const { return m_size; } // bytes
-    [[nodiscard]] std::uint64_t rowCount() const { return m_rowCount; }
+    [[nodiscard]] std::uint64_t begin() const; // offset of the first byte that is still there
+    [[nodiscard]] std::uint64_t end() const { return m_bytes.end(); }
+    [[nodiscard]] std::uint64_t firstRow() const; // its number
+    [[nodiscard]] std::uint64_t endRow() const { return m_endRow; }
     [[nodiscard]] std::uint64_t widestRow() const { return m_widest; } // bytes
 
-    /// Up to `count` rows from the row `first`.
+    /// Up to `count` rows from the row `first`, or from the first one that is still there.
     [[nodiscard]] std::vector<Row> rows(std::uint64_t first, std::size_t count) const;
     /// The number of the row in which the offset lies, line end included.
     [[nodiscard]] std::uint64_t rowAt(std::uint64_t offset) const;
 
-    /// The longest stretch of bytes from the offset that lies in one block; empty only at the end.
-    [[nodiscard]] std::string_view blockFrom(std::uint64_t offset) const;
+    /// What is there of the stretch; a question mark for each byte that cannot be read back from the disk. The only
+    /// member that may be called on several threads at once, while nothing is appended.
     [[nodiscard]] std::string bytes(std::uint64_t begin, std::uint64_t end) const;
+    /// The same, or nothing when some of it cannot be read back.
+    [[nodiscard]] std::optional<std::string> wholeBytes(std::uint64_t begin, std::uint64_t end) const;
 
 private:
-    static constexpr std::uint64_t blockSize = 1U << 18U;
-    static constexpr std::uint64_t rowsPerCheckpoint = 64;
+    static constexpr std::uint64_t bytesPerCheckpoint = 1U << 16U;
 
     struct Break {
         std::uint64_t end = 0;  // of the row
         std::uint64_t next = 0; // where the next one begins
     };
+    struct Checkpoint {
+        std::uint64_t row = 0;
+        std::uint64_t begin = 0;
+    };
 
     [[nodiscard]] std::optional<std::uint64_t> find(char byte, std::uint64_t begin, std::uint64_t end) const;
-    [[nodiscard]] char at(std::uint64_t offset) const { return blockFrom(offset).front(); }
+    [[nodiscard]] char at(std::uint64_t offset) const { return m_bytes.blockFrom(offset).front(); }
     [[nodiscard]] std::optional<Break> breakOf(std::uint64_t rowBegin, std::uint64_t searched) const;
     [[nodiscard]] std::uint64_t betweenCharacters(std::uint64_t offset) const;
     void indexRows();
+    void endLastRow(Break at);
+    void endPlainRows();
+    void forgetDroppedRows();
+    bool copy(std::uint64_t begin, std::uint64_t end, std::string& bytes) const;
 
-    std::vector<std::unique_ptr<char[]>> m_blocks;
-    std::uint64_t m_size = 0;
-    std::uint64_t m_rowCount = 1;
+    LogStoreMaker m_makeStore;
+    std::uint64_t m_memoryLimit;
+    LogBytes m_bytes;
+    std::uint64_t m_endRow = 1;
     std::uint64_t m_lastRow = 0;  // where it begins
     std::uint64_t m_searched = 0; // no line end lies between m_lastRow and here
     std::uint64_t m_widest = 0;
-    std::vector<std::uint64_t> m_checkpoints{0}; // where each 64th row begins
+    std::deque<Checkpoint> m_checkpoints{{}}; // the first row that is there, and the first in each further 64 KB
+    std::string m_notice;                     // the text's first row, once something is dropped
 };
 
 } // namespace orrery

@@ -2,6 +2,8 @@
 
 #include "platform/OrreryError.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -129,6 +131,17 @@ TypedNumber typedNumber(std::string_view text) {
     // It would be shown as "inf", which reads back as no number at all.
     if (!std::isfinite(scanned.value)) return {std::nullopt, quoted + " is too large a number."};
     return {scanned.value, {}};
+}
+
+std::string sizeText(std::uint64_t bytes) {
+    constexpr std::array<const char*, 7> units = {"bytes", "kB", "MB", "GB", "TB", "PB", "EB"};
+    auto amount = static_cast<double>(bytes);
+    std::size_t unit = 0;
+    for (; amount >= 1000; ++unit) {
+        amount /= 1000;
+    }
+    const double steps = amount < 10 ? 10 : 1;
+    return fmt::format("{} {}", std::floor(amount * steps) / steps, units.at(unit));
 }
 
 Point pointFromString(std::string_view text) {

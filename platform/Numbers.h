@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -38,6 +39,9 @@ struct TypedNumber {
 
 /// Takes exactly one number, white space around it allowed, within the range of a single.
 [[nodiscard]] TypedNumber typedNumber(std::string_view text);
+
+/// An amount of bytes as "51 GB", "1.2 MB" or "12 bytes", rounded down.
+[[nodiscard]] std::string sizeText(std::uint64_t bytes);
 
 /// A pair of numbers in braces, "{ 1, 1 }".
 struct Point {

@@ -16,6 +16,10 @@ void runTogether(unsigned count, const std::function<void(unsigned)>& work);
 /// exception of either leaves the call then. Where the system gives no thread, work() runs here and nobody waits.
 void runBeside(const std::function<void()>& work, const std::function<void()>& waiting);
 
+/// Calls work() on another thread, and does not wait for it. It throws nothing and touches nothing of this thread's;
+/// the program's end may cut it off. Where the system gives no thread, it runs here.
+void runApart(const std::function<void()>& work);
+
 /// How many parts a calculation is worth that can be cut into pieces of which each pays for a thread's start: at least
 /// 1, at most `most` and the number of the machine's processors.
 [[nodiscard]] unsigned workersFor(std::size_t pieces, unsigned most = 4);

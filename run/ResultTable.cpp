@@ -1,5 +1,6 @@
 #include "run/ResultTable.h"
 
+#include "platform/Numbers.h"
 #include "platform/Workers.h"
 #include "run/TableReading.h"
 
@@ -7,25 +8,12 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <limits>
 #include <new>
 
 namespace orrery {
 
 namespace {
-
-/// "51 GB", "1.2 MB", "12 bytes", rounded down.
-std::string sizeText(std::uint64_t bytes) {
-    constexpr std::array<const char*, 7> units = {"bytes", "kB", "MB", "GB", "TB", "PB", "EB"};
-    auto amount = static_cast<double>(bytes);
-    std::size_t unit = 0;
-    for (; amount >= 1000; ++unit) {
-        amount /= 1000;
-    }
-    const double steps = amount < 10 ? 10 : 1;
-    return fmt::format("{} {}", std::floor(amount * steps) / steps, units.at(unit));
-}
 
 [[noreturn]] void throwDoesNotFit(const TableShape& shape, std::uint64_t bytes, std::uint64_t available) {
     throw OrreryError(fmt::format("The results, {} rows of {} values, would need {} of memory, but only {} are free.",

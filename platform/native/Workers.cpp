@@ -46,6 +46,15 @@ void startThreads(std::vector<std::thread>& threads, unsigned count, const std::
 
 } // namespace
 
+void runApart(const std::function<void()>& work) {
+    const SignalsBlocked blocked;
+    try {
+        std::thread(work).detach();
+    } catch (const std::exception&) {
+        work();
+    }
+}
+
 void runTogether(unsigned count, const std::function<void(unsigned)>& work) {
     std::vector<std::exception_ptr> failures(count);
     const std::function<void(unsigned)> run = [&](unsigned part) {

@@ -87,7 +87,7 @@ bool LogView::find(const QString& text, FindStart start) {
     if (text.isEmpty()) return false;
     const bool backward = start == FindStart::Previous;
     std::uint64_t from = start == FindStart::Next ? selection().end : selection().begin;
-    if (const auto top = m_text.rows(firstRow(), 1); !hasSelection() && !top.empty()) from = top.front().begin;
+    if (const auto top = m_text.rows(m_scroll.top(), 1); !hasSelection() && !top.empty()) from = top.front().begin;
     m_search = std::make_unique<LogSearch>(m_text, patternFor(text), from,
                                            backward ? SearchDirection::Backward : SearchDirection::Forward);
     m_searchTimer.start(0, this);
@@ -116,7 +116,7 @@ void LogView::searchSlice() {
 }
 
 void LogView::selectAll() {
-    select(0, m_text.size());
+    select(m_text.begin(), m_text.end());
     keepPrimarySelection();
 }
 
@@ -144,11 +144,12 @@ QString LogView::selectedText() const {
 }
 
 QString LogView::text(std::uint64_t lastBytes) const {
-    return qtText(m_text.bytes(m_text.size() - std::min(lastBytes, m_text.size()), m_text.size()));
+    return qtText(m_text.bytes(m_text.end() - std::min(lastBytes, m_text.end()), m_text.end()));
 }
 
 LogText::Row LogView::selection() const {
-    return {std::min(m_anchor, m_caret), std::max(m_anchor, m_caret)};
+    const auto [begin, end] = std::minmax(m_anchor, m_caret);
+    return {std::max(begin, m_text.begin()), std::max(end, m_text.begin())}; // the rest is dropped
 }
 
 void LogView::select(std::uint64_t anchor, std::uint64_t caret) {
@@ -165,18 +166,15 @@ void LogView::measureFont() {
 
 void LogView::updateScrollBars() {
     const bool follows = m_follows && !m_dragging;
-    constexpr std::uint64_t most = std::numeric_limits<int>::max();
-    const int rows = static_cast<int>(std::min(m_text.rowCount(), most));
     const int columns = std::max(static_cast<int>(m_text.widestRow()), m_widestSeen);
-    verticalScrollBar()->setPageStep(pageRows());
-    verticalScrollBar()->setRange(0, std::max(rows - pageRows(), 0));
+    m_scroll.setRows(m_text.firstRow(), m_text.endRow(), pageRows());
     horizontalScrollBar()->setPageStep(pageColumns());
     horizontalScrollBar()->setRange(0, std::max(columns - pageColumns(), 0));
-    if (follows) verticalScrollBar()->setValue(verticalScrollBar()->maximum());
+    if (follows) m_scroll.scrollToEnd();
 }
 
-void LogView::scrollContentsBy(int, int dy) {
-    if (dy != 0) m_follows = verticalScrollBar()->value() == verticalScrollBar()->maximum();
+void LogView::scrollContentsBy(int, int) {
+    if (m_scroll.takeValue()) m_follows = m_scroll.isAtEnd();
     viewport()->update();
 }
 
@@ -186,9 +184,7 @@ void LogView::reveal(LogText::Row range) {
     updateScrollBars();
     const std::uint64_t row = m_text.rowAt(range.begin);
     const auto page = static_cast<std::uint64_t>(pageRows());
-    if (row < firstRow() || row >= firstRow() + page) {
-        verticalScrollBar()->setValue(static_cast<int>(row - std::min(row, page / 2)));
-    }
+    if (row < m_scroll.top() || row >= m_scroll.top() + page) m_scroll.scrollTo(row - std::min(row, page / 2));
     const LogText::Row shown = m_text.rows(row, 1).front();
     showColumns(columnOf(shown, range.begin), columnOf(shown, std::min(range.end, shown.end)));
 }

@@ -3,6 +3,7 @@
 #include "platform/LogSearch.h"
 #include "platform/LogText.h"
 #include "platform/Outlets.h"
+#include "platform/qt/LogScroll.h"
 
 #include <QAbstractScrollArea>
 #include <QBasicTimer>
@@ -17,8 +18,8 @@ namespace orrery {
 /// Where a search begins: behind the selection, before it, or at its begin again while the text to find is being typed.
 enum class FindStart { Next, Previous, Here };
 
-/// The engine's text in a monospaced font, read-only and made for gigabytes: an append costs its piece, a repaint the
-/// visible rows.
+/// The engine's text in a monospaced font, read-only and made for gigabytes, of which most lie on the disk: an append
+/// costs its piece, a repaint the visible rows.
 ///
 /// Follows the end until the user scrolls up, and again from the end. A line longer than LogText::longestRow goes on in
 /// the next row. Used on the main thread.
@@ -41,7 +42,7 @@ public:
     void selectAll();
     /// Puts the selection on the clipboard; what is too much for it is refused with noticed().
     void copy();
-    [[nodiscard]] bool hasSelection() const { return m_anchor != m_caret; }
+    [[nodiscard]] bool hasSelection() const { return selectedLength() > 0; }
     [[nodiscard]] std::uint64_t selectedLength() const { return selection().end - selection().begin; } // bytes
     [[nodiscard]] QString selectedText() const;
     /// The end of the text, whole lines or not.
@@ -82,14 +83,14 @@ private:
     void keepPrimarySelection() const;
     [[nodiscard]] int pageRows() const;
     [[nodiscard]] int pageColumns() const;
-    [[nodiscard]] std::uint64_t firstRow() const;
     [[nodiscard]] std::uint64_t rowUnder(int y) const;
     [[nodiscard]] std::uint64_t offsetAt(QPoint position) const;
     [[nodiscard]] qreal left(int column) const; // where it is in the viewport
     void paintRow(QPainter& painter, LogText::Row row, int top);
     void fillLineEnd(QPainter& painter, LogText::Row row, int column, int top) const;
 
-    LogText m_text;
+    LogText m_text{makeLogStore};
+    LogScroll m_scroll{*verticalScrollBar()};
     std::unique_ptr<LogSearch> m_search;
     std::uint64_t m_anchor = 0; // the selection lies between these two
     std::uint64_t m_caret = 0;

@@ -64,7 +64,7 @@ void LogView::contextMenuEvent(QContextMenuEvent* event) {
     add("logCopy", tr("Copy"), QKeySequence::Copy, [this] { copy(); })->setEnabled(hasSelection());
     add("logSelectAll", tr("Select All"), QKeySequence::SelectAll, [this] {
         selectAll();
-    })->setEnabled(m_text.size() > 0);
+    })->setEnabled(m_text.end() > m_text.begin());
     menu->addSeparator();
     add("logSaveAs", tr("Save Log As…"), QKeySequence::UnknownKey, [this] { emit saveRequested(); });
     add("logFind", tr("Find…"), QKeySequence::Find, [this] { emit findRequested(); });

@@ -52,18 +52,15 @@ int LogView::pageColumns() const {
     return std::max(static_cast<int>((viewport()->width() - 2 * margin) / m_cellWidth), 1);
 }
 
-std::uint64_t LogView::firstRow() const {
-    return static_cast<std::uint64_t>(verticalScrollBar()->value());
-}
-
 qreal LogView::left(int column) const {
     return margin + (column - horizontalScrollBar()->value()) * m_cellWidth;
 }
 
 std::uint64_t LogView::rowUnder(int y) const {
-    const auto row =
-        verticalScrollBar()->value() + static_cast<std::int64_t>(std::floor(y / static_cast<double>(m_rowHeight)));
-    return std::min(static_cast<std::uint64_t>(std::max<std::int64_t>(row, 0)), m_text.rowCount() - 1);
+    const auto below = static_cast<std::int64_t>(std::floor(y / static_cast<double>(m_rowHeight)));
+    const auto row = static_cast<std::int64_t>(m_scroll.top()) + below;
+    return std::clamp(static_cast<std::uint64_t>(std::max<std::int64_t>(row, 0)), m_text.firstRow(),
+                      m_text.endRow() - 1);
 }
 
 /// The border between two characters that is nearest.
@@ -84,7 +81,7 @@ void LogView::paintEvent(QPaintEvent* event) {
     const int count = event->rect().bottom() / m_rowHeight - first + 1;
     int top = first * m_rowHeight;
     for (const LogText::Row& row :
-         m_text.rows(firstRow() + static_cast<std::uint64_t>(first), static_cast<std::size_t>(count))) {
+         m_text.rows(m_scroll.top() + static_cast<std::uint64_t>(first), static_cast<std::size_t>(count))) {
         paintRow(painter, row, top);
         top += m_rowHeight;
     }
@@ -112,8 +109,8 @@ void LogView::paintRow(QPainter& painter, LogText::Row row, int top) {
 void LogView::fillLineEnd(QPainter& painter, LogText::Row row, int column, int top) const {
     const LogText::Row selected = selection();
     if (row.end < selected.begin || row.end >= selected.end) return;
-    const char byte = m_text.blockFrom(row.end).front();
-    if (byte != '\n' && byte != '\r') return; // the line goes on in the next row
+    const std::string byte = m_text.bytes(row.end, row.end + 1);
+    if (byte != "\n" && byte != "\r") return; // the line goes on in the next row
     painter.fillRect(QRectF(left(column), top, m_cellWidth / 2, m_rowHeight), palette().highlight());
 }
 

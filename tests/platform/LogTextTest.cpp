@@ -3,6 +3,7 @@
 #include "platform/Files.h"
 #include "platform/LogFile.h"
 #include "platform/LogSearch.h"
+#include "platform/OrreryError.h"
 #include "platform/Workers.h"
 #include "support/TemporaryFolder.h"
 
@@ -21,7 +22,7 @@ using Rows = std::vector<std::string>;
 
 Rows rowsOf(const LogText& text) {
     Rows rows;
-    for (const LogText::Row& row : text.rows(0, text.rowCount()))
+    for (const LogText::Row& row : text.rows(0, text.endRow()))
         rows.push_back(text.bytes(row.begin, row.end));
     return rows;
 }
@@ -42,8 +43,8 @@ TEST_P(LogRows, AreTheSameHoweverTheTextArrives) {
         for (std::size_t i = 0; i < GetParam().text.size(); i += length)
             text.append(GetParam().text.substr(i, length));
         EXPECT_EQ(rowsOf(text), GetParam().rows) << "in pieces of " << length;
-        EXPECT_EQ(text.rowCount(), GetParam().rows.size());
-        EXPECT_EQ(text.bytes(0, text.size()), GetParam().text);
+        EXPECT_EQ(text.endRow(), GetParam().rows.size());
+        EXPECT_EQ(text.bytes(0, text.end()), GetParam().text);
     }
 }
 
@@ -73,7 +74,7 @@ TEST(LogText, FindsRowsFarIntoManyBlocks) {
         text.append(line);
         size += line.size();
     }
-    ASSERT_EQ(text.rowCount(), 50'001U);
+    ASSERT_EQ(text.endRow(), 50'001U);
     EXPECT_EQ(text.widestRow(), 39U);
     for (const std::uint64_t row : {0U, 1U, 63U, 64U, 65U, 12'345U, 49'999U}) {
         EXPECT_EQ(text.rows(row, 1).at(0), (LogText::Row{begins[row], begins[row] + row % 40}));
@@ -127,7 +128,7 @@ TEST(LogSearch, FindsAcrossTheBordersOfBlocksAndSteps) {
         text.append(std::string(begin, '.'));
         text.append("needle");
         text.append(std::string(3U << 20U, '.'));
-        for (const std::uint64_t start : {std::uint64_t{0}, begin + 1, text.size()}) {
+        for (const std::uint64_t start : {std::uint64_t{0}, begin + 1, text.end()}) {
             EXPECT_EQ(found(text, pattern("needle"), start, SearchDirection::Forward), begin);
             EXPECT_EQ(found(text, pattern("needle"), start, SearchDirection::Backward), begin);
         }
@@ -139,6 +140,123 @@ TEST(LogSearch, FormsOfACharacterMayDifferInLength) {
     text.append("xⱥȺx");
     const LogPattern twice({{"ⱥ", "Ⱥ"}, {"ⱥ", "Ⱥ"}});
     EXPECT_EQ(found(text, twice, 0, SearchDirection::Forward), 1U);
+}
+
+class PatientPanel : public WaitPanel {
+public:
+    void begin(std::string_view) override {}
+    bool update(double) override { return true; }
+    void end() override {}
+};
+
+/// A disk of some blocks, for bytes whose offsets go up. Makes holes, or gives all its room back at once.
+class SmallDisk : public LogStore {
+public:
+    SmallDisk(std::size_t capacity, bool makesHoles) : m_capacity(capacity), m_makesHoles(makesHoles) {}
+    bool write(std::uint64_t offset, std::string_view bytes) override {
+        if (m_bytes.size() + bytes.size() > m_capacity) return false;
+        if (m_bytes.empty()) m_begin = offset;
+        EXPECT_EQ(offset, m_begin + m_bytes.size());
+        m_bytes += bytes;
+        return true;
+    }
+    bool read(std::uint64_t offset, std::span<char> bytes) const override {
+        if (offset < m_begin || offset + bytes.size() > m_begin + m_bytes.size()) return false;
+        return m_bytes.copy(bytes.data(), bytes.size(), offset - m_begin) == bytes.size();
+    }
+    std::uint64_t dropBefore(std::uint64_t offset) override {
+        const std::uint64_t end = m_makesHoles ? std::min(offset, m_begin + m_bytes.size()) : m_begin + m_bytes.size();
+        m_bytes.erase(0, end - std::min(m_begin, end));
+        return m_begin = std::max(end, m_begin);
+    }
+
+private:
+    std::size_t m_capacity;
+    bool m_makesHoles;
+    std::uint64_t m_begin = 0;
+    std::string m_bytes;
+};
+
+constexpr std::uint64_t leastMemory = 4 * LogBytes::blockSize;
+
+struct LongLogCase {
+    const char* name;
+    LogStoreMaker makeStore;
+    std::string line; // again and again
+    std::string gone; // how much of 12 MB, as the first row says
+};
+void PrintTo(const LongLogCase& row, std::ostream* out) {
+    *out << row.name;
+}
+LogStoreMaker smallDisk(std::size_t blocks, bool makesHoles) {
+    return [=] { return std::make_unique<SmallDisk>(blocks * LogBytes::blockSize, makesHoles); };
+}
+
+class LongLog : public testing::TestWithParam<LongLogCase> {};
+
+TEST_P(LongLog, IsReadFoundAndSavedAsFarBackAsThereIsRoom) {
+    const std::string& line = GetParam().line;
+    std::string all;
+    while (all.size() < 12'000'000)
+        all += line;
+    all += "needle";
+    LogText text(GetParam().makeStore, leastMemory);
+    for (std::size_t at = 0; at < all.size(); at += 65'000)
+        text.append(std::string_view(all).substr(at, 65'000));
+    std::string kept = all;
+    std::string notice;
+    if (!GetParam().gone.empty()) {
+        const auto first = text.rows(0, 2);
+        ASSERT_EQ(first.at(0).begin, text.begin());
+        notice = text.bytes(first[0].begin, first[1].begin);
+        EXPECT_THAT(notice, testing::StartsWith("[" + GetParam().gone + " of older text left out here: "));
+        kept.erase(0, first[1].begin);
+        EXPECT_TRUE(line.size() > LogText::longestRow || kept.starts_with(line)) << "from the begin of a row";
+        EXPECT_EQ(text.firstRow() + 1, text.rowAt(first[1].begin));
+    }
+    EXPECT_TRUE(text.bytes(0, text.end()) == notice + kept);
+    EXPECT_EQ(found(text, pattern("NEEDLE"), 0, SearchDirection::Forward), all.size() - 6);
+    if (line.size() < LogText::longestRow) {
+        for (const std::uint64_t part : {1U, 2U, 3U}) {
+            const std::uint64_t row = text.firstRow() + (text.endRow() - text.firstRow()) / 4 * part;
+            const std::uint64_t begin = row * line.size();
+            EXPECT_EQ(text.rows(row, 1).at(0), (LogText::Row{begin, begin + line.size() - 1}));
+            EXPECT_EQ(text.rowAt(begin + line.size() - 1), row);
+        }
+    }
+    const test::TemporaryFolder folder;
+    PatientPanel panel;
+    EXPECT_TRUE(saveLog(text, folder.path() + "log.txt", panel));
+    EXPECT_TRUE(readWholeFile(folder.path() + "log.txt") == notice + kept);
+    text.clear();
+    EXPECT_EQ(rowsOf(text), Rows{""});
+}
+
+INSTANTIATE_TEST_SUITE_P(Rooms, LongLog,
+                         testing::Values(LongLogCase{"onTheDisk", makeLogStore, "a line of some words\n", ""},
+                                         LongLogCase{"endlessLine", makeLogStore, std::string(5000, 'x'), ""},
+                                         LongLogCase{"emptyLines", makeLogStore, "\n", ""},
+                                         LongLogCase{"noPlace", {}, "a line of some words\n", "11 MB"},
+                                         LongLogCase{"full", smallDisk(20, true), "a line of some words\n", "8.3 MB"},
+                                         LongLogCase{"fullWithoutHoles", smallDisk(20, false), "\n", "10 MB"},
+                                         LongLogCase{"fullFromTheBegin", smallDisk(0, true), std::string(5000, 'x'),
+                                                     "11 MB"}),
+                         [](const auto& row) { return row.param.name; });
+
+TEST(SaveLog, RefusesWhatCannotBeReadBack) {
+    class BadDisk : public SmallDisk {
+    public:
+        BadDisk() : SmallDisk(1U << 30U, true) {}
+        bool read(std::uint64_t, std::span<char>) const override { return false; }
+    };
+    LogText text([] { return std::make_unique<BadDisk>(); }, leastMemory);
+    text.append(std::string(2 * leastMemory, 'x'));
+    const test::TemporaryFolder folder;
+    PatientPanel panel;
+    EXPECT_THROW((void)saveLog(text, folder.path() + "log.txt", panel), OrreryError);
+    EXPECT_FALSE(fileExists(folder.path() + "log.txt"));
+    EXPECT_EQ(text.bytes(0, 2), "??");
+    EXPECT_FALSE(text.rows(0, 10).empty());
 }
 
 /// Cancels once it has seen some of the work done.

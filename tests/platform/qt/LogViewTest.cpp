@@ -53,7 +53,7 @@ protected:
     /// Appends, and waits until the scroll bar knows it.
     void append(const std::string& text) {
         m_view.appendString(text);
-        const auto rows = static_cast<int>(m_view.logText().rowCount());
+        const auto rows = static_cast<int>(m_view.logText().endRow());
         EXPECT_TRUE(QTest::qWaitFor([&] { return bar().maximum() == std::max(rows - bar().pageStep(), 0); }));
     }
     /// The place of a column in the n-th visible row.
@@ -170,7 +170,7 @@ TEST_F(LogViewTest, SavesTheExactBytesAndTellsWhatFails) {
     dialog.close();
 }
 
-TEST_F(LogViewTest, MemoryStaysNearTheTexts) {
+TEST_F(LogViewTest, MemoryStaysBelowTheLimit) {
     const auto residentBytes = [] {
         std::ifstream statm("/proc/self/statm");
         std::uint64_t total = 0;
@@ -178,20 +178,44 @@ TEST_F(LogViewTest, MemoryStaysNearTheTexts) {
         statm >> total >> resident;
         return resident * 4096;
     };
-    constexpr std::uint64_t size = 200U << 20U;
-    const std::string piece = numberedLines(6000).substr(0, 1U << 16U);
+    constexpr std::uint64_t size = 500U << 20U;
+    const std::string piece = std::string(1023, 'x') + "\n" + numberedLines(6000).substr(0, 1U << 14U);
     const std::uint64_t before = residentBytes();
-    while (m_view.logText().size() < size) {
+    while (m_view.logText().end() < size) {
         m_view.appendString(piece);
-        if (m_view.logText().size() % (8U << 20U) == 0) QTest::qWait(0); // the window goes on
+        QTest::qWait(0); // the window goes on
     }
-    EXPECT_LT(residentBytes() - before, size * 5 / 4);
+    EXPECT_LT(residentBytes() - before, LogText::defaultMemoryLimit * 5 / 4);
+    EXPECT_EQ(found(QString::fromStdString(piece.substr(0, 1100)), FindStart::Next).size(), 1100) << "on the disk";
     EXPECT_EQ(m_view.text(6), QString::fromStdString(piece.substr(piece.size() - 6)));
+}
+
+TEST_F(LogViewTest, BarReachesMoreRowsThanItCanCount) {
+    QScrollBar many;
+    LogScroll scroll(many);
+    QObject::connect(&many, &QScrollBar::valueChanged, &many, [&scroll] { scroll.takeValue(); });
+    constexpr std::uint64_t rows = 20'000'000'000;
+    constexpr std::uint64_t first = 5'000;
+    scroll.setRows(first, rows, 50);
+    EXPECT_EQ(scroll.top(), first);
+    many.setValue(many.maximum());
+    EXPECT_EQ(scroll.top(), rows - 50);
+    many.triggerAction(QAbstractSlider::SliderPageStepSub);
+    EXPECT_EQ(scroll.top(), rows - 100) << "a page is a page";
+    scroll.scrollTo(7'000);
+    many.triggerAction(QAbstractSlider::SliderSingleStepAdd);
+    EXPECT_EQ(scroll.top(), 7'001U);
+    scroll.setRows(first, rows + 1'000'000'000, 50);
+    EXPECT_EQ(scroll.top(), 7'001U) << "stays while more comes";
+    many.setValue(many.maximum() / 2);
+    EXPECT_NEAR(static_cast<double>(scroll.top()), 10.5e9, 1e6);
+    many.setValue(0);
+    EXPECT_EQ(scroll.top(), first);
 }
 
 TEST_F(LogViewTest, EndlessLineIsShownInRows) {
     m_view.setString(std::string(100U << 20U, 'x'));
-    EXPECT_EQ(m_view.logText().rowCount(), (100U << 20U) / LogText::longestRow);
+    EXPECT_EQ(m_view.logText().endRow(), (100U << 20U) / LogText::longestRow);
     EXPECT_TRUE(QTest::qWaitFor([this] { return bar().value() > 0 && bar().value() == bar().maximum(); }));
     const QImage left = m_view.grab().toImage();
     m_view.horizontalScrollBar()->setValue(m_view.horizontalScrollBar()->maximum());
