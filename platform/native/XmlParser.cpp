@@ -13,6 +13,7 @@
 #include <memory>
 #include <new>
 #include <set>
+#include <utility>
 
 namespace orrery {
 namespace {
@@ -165,10 +166,27 @@ private:
 
     /// Expat drops a reference that only an external DTD could declare, without a word where it stands in an attribute.
     void requireDeclaredReferences(std::string_view bytes) const {
-        for (std::size_t at = bytes.find('&'); at != std::string_view::npos; at = bytes.find('&', at + 1)) {
+        for (std::size_t at = bytes.find_first_of("&<"); at < bytes.size(); at = bytes.find_first_of("&<", at)) {
+            if (bytes[at] == '<') {
+                at += lengthWithoutReferences(bytes.substr(at));
+                continue;
+            }
             const std::string_view name = referenceIn(bytes.substr(at));
             if (!name.starts_with('#') && m_entities.find(name) == m_entities.end()) failUndeclared(name);
+            ++at;
         }
+    }
+
+    /// Of what begins with this "<": the whole of a section, comment or instruction, where "&" is text, else 1.
+    static std::size_t lengthWithoutReferences(std::string_view bytes) {
+        constexpr std::pair<std::string_view, std::string_view> ends[] = {
+            {"<![CDATA[", "]]>"}, {"<!--", "-->"}, {"<?", "?>"}};
+        for (const auto& [start, end] : ends) {
+            if (bytes.starts_with(start)) {
+                return std::min(bytes.find(end, start.size()), bytes.size() - 1) + 1; // the rest of the end is text
+            }
+        }
+        return 1;
     }
 
     void startElement(const char* name, const char** attributes) {
