@@ -25,10 +25,7 @@ std::vector<std::string> sampleSetups() {
     std::error_code ignored;
     const fs::path bin = fs::read_symlink("/proc/self/exe", ignored).parent_path();
     if (bin.empty()) return {};
-    for (const char* place : {"../share/orrery/samples", "../../../samples"}) {
-        if (auto setups = setupsIn((bin / place).lexically_normal()); !setups.empty()) return setups;
-    }
-    return {};
+    return setupsIn(fs::weakly_canonical(bin / "../share/orrery/samples", ignored));
 }
 
 } // namespace orrery

@@ -5,8 +5,8 @@
 
 namespace orrery {
 
-/// The sample setups, by name, where this program has them: in its installation's share directory or, for one that runs
-/// where it was built, in the source tree. Empty when there are none.
+/// The sample setups, by name, in the share directory beside this program's. A build has a link to the source tree's
+/// there. Empty when there are none.
 [[nodiscard]] std::vector<std::string> sampleSetups();
 
 } // namespace orrery
