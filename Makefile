@@ -1,6 +1,6 @@
 # The front: everything is done by CMake with the presets of CMakePresets.json.
 .DEFAULT_GOAL := help
-.PHONY: help run test screenshots bench bench-check lint format clean
+.PHONY: help run test screenshots bench bench-check fuzz lint format clean
 sample := samples/crop-two-steppers.orrery
 plot := build/dev/bin/orrery-batch plot $(sample)
 growth := Farm/Crop/Canopy/Growth
@@ -46,6 +46,12 @@ bench-check: ## Compare the inner loops' instruction counts with those that are 
 	cmake --preset release -DORRERY_TESTS=OFF -DORRERY_BENCH=ON
 	cmake --build --preset release --target kernels
 	bench/check-instructions build/release/bin/kernels $(UPDATE)
+
+fuzz: ## Feed the parsers damaged input under libFuzzer, TIME seconds each; TIME=60 for a long look
+	@scripts/install-packages build fuzz
+	$(call configured,fuzz)
+	cmake --build --preset fuzz
+	fuzz/run-fuzzers build/fuzz $(or $(TIME),5)
 
 lint: ## Check format, clang-tidy, and that every header compiles alone
 	@scripts/install-packages build test bench lint

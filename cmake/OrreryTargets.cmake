@@ -33,6 +33,12 @@ if(ORRERY_SANITIZE)
   target_link_options(orrery_flags INTERFACE -fsanitize=${ORRERY_SANITIZE})
 endif()
 
+if(ORRERY_FUZZ)
+  # Every library counts where it has been: without its counters the fuzzer is blind to it.
+  target_compile_options(orrery_flags INTERFACE -fsanitize=fuzzer-no-link)
+  target_link_options(orrery_flags INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
 # A target sees the headers of the targets it links and no others: each gets an include directory of its own that
 # holds a link to every header of its folder, or to HEADERS where targets share one, under the folder's path in the tree.
 function(orrery_library NAME)

@@ -255,12 +255,15 @@ ORRERY_AVX2 bool takeExponentToken(const char* begin, const char* end, float& va
     __m256i digits = charactersOf(token, token);
     const std::size_t point = firstPoint(pointsIn(digits));
     digits = closeGaps(digits, point, point);
+    if (!isZero(above9(digits))) { // what they would write may be negative
+        return false;
+    }
     const auto whole = static_cast<std::uint64_t>(_mm256_cvtsd_f64(wholeNumbers(digits, digits)));
     const int exponent = (end[-2] - '0') * 10 + (end[-1] - '0');
     const int fraction = point < longestToken ? static_cast<int>(longestToken - 1 - point) : 0;
     const auto nearest = nearestSingle(whole, (down ? -exponent : exponent) - fraction);
     value = token.negative != 0 ? -nearest.value_or(0) : nearest.value_or(0);
-    return isZero(above9(digits)) && nearest.has_value();
+    return nearest.has_value();
 }
 
 // ---- Rows
