@@ -16,6 +16,7 @@ void fail(MyDocument& document, const std::string& reason) {
     const DocumentOutlets& outlets = document.outlets();
     if (outlets.glView != nullptr) {
         outlets.glView->setSurfaces({}, 0, {});
+        outlets.glView->setFailure(reason); // stays to be read when the sheet has gone
         outlets.glView->setNeedsDisplay();
     }
     if (outlets.alerts != nullptr) {

@@ -67,6 +67,8 @@ void PlotTab::makeSurface(TextRasterizer& rasterizer) {
     m_surface->addAction(m_menu.actionResetCamera);
     auto view = std::make_unique<FollowedView<OpenGLPlotView>>([this] { follow(); }, *m_surface, rasterizer);
     m_showsSomething = [drawn = view.get()] { return !drawn->ranges().empty(); };
+    view->setFailureHandler( // which a frame calls; the window changes behind it
+        [this] { QMetaObject::invokeMethod(this, &PlotTab::showNotice, Qt::QueuedConnection); });
     m_view = view.get();
     m_surface->setClient(std::move(view));
 }
@@ -147,6 +149,7 @@ bool PlotTab::newResultsWait() const {
 }
 
 QString PlotTab::notice() const {
+    if (!m_view->failure().empty()) return qtText(m_view->failure());
     if (m_document.independentVariables().empty()) return noResultsText(m_document);
     if (newResultsWait()) {
         return m_showsSomething() ? tr("The plot shows an earlier run.") : tr("The new results are not plotted yet.");

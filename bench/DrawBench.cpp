@@ -96,8 +96,9 @@ struct Rescaled {
     }
     void build(PlotView& view) {
         responses[0].setValue("scale", scale = 3 - scale);
-        const auto vertices = fillVertices(view, layout, {cells, maxima, responses, rows}, {.built = &built});
-        view.setSurfaces(vertices, static_cast<std::uint32_t>(vertices.size()), vertexRanges(layout));
+        view.setDimensions(layout.dimensions);
+        const std::uint32_t floats = fillVertices(view, layout, {cells, maxima, responses, rows}, {.built = &built});
+        view.setLentSurfaces(floats, vertexRanges(layout));
     }
 
     std::vector<ResponseVariable> responses;

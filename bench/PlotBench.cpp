@@ -110,7 +110,8 @@ void writeMesh(benchmark::State& state) {
     const Surface surface(static_cast<std::uint32_t>(state.range(0)));
     const TouchedMemory memory(static_cast<std::size_t>(state.range(0) * state.range(0)) * 36, state.range(2) != 0);
     while (state.KeepRunning()) {
-        write3DVertexData(surface.layout, surface.source(), memory.floats(),
+        const VertexPiece whole{0, memory.floats()};
+        write3DVertexData(surface.layout, surface.source(), {&whole, 1},
                           {.threads = static_cast<unsigned>(state.range(1))});
         benchmark::ClobberMemory();
     }

@@ -6,7 +6,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <span>
 #include <utility>
 
 namespace orrery {
@@ -39,22 +38,22 @@ void MyDocument::clearPlot() {
 }
 
 void MyDocument::makePlotForDimensions(std::uint32_t dimensions, const std::vector<std::uint32_t>& indices) {
-    const std::span<const float> vertices = dimensions == 2 ? make2DVertexData(indices) : make3DVertexData(indices);
+    const std::uint32_t floats = dimensions == 2 ? make2DVertexData(indices) : make3DVertexData(indices);
     if (m_outlets.glView == nullptr) return;
-    m_outlets.glView->setSurfaces(vertices, static_cast<std::uint32_t>(vertices.size()), vertexRanges(m_layout));
+    m_outlets.glView->setLentSurfaces(floats, vertexRanges(m_layout));
 }
 
-std::span<const float> MyDocument::make2DVertexData(const std::vector<std::uint32_t>& indices) {
+std::uint32_t MyDocument::make2DVertexData(const std::vector<std::uint32_t>& indices) {
     resetCamera(); // curves are drawn without a camera; a later surface starts from its defaults
     return fillVertexMemory(indices);
 }
 
-std::span<const float> MyDocument::make3DVertexData(const std::vector<std::uint32_t>& indices) {
+std::uint32_t MyDocument::make3DVertexData(const std::vector<std::uint32_t>& indices) {
     return fillVertexMemory(indices);
 }
 
-std::span<const float> MyDocument::fillVertexMemory(const std::vector<std::uint32_t>& indices) {
-    if (m_outlets.glView == nullptr) return {};
+std::uint32_t MyDocument::fillVertexMemory(const std::vector<std::uint32_t>& indices) {
+    if (m_outlets.glView == nullptr) return 0;
     BuildOptions options{.built = &m_builtPlot};
     std::optional<PanelWait> wait;
     if (WaitPanel* panel = m_outlets.waitPanel) {

@@ -205,9 +205,10 @@ public:
     void updatePlot(const SettingsSender& sender);
     /// A plot of millions of cells is built behind the wait panel; where the user cancels it, the plot is cleared.
     void makePlotForDimensions(std::uint32_t dimensions, const std::vector<std::uint32_t>& indices);
-    /// The plot's vertices, in memory of the view; none without a view. Curves put the camera back.
-    [[nodiscard]] std::span<const float> make2DVertexData(const std::vector<std::uint32_t>& indices);
-    [[nodiscard]] std::span<const float> make3DVertexData(const std::vector<std::uint32_t>& indices);
+    /// Writes the plot's vertices into memory of the view, and says how many floats; 0 without a view. Curves put the
+    /// camera back.
+    [[nodiscard]] std::uint32_t make2DVertexData(const std::vector<std::uint32_t>& indices);
+    [[nodiscard]] std::uint32_t make3DVertexData(const std::vector<std::uint32_t>& indices);
     [[nodiscard]] const PlotLayout& plotLayout() const { return m_layout; } // nSurfaces, xEdges, zEdges, xQuads, zQuads
 
     // -- Camera, light, rotation: they read and write the plot view, and are 0 without one --------------------------
@@ -262,7 +263,7 @@ private:
     [[nodiscard]] std::string absoluteSetupPath() const; // empty without a file
     void restorePlotChoices();
     void clearPlot();
-    [[nodiscard]] std::span<const float> fillVertexMemory(const std::vector<std::uint32_t>& indices);
+    [[nodiscard]] std::uint32_t fillVertexMemory(const std::vector<std::uint32_t>& indices);
     void redrawPlot();
     [[nodiscard]] double rotationSliderMax() const;
 

@@ -5,10 +5,13 @@
 #include "plot/Gl.h"
 
 #include <string_view>
+#include <utility>
 
 namespace orrery {
 
 namespace {
+
+const GlErrorWatch* innermost = nullptr;
 
 std::string textOf(const GLubyte* text) {
     return text == nullptr ? "unknown" : reinterpret_cast<const char*>(text);
@@ -19,9 +22,27 @@ std::string textOf(const GLubyte* text) {
 unsigned glCheckError() {
     const GLenum code = glGetError();
     if (code != GL_NO_ERROR) {
-        logLine("Error: " + textOf(gluErrorString(code)) + ".");
+        const std::string text = textOf(gluErrorString(code));
+        logLine("Error: " + text + ".");
+        if (innermost != nullptr) {
+            innermost->hear(text);
+        }
     }
     return code;
+}
+
+GlErrorWatch::GlErrorWatch(std::string& first) : m_first(first), m_outer(std::exchange(innermost, this)) {}
+
+GlErrorWatch::~GlErrorWatch() {
+    innermost = m_outer;
+}
+
+void GlErrorWatch::hear(const std::string& text) const {
+    for (const GlErrorWatch* watch = this; watch != nullptr; watch = watch->m_outer) {
+        if (watch->m_first.empty()) {
+            watch->m_first = text;
+        }
+    }
 }
 
 std::string missingGlFeature() {

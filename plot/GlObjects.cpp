@@ -13,28 +13,28 @@ void deleteTexture(unsigned name) {
     glDeleteTextures(1, &name);
 }
 
-namespace {
-
-GlBuffer makeBuffer(std::size_t bytes, const void* data) {
+GlBuffer makeVertexBuffer(std::size_t floats) {
     GLuint name = 0;
     glGenBuffers(1, &name);
     GlBuffer buffer(name);
     const BoundBuffer bound(buffer);
-    glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(bytes), data, GL_STATIC_DRAW);
+    glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(floats * sizeof(float)), nullptr, GL_STATIC_DRAW);
     if (glCheckError() != GL_NO_ERROR) {
         buffer.reset();
     }
     return buffer;
 }
 
-} // namespace
-
-GlBuffer makeVertexBuffer(std::span<const float> data) {
-    return makeBuffer(data.size_bytes(), data.data());
+void writeBuffer(const GlBuffer& buffer, std::span<const float> floats) {
+    const BoundBuffer bound(buffer);
+    glBufferSubData(GL_ARRAY_BUFFER, 0, static_cast<GLsizeiptr>(floats.size_bytes()), floats.data());
+    glCheckError();
 }
 
-GlBuffer makeVertexBuffer(std::size_t floats) {
-    return makeBuffer(floats * sizeof(float), nullptr);
+void readBuffer(const GlBuffer& buffer, std::span<float> floats) {
+    const BoundBuffer bound(buffer);
+    glGetBufferSubData(GL_ARRAY_BUFFER, 0, static_cast<GLsizeiptr>(floats.size_bytes()), floats.data());
+    glCheckError();
 }
 
 float* mapBuffer(const GlBuffer& buffer) {

@@ -45,11 +45,12 @@ void deleteTexture(unsigned name);
 using GlBuffer = GlName<deleteBuffer>;
 using GlTexture = GlName<deleteTexture>;
 
-/// A buffer object filled once with the floats; none when GL cannot hold them (the error has been logged).
-[[nodiscard]] GlBuffer makeVertexBuffer(std::span<const float> data);
-
-/// A buffer object with room for that many floats, whose values are not settled; none when GL cannot hold them.
+/// A buffer object with room for that many floats, whose values are not settled; none when GL cannot hold them (the
+/// error has been logged).
 [[nodiscard]] GlBuffer makeVertexBuffer(std::size_t floats);
+/// Copies between the beginning of the buffer and memory.
+void writeBuffer(const GlBuffer& buffer, std::span<const float> floats);
+void readBuffer(const GlBuffer& buffer, std::span<float> floats);
 /// The buffer's memory, to be written only; nullptr when GL gives none. Nothing may be drawn from it until unmapBuffer,
 /// which is false when the memory was lost meanwhile.
 [[nodiscard]] float* mapBuffer(const GlBuffer& buffer);

@@ -1,7 +1,7 @@
 #include "plot/OpenGLPlotView.h"
 
-#include "platform/LargePages.h"
 #include "platform/Log.h"
+#include "platform/OrreryError.h"
 #include "plot/Gl.h"
 #include "plot/GlCheck.h"
 
@@ -52,18 +52,19 @@ void setMaterialAndLight() {
 
 } // namespace
 
-OpenGLPlotView::OpenGLPlotView(GlSurface& surface, TextRasterizer& rasterizer)
-    : BasicOpenGLView(surface), m_rasterizer(rasterizer) {}
+OpenGLPlotView::OpenGLPlotView(GlSurface& surface, TextRasterizer& rasterizer, std::size_t largestBytes)
+    : BasicOpenGLView(surface), m_rasterizer(rasterizer), m_buffers(largestBytes) {}
 
 OpenGLPlotView::~OpenGLPlotView() {
     if (surface().makeCurrent()) {
         return;
     } // the members delete their objects
-    m_ident.release();
+    m_buffers.forget();
     std::ranges::for_each(m_textures, &TextureString::forgetTexture);
 }
 
 void OpenGLPlotView::setLabels(const std::vector<std::string>& labels) {
+    const GlErrorWatch watch(m_glError);
     m_strings = labels;
     if (surface().makeCurrent()) {
         makeTextures();
@@ -71,87 +72,54 @@ void OpenGLPlotView::setLabels(const std::vector<std::string>& labels) {
 }
 
 VertexMemory OpenGLPlotView::lendVertices(std::size_t size) {
-    m_ranges.clear();
-    const bool kept = std::exchange(m_keepsLent, false);
-    if (surface().makeCurrent()) {
-        const unsigned before = m_ident.get();
-        if (const std::span<float> mapped = mapBufferFor(size); !mapped.empty()) {
-            m_pending = {};
-            return {mapped, kept && m_ident.get() == before};
-        }
-        dropBuffer();
-    }
-    const bool sameBlock = size <= m_pending.capacity();
-    m_pending.resize(size);
-    return {m_pending, kept && sameBlock && m_ident.get() == 0};
+    const GlErrorWatch watch(startPlot());
+    return m_buffers.lend(size, m_dimensions, surface().makeCurrent());
 }
 
-/// Maps a buffer with room for so many floats, a new one where the present one does not fit.
-std::span<float> OpenGLPlotView::mapBufferFor(std::size_t size) {
-    if (m_mapped != nullptr) { // of a build that came to nothing
-        m_mapped = nullptr;
-        (void)unmapBuffer(m_ident);
+void OpenGLPlotView::setLentSurfaces(std::uint32_t, std::vector<VertexRange> ranges) {
+    const GlErrorWatch watch(m_glError);
+    if (m_buffers.take(surface().makeCurrent())) {
+        m_ranges = std::move(ranges);
+    } else {
+        fail("OpenGL has lost the plot's vertices. Change a setting to draw it again.");
     }
-    if (size > m_bufferCapacity || size < m_bufferCapacity / 2) {
-        dropBuffer();
-        m_ident = size > 0 ? makeVertexBuffer(size) : GlBuffer();
-        m_bufferCapacity = m_ident ? size : 0;
-    }
-    float* const memory = m_ident ? mapBuffer(m_ident) : nullptr;
-    if (memory == nullptr) {
-        return {};
-    }
-    adviseLargePages(memory, size * sizeof(float)); // where it is memory of this process
-    m_mapped = memory;
-    m_bufferFloats = 0;
-    return {memory, size};
 }
 
 void OpenGLPlotView::setSurfaces(std::span<const float> data, std::uint32_t size, std::vector<VertexRange> ranges) {
-    data = data.first(std::min<std::size_t>(size, data.size()));
+    const GlErrorWatch watch(startPlot());
     const bool current = surface().makeCurrent();
-    m_ranges = std::move(ranges);
-    if (!m_ranges.empty() && takeLent(data)) {
-        return;
-    }
-    m_keepsLent = false;
-    m_pending = {};
-    if (current) {
-        dropBuffer();
-    }
-    if (m_ranges.empty()) {
-        return;
-    }
-    if (current) {
-        fillBuffer(data);
+    if (ranges.empty()) {
+        m_buffers.clear(current);
     } else {
-        m_pending.assign(data.begin(), data.end());
+        m_buffers.copy(data.first(std::min<std::size_t>(size, data.size())), m_dimensions, current);
     }
+    m_ranges = std::move(ranges);
 }
 
-/// Whether the data are the memory that was lent. Then they are the plot from now on.
-bool OpenGLPlotView::takeLent(std::span<const float> data) {
-    if (data.empty()) {
-        return false;
+/// Nothing of the plot before is shown or told any more. Where the first error of OpenGL is to be kept.
+std::string& OpenGLPlotView::startPlot() {
+    m_ranges.clear();
+    m_glError.clear();
+    setFailure({});
+    return m_glError;
+}
+
+void OpenGLPlotView::fail(const std::string& reason) {
+    logLine(reason);
+    m_ranges.clear();
+    setFailure(reason);
+    m_failed();
+}
+
+void OpenGLPlotView::drawRect() {
+    {
+        const GlErrorWatch watch(m_glError);
+        BasicOpenGLView::drawRect();
     }
-    if (data.data() == m_mapped) {
-        m_mapped = nullptr;
-        const bool whole = unmapBuffer(m_ident);
-        m_bufferFloats = whole ? data.size() : 0;
-        m_keepsLent = whole;
-        if (!whole) {
-            logLine("OpenGL has lost the plot's vertices. Change a setting to draw it again.");
-        }
-        return true;
+    if (!m_glError.empty() && failure().empty()) { // errors never stop a frame, but what it shows may be wrong
+        setFailure("OpenGL could not draw the plot: " + m_glError + ".");
+        m_failed();
     }
-    if (data.data() != m_pending.data()) {
-        return false;
-    }
-    if (surface().makeCurrent()) {
-        fillBuffer(m_pending); // whose block stays for the next plot
-    }
-    m_keepsLent = true;
-    return true;
 }
 
 void OpenGLPlotView::updateModelView() {
@@ -168,13 +136,16 @@ void OpenGLPlotView::updateModelView() {
 }
 
 void OpenGLPlotView::prepareOpenGL() {
+    const GlErrorWatch watch(m_glError);
     BasicOpenGLView::prepareOpenGL();
     setLines();
     setMaterialAndLight();
     glCheckError();
     makeTextures();
-    if (!m_pending.empty()) {
-        fillBuffer(std::exchange(m_pending, {}));
+    try {
+        m_buffers.prepare();
+    } catch (const OrreryError& error) {
+        fail(error.problem());
     }
 }
 
@@ -182,27 +153,12 @@ void OpenGLPlotView::releaseContext() {
     if (!surface().makeCurrent()) {
         return;
     }
-    if (m_ident && m_mapped == nullptr) {
-        readBack();
-    }
-    dropBuffer();
-    m_textures.clear();
-}
-
-/// The buffer's floats into m_pending. Where there is no memory for them the plot is lost, but never the rest.
-void OpenGLPlotView::readBack() {
     try {
-        m_pending.resize(m_bufferFloats);
-    } catch (const std::bad_alloc&) {
-        logLine("There is not enough memory to keep the plot. Change a setting to draw it again.");
-        m_pending = {};
-        m_ranges.clear();
-        m_keepsLent = false;
-        return;
+        m_buffers.release();
+    } catch (const std::bad_alloc&) { // the plot is lost, but never the rest
+        fail("There is not enough memory to keep the plot. Change a setting to draw it again.");
     }
-    const BoundBuffer bound(m_ident);
-    glGetBufferSubData(GL_ARRAY_BUFFER, 0, static_cast<GLsizeiptr>(m_bufferFloats * sizeof(float)), m_pending.data());
-    glCheckError();
+    m_textures.clear();
 }
 
 void OpenGLPlotView::reshape() {
@@ -259,13 +215,6 @@ void OpenGLPlotView::drawLabels3() const {
 }
 
 void OpenGLPlotView::drawSurfaces3() const {
-    if (!m_ident) {
-        return;
-    }
-    const BoundBuffer bound(m_ident);
-    glCheckError();
-    glInterleavedArrays(GL_N3F_V3F, 0, nullptr);
-    glCheckError();
     for (std::size_t s = 0; s < m_ranges.size(); ++s) {
         if (!drawable(s)) {
             continue;
@@ -275,8 +224,13 @@ void OpenGLPlotView::drawSurfaces3() const {
         glEnable(GL_POLYGON_OFFSET_FILL);
         glMaterialfv(GL_FRONT_AND_BACK, GL_AMBIENT_AND_DIFFUSE, color.data());
         glFrontFace(GL_CCW);
-        glDrawArrays(GL_TRIANGLES, static_cast<GLint>(m_ranges[s].first), static_cast<GLsizei>(m_ranges[s].count));
-        glCheckError();
+        m_buffers.draw(m_ranges[s], [](int first, int count) {
+            glCheckError();
+            glInterleavedArrays(GL_N3F_V3F, 0, nullptr);
+            glCheckError();
+            glDrawArrays(GL_TRIANGLES, first, count);
+            glCheckError();
+        });
     }
     glDisableClientState(GL_VERTEX_ARRAY);
     glDisableClientState(GL_NORMAL_ARRAY);
@@ -314,20 +268,18 @@ void OpenGLPlotView::drawAxes2() const {
 }
 
 void OpenGLPlotView::drawCurves2() const {
-    if (!m_ident) {
-        return;
-    }
-    const BoundBuffer bound(m_ident);
     glEnableClientState(GL_VERTEX_ARRAY);
-    glVertexPointer(3, GL_FLOAT, 0, nullptr);
-    glCheckError();
     for (std::size_t s = 0; s < m_ranges.size(); ++s) {
         if (!drawable(s)) {
             continue;
         }
         glColor3f(m_colors[s].red, m_colors[s].green, m_colors[s].blue);
-        glDrawArrays(GL_LINE_STRIP, static_cast<GLint>(m_ranges[s].first), static_cast<GLsizei>(m_ranges[s].count));
-        glCheckError();
+        m_buffers.draw(m_ranges[s], [](int first, int count) {
+            glVertexPointer(3, GL_FLOAT, 0, nullptr);
+            glCheckError();
+            glDrawArrays(GL_LINE_STRIP, first, count);
+            glCheckError();
+        });
     }
     glDisableClientState(GL_VERTEX_ARRAY);
 }
@@ -342,12 +294,11 @@ void OpenGLPlotView::drawLabel(std::size_t index, float x, float y, float z) con
     }
 }
 
-/// Whether the range has a colour and lies within the buffer, so that GL never reads behind its end.
+/// Whether the range has a colour and lies within the plot, so that GL never reads behind its end.
 bool OpenGLPlotView::drawable(std::size_t index) const {
-    const std::uint64_t floatsPerVertex = m_dimensions == 3 ? 6 : 3;
     const VertexRange& range = m_ranges[index];
     const std::uint64_t end = std::uint64_t{range.first} + range.count;
-    return index < m_colors.size() && range.count > 0 && end * floatsPerVertex <= m_bufferFloats;
+    return index < m_colors.size() && range.count > 0 && end <= m_buffers.vertices();
 }
 
 void OpenGLPlotView::makeTextures() {
@@ -358,20 +309,6 @@ void OpenGLPlotView::makeTextures() {
         m_textures.emplace_back(m_rasterizer, string, labelAttributes(m_scale));
     }
     glCheckError();
-}
-
-void OpenGLPlotView::fillBuffer(std::span<const float> data) {
-    dropBuffer(); // the old one goes before the new one comes
-    m_ident = makeVertexBuffer(data);
-    m_bufferFloats = m_ident ? data.size() : 0;
-    m_bufferCapacity = m_bufferFloats;
-}
-
-void OpenGLPlotView::dropBuffer() {
-    m_ident.reset();
-    m_mapped = nullptr;
-    m_bufferFloats = 0;
-    m_bufferCapacity = 0;
 }
 
 } // namespace orrery

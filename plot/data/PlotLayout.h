@@ -1,5 +1,6 @@
 #pragma once
 
+#include "plot/data/VertexPieces.h"
 #include "run/IndependentVariable.h"
 #include "run/ResponseVariable.h"
 
@@ -23,7 +24,7 @@ struct PlotLayout {
 
     /// Vertices of one curve or surface, and floats per vertex.
     [[nodiscard]] std::uint64_t verticesPerSurface() const;
-    [[nodiscard]] std::uint32_t floatsPerVertex() const { return dimensions == 3 ? 6 : 3; }
+    [[nodiscard]] std::uint32_t floatsPerVertex() const { return floatsPerVertexOf(dimensions); }
 };
 
 /// Which variables lie on which axis: those with a role 1 or 2 in list order, x first. A variable of one value on x

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "plot/data/Camera.h"
+#include "plot/data/VertexPieces.h"
 #include "run/ResponseVariable.h"
 
 #include <cstddef>
@@ -8,6 +9,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace orrery {
@@ -19,9 +21,9 @@ struct VertexRange {
     friend bool operator==(const VertexRange&, const VertexRange&) = default;
 };
 
-/// Memory of a view for the vertices of its next plot. It may be the graphics memory itself: to be written, never read.
+/// Memory of a view for the vertices of its next plot, in pieces that follow one another.
 struct VertexMemory {
-    std::span<float> floats;
+    std::vector<VertexPiece> pieces;
     bool kept = false; // it holds what was written there when it was lent before
 };
 
@@ -32,12 +34,16 @@ public:
 
     virtual void setDimensions(std::uint32_t dimensions) = 0; // 2 or 3
     virtual void setLabels(const std::vector<std::string>& labels) = 0;
-    /// Lends memory for that many floats, to be filled and given to setSurfaces. The plot so far is gone, and the view
-    /// shows none until then. @throws std::bad_alloc
+    /// Lends memory for that many floats of a plot of the dimensions last given, to be filled and shown by
+    /// setLentSurfaces. The plot so far is gone, and the view shows none until then.
+    /// @throws std::bad_alloc, and OrreryError with what is needed and what there is
     [[nodiscard]] virtual VertexMemory lendVertices(std::size_t size) = 0;
-    /// Replaces the plot's data; all three empty clear the plot. The view takes its own copy (into a GPU buffer), but
-    /// for memory that it has lent.
-    /// Layout of `data`: 2-D x, y, z per vertex; 3-D normal x, y, z, then position x, y, z.
+    /// Shows what was written into the memory that was lent last, for a plot of so many floats.
+    virtual void setLentSurfaces(std::uint32_t size, std::vector<VertexRange> ranges) = 0;
+    /// Floats that the view has memory for, which the next plot is built in or that is given back for it.
+    [[nodiscard]] virtual std::uint64_t heldFloats() const = 0;
+    /// Replaces the plot's data by a copy (in a GPU buffer); all three empty clear the plot.
+    /// Layout of `data`: 2-D x, y, z per vertex; 3-D normal x, y, z, then position x, y, z. @throws as lendVertices
     virtual void setSurfaces(std::span<const float> data, std::uint32_t size, std::vector<VertexRange> ranges) = 0;
     virtual void setColors(const std::vector<Color>& colors) = 0;
     virtual void setNeedsDisplay() = 0;
@@ -48,6 +54,14 @@ public:
     [[nodiscard]] virtual float lightHeight() const = 0;
     virtual void setLightHeight(float height) = 0;
     virtual void updateProjection() = 0;
+
+    /// Why the view does not show the plot that was asked for, in words for the user; empty when it does. The next
+    /// plot's memory empties it.
+    [[nodiscard]] const std::string& failure() const { return m_failure; }
+    void setFailure(std::string reason) { m_failure = std::move(reason); }
+
+private:
+    std::string m_failure;
 };
 
 /// A plot view without a surface: keeps what it is given. Camera, light and rotation work as in any view.
@@ -56,6 +70,8 @@ public:
     void setDimensions(std::uint32_t dimensions) override { m_dimensions = dimensions; }
     void setLabels(const std::vector<std::string>& labels) override { m_labels = labels; }
     [[nodiscard]] VertexMemory lendVertices(std::size_t size) override;
+    void setLentSurfaces(std::uint32_t size, std::vector<VertexRange> ranges) override;
+    [[nodiscard]] std::uint64_t heldFloats() const override { return m_vertices.capacity(); }
     void setSurfaces(std::span<const float> data, std::uint32_t size, std::vector<VertexRange> ranges) override;
     void setColors(const std::vector<Color>& colors) override { m_colors = colors; }
     void setNeedsDisplay() override { ++m_displayRequests; }

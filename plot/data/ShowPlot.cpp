@@ -1,20 +1,18 @@
 #include "plot/data/ShowPlot.h"
 
-#include <cstdint>
-
 namespace orrery {
 
-std::span<const float> fillVertices(PlotView& view, const PlotLayout& layout, const PlotSource& source,
-                                    BuildOptions options) {
+std::uint32_t fillVertices(PlotView& view, const PlotLayout& layout, const PlotSource& source, BuildOptions options) {
     BuiltPlot unknown;
     BuiltPlot& built = options.built != nullptr ? *options.built : unknown;
-    const VertexMemory memory = view.lendVertices(vertexFloats(layout, built.floats));
+    const std::uint32_t floats = vertexFloats(layout, view.heldFloats());
+    const VertexMemory memory = view.lendVertices(floats);
     if (!memory.kept) {
         built = {};
     }
     options.built = &built;
-    (layout.dimensions == 2 ? write2DVertexData : write3DVertexData)(layout, source, memory.floats, options);
-    return memory.floats;
+    (layout.dimensions == 2 ? write2DVertexData : write3DVertexData)(layout, source, memory.pieces, options);
+    return floats;
 }
 
 void showPlot(PlotView& view, const PlotLayout& layout, const PlotSource& source) {
@@ -23,8 +21,8 @@ void showPlot(PlotView& view, const PlotLayout& layout, const PlotSource& source
     } else {
         view.setDimensions(layout.dimensions);
         view.setLabels(layout.labels);
-        const std::span<const float> vertices = fillVertices(view, layout, source);
-        view.setSurfaces(vertices, static_cast<std::uint32_t>(vertices.size()), vertexRanges(layout));
+        const std::uint32_t floats = fillVertices(view, layout, source);
+        view.setLentSurfaces(floats, vertexRanges(layout));
         view.setColors(surfaceColors(source.responses));
     }
     view.setNeedsDisplay();

@@ -22,8 +22,8 @@ constexpr std::size_t reportedCells = 50'000;
 /// The strips of all surfaces, numbered through.
 class Strips {
 public:
-    Strips(const PlotLayout& layout, std::span<const SurfaceJob> jobs)
-        : m_jobs(jobs), m_perSurface(static_cast<std::size_t>(layout.xQuads)),
+    Strips(const PlotLayout& layout, std::span<const SurfaceJob> jobs, std::span<const VertexPiece> pieces)
+        : m_jobs(jobs), m_pieces(pieces), m_perSurface(static_cast<std::size_t>(layout.xQuads)),
           m_cells(static_cast<std::size_t>(layout.zQuads)),
           m_halfX(static_cast<float>(static_cast<double>(layout.xQuads) * 0.5)),
           m_streamed(count() * m_cells * floatsPerCell >= streamedFrom), m_z(m_cells + 1) {
@@ -49,14 +49,26 @@ public:
             }
             std::swap(y0, y1);
             job.heights.copyTo(y1, (i + 1) * m_z.size());
-            writeStrip({axisPosition(i, m_halfX), axisPosition(i + 1, m_halfX), m_z.data(), y0.data(), y1.data()},
-                       m_cells, m_streamed, job.out + i * m_cells * floatsPerCell);
+            writeCells(job.firstVertex, i,
+                       {axisPosition(i, m_halfX), axisPosition(i + 1, m_halfX), m_z.data(), y0.data(), y1.data()});
         }
         finishStreaming();
     }
 
 private:
+    /// The i-th strip of the surface that begins with that vertex, in as many parts as there are pieces that hold it.
+    void writeCells(std::uint64_t firstVertex, std::size_t i, const SurfaceStrip& strip) const {
+        const VertexRun run{firstVertex + i * m_cells * verticesPerCell, m_cells * verticesPerCell};
+        forEachPart(m_pieces, run, floatsPerCell / verticesPerCell,
+                    [&](std::size_t offset, std::size_t count, float* out) {
+                        const std::size_t k = offset / verticesPerCell;
+                        writeStrip({strip.x0, strip.x1, strip.z + k, strip.y0 + k, strip.y1 + k},
+                                   count / verticesPerCell, m_streamed, out);
+                    });
+    }
+
     std::span<const SurfaceJob> m_jobs;
+    std::span<const VertexPiece> m_pieces;
     std::size_t m_perSurface;
     std::size_t m_cells; // of a strip
     float m_halfX;
@@ -66,12 +78,12 @@ private:
 
 } // namespace
 
-bool writeSurfaces(const PlotLayout& layout, std::span<const SurfaceJob> jobs, unsigned threads,
-                   const std::function<bool(double)>& progress) {
+bool writeSurfaces(const PlotLayout& layout, std::span<const SurfaceJob> jobs, std::span<const VertexPiece> pieces,
+                   unsigned threads, const std::function<bool(double)>& progress) {
     if (jobs.empty() || layout.xQuads <= 0 || layout.zQuads <= 0) {
         return true;
     }
-    const Strips strips(layout, jobs);
+    const Strips strips(layout, jobs, pieces);
     const unsigned used = threads > 0 ? threads : workersFor(strips.count() * strips.cellsPerStrip() / cellsPerThread);
     const std::size_t mine = std::max<std::size_t>(strips.count() / used, 1); // what the calling thread has to do
     const std::size_t reported = reportedCells / strips.cellsPerStrip() + 1;

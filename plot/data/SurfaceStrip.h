@@ -14,7 +14,8 @@ struct SurfaceStrip {
     const float* y1 = nullptr; // heights at x1
 };
 
-/// 6 vertices of a normal and a position.
+inline constexpr std::size_t verticesPerCell = 6;
+/// Of a normal and a position for each vertex.
 inline constexpr std::size_t floatsPerCell = 36;
 
 /// Writes the cells' two triangles each, with flat normals. A normal without a finite direction points up.

@@ -1,6 +1,7 @@
 #include "plot/data/VertexData.h"
 
 #include "platform/Files.h"
+#include "platform/Numbers.h"
 #include "platform/OrreryError.h"
 #include "plot/data/SurfaceBuild.h"
 #include "run/ResultTable.h"
@@ -10,24 +11,28 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <string>
 #include <utility>
 
 namespace orrery {
 
 namespace {
 
-/// Writes the points `first` … `last` − 1 of a curve, from its beginning in the job on.
-void writePoints(const SurfaceJob& job, std::size_t first, std::size_t last, float half) {
-    float* out = job.out + first * 3;
-    for (std::size_t i = first; i < last; ++i) {
-        *out++ = axisPosition(i, half);
-        *out++ = job.heights.at(i) - 1.0F;
-        *out++ = 0.0F;
-    }
+/// Writes the points `first` … `last` − 1 of a curve.
+void writePoints(const SurfaceJob& job, std::size_t first, std::size_t last, float half,
+                 std::span<const VertexPiece> pieces) {
+    forEachPart(pieces, {job.firstVertex + first, last - first}, floatsPerVertexOf(2),
+                [&](std::size_t offset, std::size_t count, float* out) {
+                    for (std::size_t i = first + offset; i < first + offset + count; ++i) {
+                        *out++ = axisPosition(i, half);
+                        *out++ = job.heights.at(i) - 1.0F;
+                        *out++ = 0.0F;
+                    }
+                });
 }
 
 /// Writes the curves; false where `progress` has stopped that.
-bool writeCurves(const PlotLayout& layout, std::span<const SurfaceJob> jobs,
+bool writeCurves(const PlotLayout& layout, std::span<const SurfaceJob> jobs, std::span<const VertexPiece> pieces,
                  const std::function<bool(double)>& progress) {
     constexpr std::size_t reportedPoints = 250'000; // between two calls of the progress
     const auto points = static_cast<std::size_t>(layout.xEdges);
@@ -38,7 +43,7 @@ bool writeCurves(const PlotLayout& layout, std::span<const SurfaceJob> jobs,
             if (progress && !progress(static_cast<double>(s * points + first) / all)) {
                 return false;
             }
-            writePoints(jobs[s], first, std::min(first + reportedPoints, points), half);
+            writePoints(jobs[s], first, std::min(first + reportedPoints, points), half, pieces);
         }
     }
     return true;
@@ -63,8 +68,10 @@ float greatestFinite(const PlotSource& source, std::size_t column, bool absolute
     return least;
 }
 
-void requireFloatCount(const PlotLayout& layout, const PlotSource& source, std::size_t floats) {
+void requireFloatCount(const PlotLayout& layout, const PlotSource& source, std::span<const VertexPiece> pieces) {
     const auto included = std::ranges::count_if(source.responses, &ResponseVariable::includep);
+    const std::uint64_t floats =
+        pieces.empty() ? 0 : pieces.back().first * layout.floatsPerVertex() + pieces.back().floats.size();
     if (included != layout.nSurfaces ||
         floats != static_cast<std::uint64_t>(included) * layout.verticesPerSurface() * layout.floatsPerVertex()) {
         throw AssertionFailure("Inconsistent float count");
@@ -82,18 +89,16 @@ std::vector<BuiltPlot::Surface> surfacesOf(const PlotSource& source, double perM
     return surfaces;
 }
 
-/// The surfaces that have to be written, with their places in the memory: all, or those that are not there yet.
+/// The surfaces that have to be written, with their places in the plot: all, or those that are not there yet.
 std::vector<SurfaceJob> jobsFor(const PlotLayout& layout, const PlotSource& source,
-                                std::span<const BuiltPlot::Surface> surfaces, std::span<float> vertices,
-                                const BuiltPlot* built) {
+                                std::span<const BuiltPlot::Surface> surfaces, const BuiltPlot* built) {
     const bool sameGrid = built != nullptr && built->isOf(layout, source.rows);
-    const std::size_t floats = vertices.size() / surfaces.size();
     std::vector<SurfaceJob> jobs;
     for (std::size_t s = 0; s < surfaces.size(); ++s) {
         if (!sameGrid || s >= built->surfaces.size() || built->surfaces[s] != surfaces[s]) {
             jobs.push_back(
                 {{source.cells, source.responses.size(), surfaces[s].column, source.rows, surfaces[s].factor},
-                 vertices.data() + s * floats});
+                 s * layout.verticesPerSurface()});
         }
     }
     return jobs;
@@ -102,14 +107,14 @@ std::vector<SurfaceJob> jobsFor(const PlotLayout& layout, const PlotSource& sour
 /// Writes what has to be written by write(jobs), and keeps in `options.built` what the memory holds then. Where that
 /// says false the build has been cancelled.
 template <typename Write>
-void writePlot(const PlotLayout& layout, const PlotSource& source, double perMaximum, std::span<float> vertices,
-               const BuildOptions& options, Write write) {
-    requireFloatCount(layout, source, vertices.size());
-    if (vertices.empty()) {
+void writePlot(const PlotLayout& layout, const PlotSource& source, double perMaximum,
+               std::span<const VertexPiece> pieces, const BuildOptions& options, Write write) {
+    requireFloatCount(layout, source, pieces);
+    if (pieces.empty() || pieces.front().floats.empty()) {
         return;
     }
     std::vector<BuiltPlot::Surface> surfaces = surfacesOf(source, perMaximum);
-    const std::vector<SurfaceJob> jobs = jobsFor(layout, source, surfaces, vertices, options.built);
+    const std::vector<SurfaceJob> jobs = jobsFor(layout, source, surfaces, options.built);
     BuiltPlot before = options.built != nullptr ? std::exchange(*options.built, {}) : BuiltPlot();
     if (!write(jobs)) {
         throw BuildCancelled();
@@ -118,6 +123,19 @@ void writePlot(const PlotLayout& layout, const PlotSource& source, double perMax
         before.set(layout, source.rows, std::move(surfaces));
         *options.built = std::move(before);
     }
+}
+
+/// Of two counts; the largest number where it is larger.
+std::uint64_t product(std::uint64_t one, std::uint64_t other) {
+    constexpr std::uint64_t largest = std::numeric_limits<std::uint64_t>::max();
+    return other == 0 || one <= largest / other ? one * other : largest;
+}
+
+std::vector<float> writtenBy(decltype(write3DVertexData) write, const PlotLayout& layout, const PlotSource& source) {
+    std::vector<float> vertices(vertexFloats(layout));
+    const VertexPiece whole{0, vertices};
+    write(layout, source, {&whole, 1}, {});
+    return vertices;
 }
 
 } // namespace
@@ -135,7 +153,6 @@ void BuiltPlot::set(const PlotLayout& layout, std::span<const std::uint32_t> ind
     xEdges = layout.xEdges;
     zEdges = layout.zEdges;
     surfaces = std::move(written);
-    floats = surfaces.size() * layout.verticesPerSurface() * layout.floatsPerVertex();
 }
 
 float overallMaximum(const PlotSource& source) {
@@ -153,42 +170,44 @@ float overallMaximum(const PlotSource& source) {
     return largest > 0.0F ? largest : 1.0F;
 }
 
-std::size_t vertexFloats(const PlotLayout& layout, std::uint64_t held) {
-    const std::uint64_t perSurface = layout.verticesPerSurface() * layout.floatsPerVertex();
+std::uint32_t vertexFloats(const PlotLayout& layout, std::uint64_t held) {
+    constexpr std::uint64_t counted = std::numeric_limits<std::uint32_t>::max();
     const auto surfaces = static_cast<std::uint64_t>(std::max(layout.nSurfaces, 0));
-    constexpr std::uint64_t most = std::numeric_limits<std::uint32_t>::max();
-    const bool counts = surfaces == 0 || perSurface <= most / surfaces;
-    const std::uint64_t floats = counts ? perSurface * surfaces : most;
-    if (!counts || (floats > held && floats * sizeof(float) > availableMemory())) {
-        throw OrreryError(fmt::format("A plot of {} responses with {} vertices each does not fit into memory.",
-                                      surfaces, layout.verticesPerSurface()),
-                          {}, "Include fewer responses, or put a variable with fewer values on an axis.");
+    const std::uint64_t bytes =
+        product(product(layout.verticesPerSurface(), surfaces), layout.floatsPerVertex() * sizeof(float));
+    const std::string needs = fmt::format("The plot, {} responses of {} vertices each, would need {}", surfaces,
+                                          layout.verticesPerSurface(), sizeText(bytes));
+    if (bytes / sizeof(float) > counted) {
+        throw OrreryError(
+            fmt::format("{} of memory, but no plot can have more than {}.", needs, sizeText(counted * sizeof(float))),
+            {}, smallerPlotRemedy);
     }
-    return floats;
+    const std::uint64_t available = bytes > held * sizeof(float) ? availableMemory() + held * sizeof(float) : bytes;
+    if (bytes > available) {
+        throw OrreryError(fmt::format("{} of memory, but only {} are free.", needs, sizeText(available)), {},
+                          smallerPlotRemedy);
+    }
+    return static_cast<std::uint32_t>(bytes / sizeof(float));
 }
 
 std::vector<float> make2DVertexData(const PlotLayout& layout, const PlotSource& source) {
-    std::vector<float> vertices(vertexFloats(layout));
-    write2DVertexData(layout, source, vertices);
-    return vertices;
+    return writtenBy(write2DVertexData, layout, source);
 }
 
 std::vector<float> make3DVertexData(const PlotLayout& layout, const PlotSource& source) {
-    std::vector<float> vertices(vertexFloats(layout));
-    write3DVertexData(layout, source, vertices);
-    return vertices;
+    return writtenBy(write3DVertexData, layout, source);
 }
 
-void write2DVertexData(const PlotLayout& layout, const PlotSource& source, std::span<float> vertices,
+void write2DVertexData(const PlotLayout& layout, const PlotSource& source, std::span<const VertexPiece> pieces,
                        const BuildOptions& options) {
-    writePlot(layout, source, 2.0, vertices, options,
-              [&](std::span<const SurfaceJob> jobs) { return writeCurves(layout, jobs, options.progress); });
+    writePlot(layout, source, 2.0, pieces, options,
+              [&](std::span<const SurfaceJob> jobs) { return writeCurves(layout, jobs, pieces, options.progress); });
 }
 
-void write3DVertexData(const PlotLayout& layout, const PlotSource& source, std::span<float> vertices,
+void write3DVertexData(const PlotLayout& layout, const PlotSource& source, std::span<const VertexPiece> pieces,
                        const BuildOptions& options) {
-    writePlot(layout, source, 1.0, vertices, options, [&](std::span<const SurfaceJob> jobs) {
-        return writeSurfaces(layout, jobs, options.threads, options.progress);
+    writePlot(layout, source, 1.0, pieces, options, [&](std::span<const SurfaceJob> jobs) {
+        return writeSurfaces(layout, jobs, pieces, options.threads, options.progress);
     });
 }
 

@@ -38,7 +38,6 @@ struct BuiltPlot {
     std::uint32_t dimensions = 0; // 0: nothing
     std::int32_t xEdges = 0;
     std::int32_t zEdges = 0;
-    std::size_t floats = 0; // of all surfaces
     std::vector<std::uint32_t> rows;
     std::vector<Surface> surfaces; // or curves, in the order in which they lie in the memory
 
@@ -58,22 +57,26 @@ public:
     BuildCancelled() : OrreryError("Drawing the plot was cancelled.") {}
 };
 
-/// Floats of the whole plot. `held` floats are there already and need no free memory.
-/// @throws OrreryError when they would not fit into memory or 32 bits
-[[nodiscard]] std::size_t vertexFloats(const PlotLayout& layout, std::uint64_t held = 0);
+/// What to do about a plot that does not fit.
+inline constexpr const char* smallerPlotRemedy =
+    "Include fewer responses, or put a variable with fewer values on an axis.";
+
+/// Floats of the whole plot. Memory for `held` floats is there already, or is given back for it.
+/// @throws OrreryError with what is needed and what there is, when they would not fit into memory or 32 bits
+[[nodiscard]] std::uint32_t vertexFloats(const PlotLayout& layout, std::uint64_t held = 0);
 
 /// Curves: x, y, z = 0 per vertex, one polyline of xEdges vertices per included response variable.
 /// x = i ÷ (xEdges ÷ 2) − 1, y = value × scale × 2 ÷ M − 1, in the precision and order that the functions state.
 /// A row behind the end of the row list or of the block is never read; its value counts as 0.
-/// `vertices` must hold exactly the layout's floats, and is only written.
+/// The pieces must hold exactly the layout's vertices, in order, and are only written.
 /// @throws AssertionFailure "Inconsistent float count" when the layout's count of surfaces is not that of `responses`
 /// @throws BuildCancelled
-void write2DVertexData(const PlotLayout& layout, const PlotSource& source, std::span<float> vertices,
+void write2DVertexData(const PlotLayout& layout, const PlotSource& source, std::span<const VertexPiece> pieces,
                        const BuildOptions& options = {});
 
 /// Surfaces: two triangles per grid cell, normal and position per vertex, cells x-major, flat normals.
 /// y = value × scale ÷ M; both axes run from −1 to 1. @throws as write2DVertexData
-void write3DVertexData(const PlotLayout& layout, const PlotSource& source, std::span<float> vertices,
+void write3DVertexData(const PlotLayout& layout, const PlotSource& source, std::span<const VertexPiece> pieces,
                        const BuildOptions& options = {});
 
 /// The same into memory of their own. @throws as vertexFloats, too

@@ -6,6 +6,9 @@
 #include "platform/qt/QtTextRasterizer.h"
 #include "plot/GlCheck.h"
 #include "plot/OpenGLPlotView.h"
+#include "plot/data/VertexData.h"
+
+#include <string>
 
 namespace orrery {
 
@@ -36,13 +39,21 @@ Pixels renderPlot(const PlotPictureRequest& request, TextRasterizer& rasterizer,
     if (const std::string missing = missingGlFeature(); !missing.empty()) {
         throw OrreryError(missing, {}, "Install a newer OpenGL driver.");
     }
+    std::string glError;
+    const GlErrorWatch watch(glError);
     OpenGLPlotView view(surface, rasterizer);
     view.prepareOpenGL();
     resetView(view);
     build(view);
     applyRequest(request, view);
     view.drawRect();
-    return surface.readPixels();
+    Pixels pixels = surface.readPixels();
+    glCheckError();
+    if (!glError.empty() || !view.failure().empty()) {
+        throw OrreryError(view.failure().empty() ? "OpenGL could not draw the plot: " + glError + "." : view.failure(),
+                          {}, smallerPlotRemedy);
+    }
+    return pixels;
 }
 
 void renderPlotPng(const std::string& path, const PlotPictureRequest& request, const PlotBuilder& build) {

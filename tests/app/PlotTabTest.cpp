@@ -3,6 +3,8 @@
 #include "run/IndexSet.h"
 #include "run/SweepVariables.h"
 
+#include <gmock/gmock.h>
+
 #include <QAbstractItemView>
 #include <QCheckBox>
 #include <QClipboard>
@@ -13,6 +15,8 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QOpenGLContext>
+#include <QOpenGLFunctions>
 #include <QOpenGLWidget>
 #include <QPointer>
 #include <QPushButton>
@@ -305,7 +309,15 @@ TEST_F(PlotTabTest, APlotBeyondTheMemoryIsToldAndLeavesThePlotEmpty) {
     auto& alert = find<QMessageBox>(window, "alert");
     EXPECT_EQ(alert.text(), "The plot could not be drawn.");
     alert.close();
-    EXPECT_FALSE(notice(window).isEmpty());
+    EXPECT_THAT(notice(window).toStdString(), testing::MatchesRegex("The plot, 300 responses of .* but .* GB.*\\."));
+    many.resize(1);
+    window.document().setDependentVariables(many);
+    choose(role(window, 0), 0);
+    EXPECT_EQ(notice(window), "");
+    find<QOpenGLWidget>(window, "glView").makeCurrent();
+    QOpenGLContext::currentContext()->functions()->glEnable(0xffff);
+    window.document().outlets().glView->setNeedsDisplay();
+    EXPECT_TRUE(waitFor([&] { return notice(window) == "OpenGL could not draw the plot: invalid enumerant."; }));
 }
 
 TEST_F(PlotTabTest, VariablesOfOneOrNoValueAndManyResponsesHaveTheirRows) {

@@ -7,6 +7,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <algorithm>
 #include <array>
@@ -111,11 +112,44 @@ TEST(AxisRole, IsHeldByOneVariableAtATime) {
     EXPECT_THAT(change.enabled, ElementsAre(2));
 }
 
+/// What the writer leaves in pieces of at most so many floats, joined: what two of them hold is asserted to be equal.
+std::vector<float> writtenInPieces(decltype(write3DVertexData) write, const PlotLayout& layout, const Results& results,
+                                   std::size_t most) {
+    const std::uint32_t perVertex = layout.floatsPerVertex();
+    std::vector<std::vector<float>> blocks;
+    std::vector<VertexPiece> pieces;
+    for (const VertexRun& run : cutVertices(vertexFloats(layout) / perVertex, layout.dimensions, most)) {
+        EXPECT_LE(run.count * perVertex, most);
+        blocks.emplace_back(run.count * perVertex, nan);
+        pieces.push_back({run.first, blocks.back()});
+    }
+    write(layout, results.source(), pieces, {.threads = 2});
+    std::vector<float> joined;
+    for (const VertexPiece& piece : pieces) {
+        const std::size_t at = piece.first * perVertex;
+        EXPECT_TRUE(std::ranges::equal(std::span(joined).subspan(at), piece.floats.first(joined.size() - at)));
+        joined.resize(at);
+        joined.insert(joined.end(), piece.floats.begin(), piece.floats.end());
+    }
+    return joined;
+}
+
 TEST(Curves, RunFromMinusOneAndReachOneAtTheMaximum) {
     const Results results({9, 0, 0, 9, 0, 1, 9, 0, 2, 9, 0, 3, 9, 0, 4}, {false, false, true});
     const auto vertices = make2DVertexData(results.layout({axis("day", 1, 5)}), results.source());
     EXPECT_THAT(vertices, Pointwise(FloatEq(), {-1.0F, -1.0F, 0.0F, -0.6F, -0.5F, 0.0F, -0.2F, 0.0F, 0.0F, //
                                                 0.2F, 0.5F, 0.0F, 0.6F, 1.0F, 0.0F}));
+}
+
+TEST(Curves, GoOnOverTheBorderOfTwoPieces) {
+    const Results results({1, 5, 2, 4, 3, 3, 4, 2, 5, 1}, {true, true});
+    const PlotLayout layout = results.layout({axis("day", 1, 5)});
+    const std::vector<float> whole = make2DVertexData(layout, results.source());
+    for (const std::size_t most : {6U, 10U, 12U, 29U, 30U}) {
+        EXPECT_EQ(writtenInPieces(write2DVertexData, layout, results, most), whole) << most;
+        EXPECT_EQ(cutVertices(10, 2, most)[0].count, most / 3);
+    }
+    EXPECT_EQ(cutVertices(10, 2, 12), (std::vector<VertexRun>{{0, 4}, {3, 4}, {6, 4}}));
 }
 
 TEST(Curves, NeverReadPastTheRowsOrTheBlock) {
@@ -208,10 +242,14 @@ TEST(Surfaces, AreTheSameByEveryRoadToTheBit) {
             std::vector<float> memory(plain.size() + 2, nan);
             for (const std::size_t offset : {0U, 1U}) { // the second is not aligned, and may not be streamed
                 const auto vertices = std::span(memory).subspan(offset, plain.size());
-                write3DVertexData(layout, results.source(), vertices, {.threads = threads});
+                const VertexPiece whole{0, vertices};
+                write3DVertexData(layout, results.source(), {&whole, 1}, {.threads = threads});
                 EXPECT_TRUE(sameBits(vertices, plain)) << xEdges << " x " << zEdges << ", " << threads << " threads";
                 EXPECT_TRUE(std::isnan(memory.back()));
             }
+        }
+        for (const std::size_t most : {40 + plain.size() / 50, 36 + plain.size() / 3}) {
+            EXPECT_TRUE(sameBits(writtenInPieces(write3DVertexData, layout, results, most), plain)) << most;
         }
     }
 }
@@ -240,13 +278,15 @@ TEST(Surfaces, AreWrittenAgainOnlyWhereTheyChange) {
         const std::vector<IndependentVariable> axes = {axis("a", 1, 3), axis("b", 2, 3)};
         std::vector<float> memory(vertexFloats(results.layout(axes)));
         BuiltPlot built;
-        write3DVertexData(results.layout(axes), results.source(), memory, {.built = &built});
+        const VertexPiece before{0, memory};
+        write3DVertexData(results.layout(axes), results.source(), {&before, 1}, {.built = &built});
         row.change(results);
         std::ranges::fill(memory, nan);
         const PlotLayout layout = results.layout(axes);
         for (int round = 0; round < 2; ++round) { // the second time all is there
             const auto vertices = std::span(memory).first(vertexFloats(layout));
-            write3DVertexData(layout, results.source(), vertices, {.built = &built});
+            const VertexPiece now{0, vertices};
+            write3DVertexData(layout, results.source(), {&now, 1}, {.built = &built});
             const std::vector<float> all = make3DVertexData(layout, results.source());
             for (std::size_t s = 0; s < row.kept.size(); ++s) {
                 const std::size_t floats = vertices.size() / row.kept.size();
@@ -267,20 +307,21 @@ TEST(Plots, AreGivenUpWhenTheProgressSaysSo) {
         SCOPED_TRACE(layout.dimensions);
         const auto write = layout.dimensions == 2 ? write2DVertexData : write3DVertexData;
         std::vector<float> memory(vertexFloats(layout));
+        const VertexPiece whole{0, memory};
         BuiltPlot built;
         std::vector<double> parts;
         BuildOptions options{.threads = 2, .built = &built, .progress = [&](double part) {
                                  parts.push_back(part);
                                  return true;
                              }};
-        write(layout, results.source(), memory, options);
+        write(layout, results.source(), {&whole, 1}, options);
         EXPECT_GT(parts.size(), 2U);
         EXPECT_TRUE(std::ranges::is_sorted(parts));
         EXPECT_THAT(parts, testing::Each(testing::AllOf(testing::Ge(0), testing::Lt(1))));
         built.surfaces.clear();
         int calls = 0;
         options.progress = [&](double) { return ++calls < 2; };
-        EXPECT_THROW(write(layout, results.source(), memory, options), BuildCancelled);
+        EXPECT_THROW(write(layout, results.source(), {&whole, 1}, options), BuildCancelled);
         EXPECT_FALSE(built.isOf(layout, results.rows));
     }
 }
@@ -298,9 +339,32 @@ TEST(PlotData, IsRefusedWhenTheLayoutCountsOtherSurfaces) {
     PlotLayout layout = results.layout({axis("a", 1, 2), axis("b", 2, 2)});
     layout.nSurfaces = 2;
     EXPECT_THROW((void)make3DVertexData(layout, results.source()), AssertionFailure);
-    layout.nSurfaces = 1;
-    layout.xQuads = layout.zQuads = 1'000'000;
-    EXPECT_THROW((void)make3DVertexData(layout, results.source()), OrreryError);
+}
+
+TEST(PlotData, IsRefusedWithBothFiguresWhereItDoesNotFit) {
+    PlotLayout layout{.nSurfaces = 100, .xQuads = 7'000'000, .zQuads = 1, .dimensions = 3, .labels = {}};
+    const std::string message = "The plot, 100 responses of 42000000 vertices each, would need 100 GB of memory, but ";
+    const auto refusal = [&layout](std::uint64_t held) {
+        try {
+            return std::to_string(vertexFloats(layout, held));
+        } catch (const OrreryError& error) {
+            return error.problem();
+        }
+    };
+    EXPECT_EQ(refusal(0), message + "no plot can have more than 17 GB.");
+    layout.xQuads = layout.zQuads = std::numeric_limits<std::int32_t>::max();
+    EXPECT_THAT(refusal(0), testing::HasSubstr("no plot can have more than 17 GB."));
+    rlimit limit{};
+    ASSERT_EQ(getrlimit(RLIMIT_AS, &limit), 0);
+    const rlimit small = {1U << 30U, limit.rlim_max}; // a block of 1.1 GB can never be free
+    layout = {.nSurfaces = 1, .xQuads = 8'000'000, .zQuads = 1, .dimensions = 3, .labels = {}};
+    ASSERT_EQ(setrlimit(RLIMIT_AS, &small), 0);
+    const std::string refused = refusal(0);
+    const std::string held = refusal(288'000'000);
+    ASSERT_EQ(setrlimit(RLIMIT_AS, &limit), 0);
+    EXPECT_THAT(refused, testing::MatchesRegex("The plot, 1 responses of 48000000 vertices each, would need 1.1 GB of "
+                                               "memory, but only [0-9.]+ [kM]?B(ytes)? are free."));
+    EXPECT_EQ(held, "288000000") << "the memory of the plot before serves this one";
 }
 
 struct MaximumCase {

@@ -11,7 +11,8 @@ Pixels BlockRasterizer::rasterize(std::string_view, const TextAttributes&, int) 
     return {width, height, std::vector<std::uint8_t>(std::size_t{4} * width * height, 255)};
 }
 
-TestView::TestView(int width, int height, int samples) : surface(width, height, samples), view(surface, rasterizer) {
+TestView::TestView(int width, int height, int samples, std::size_t largestBytes)
+    : surface(width, height, samples), view(surface, rasterizer, largestBytes) {
     view.prepareOpenGL();
     view.camera().viewPos = {0, 1, 4};
     view.camera().viewDir = {0, -2, -10};

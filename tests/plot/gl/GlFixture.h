@@ -32,7 +32,7 @@ struct TestSurface : EglSurface {
 
 /// A view on a surface of its own with a new window's camera.
 struct TestView {
-    explicit TestView(int width = 300, int height = 240, int samples = 1);
+    explicit TestView(int width = 300, int height = 240, int samples = 1, std::size_t largestBytes = largestBuffer);
     [[nodiscard]] Pixels frame(); // draws one and reads it
     [[nodiscard]] Pixels frameOf(const Scene& scene);
 

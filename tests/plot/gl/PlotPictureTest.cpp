@@ -11,6 +11,7 @@
 #include <gmock/gmock.h>
 
 #include <QImage>
+#include <utility>
 
 namespace orrery::test {
 namespace {
@@ -88,26 +89,32 @@ struct RefusedCase {
     int width;
     int height;
     const char* message;
+    bool glError = false; // while the plot is drawn
 };
 class RefusedPicture : public GlTest, public ::testing::WithParamInterface<RefusedCase> {};
 TEST_P(RefusedPicture, SaysWhyAndLeavesNoFile) {
     const TemporaryFolder folder;
     const std::string path = folder.path() + "plot.png";
     try {
-        renderPlotPng(path, {.width = GetParam().width, .height = GetParam().height}, [](PlotView&) {});
+        renderPlotPng(path, {.width = GetParam().width, .height = GetParam().height}, [](PlotView& view) {
+            plate().show(view);
+            if (GetParam().glError) glEnable(0xffff);
+        });
         ADD_FAILURE() << "drawn";
     } catch (const OrreryError& error) {
         EXPECT_THAT(error.what(), ::testing::HasSubstr(GetParam().message));
         EXPECT_FALSE(error.remedy().empty());
     }
     EXPECT_FALSE(fileExists(path));
+    EXPECT_EQ(std::exchange(m_log, {}).size(), GetParam().glError ? 1U : 0U);
 }
-INSTANTIATE_TEST_SUITE_P(Sizes, RefusedPicture,
+INSTANTIATE_TEST_SUITE_P(Reasons, RefusedPicture,
                          ::testing::Values(RefusedCase{"noWidth", 0, 100, "no area"},
                                            RefusedCase{"noHeight", 100, 0, "no area"},
                                            RefusedCase{"negative", -5, 100, "no area"},
                                            RefusedCase{"huge", 30000, 30000, "larger than"},
-                                           RefusedCase{"hugest", 2147483647, 2147483647, "larger than"}),
+                                           RefusedCase{"hugest", 2147483647, 2147483647, "larger than"},
+                                           RefusedCase{"anyErrorOfOpenGl", 90, 70, "invalid enumerant", true}),
                          [](const auto& row) { return row.param.name; });
 
 } // namespace

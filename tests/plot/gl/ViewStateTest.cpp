@@ -1,15 +1,20 @@
 // What drawing leaves behind: state, objects, contexts.
+#include "platform/OrreryError.h"
 #include "plot/Gl.h"
 #include "plot/GlCheck.h"
 #include "plot/gl/GlFixture.h"
 
 #include <gmock/gmock.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include <cstdint>
 #include <cstdlib>
+#include <fstream>
 #include <initializer_list>
 #include <memory>
 #include <new>
+#include <utility>
 
 namespace {
 
@@ -135,7 +140,66 @@ TEST_F(GlTest, LentMemoryIsTheBuffersAndShowsNothingUntilItIsGivenBack) {
     EXPECT_NE(test.view.ident(), buffer) << "nor is a large buffer held for a small plot";
     test.view.releaseContext();
     test.surface.loseContext();
-    EXPECT_EQ(test.view.lendVertices(36).floats.size(), 36U);
+    EXPECT_EQ(test.view.lendVertices(36).pieces.at(0).floats.size(), 36U);
+}
+
+TEST_F(GlTest, SeveralBuffersShowTheSamePicture) {
+    for (const std::size_t bytes : {500U, 1999U, 7000U}) {
+        for (const Scene& scene : {plate(), curves()}) { // 14,400 and 1,800 bytes
+            TestView test(300, 240, 1, bytes);
+            const Pixels wanted = TestView().frameOf(scene);
+            EXPECT_EQ(test.frameOf(scene).rgba, wanted.rgba) << bytes;
+            EXPECT_EQ(countNames(glIsBuffer) > 1, bytes < 1800 || scene.axes.size() == 2) << bytes;
+            scene.show(test.view);
+            EXPECT_TRUE(test.view.lendVertices(scene.axes.size() == 2 ? 3600 : 450).kept);
+            scene.show(test.view);
+            test.view.releaseContext();
+            test.surface.loseContext();
+            test.surface.recreateContext();
+            test.view.prepareOpenGL();
+            EXPECT_EQ(test.frame().rgba, wanted.rgba) << bytes;
+        }
+    }
+}
+
+TEST_F(GlTest, MemoryThatOpenGlDoesNotGiveIsRefusedWithBothFigures) {
+    TestView test;
+    const Pixels wanted = test.frameOf(plate());
+    rlimit limit{};
+    ASSERT_EQ(getrlimit(RLIMIT_AS, &limit), 0);
+    rlim_t pages = 0;
+    std::ifstream("/proc/self/statm") >> pages;
+    const rlimit small = {pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE)) + (3U << 29U), limit.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_AS, &small), 0);
+    std::string refused;
+    try {
+        static_cast<void>(test.view.lendVertices(std::size_t{36} * 18'000'000)); // 2.5 GB in 3 buffers
+    } catch (const OrreryError& error) {
+        refused = error.problem();
+    }
+    ASSERT_EQ(setrlimit(RLIMIT_AS, &limit), 0);
+    EXPECT_EQ(refused, "The plot needs 2.5 GB of graphics memory, but OpenGL gives only 1 GB.");
+    EXPECT_THAT(std::exchange(m_log, {}), ::testing::ElementsAre("Error: out of memory."));
+    EXPECT_EQ(test.view.heldFloats(), 0U);
+    EXPECT_EQ(test.frameOf(plate()).rgba, wanted.rgba);
+    EXPECT_EQ(test.view.failure(), "");
+}
+
+TEST_F(GlTest, AnErrorInAFrameIsToldOnceUntilTheNextPlot) {
+    TestView test;
+    int told = 0;
+    test.view.setFailureHandler([&told] { ++told; });
+    for (int plots = 1; plots <= 2; ++plots) {
+        static_cast<void>(test.frameOf(plate()));
+        EXPECT_EQ(test.view.failure(), "");
+        for (int frames = 0; frames < 2; ++frames) {
+            glEnable(0xffff);
+            test.view.drawRect();
+        }
+        EXPECT_EQ(test.view.failure(), "OpenGL could not draw the plot: invalid enumerant.");
+        EXPECT_EQ(told, plots);
+    }
+    EXPECT_THAT(std::exchange(m_log, {}), ::testing::Each("Error: invalid enumerant."));
 }
 
 TEST_F(GlTest, ADestroyedViewDeletesItsObjectsInItsOwnContext) {
