@@ -24,6 +24,7 @@ void RunPanel::refresh() {
     m_menu.actionAbort->setEnabled(state != RunControl::State::Idle);
     m_ui.startStopButton->setText(state == RunControl::State::Idle ? tr("Start") : tr("Stop"));
     m_ui.runState->setText(state == RunControl::State::Waiting   ? tr("Waiting for another run to end")
+                           : state == RunControl::State::Ending  ? tr("Ending the earlier run")
                            : state == RunControl::State::Running ? tr("Running")
                                                                  : QString());
 }

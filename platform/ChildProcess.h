@@ -27,6 +27,10 @@ public:
     /// inside an event.
     virtual ~ChildProcess() = default;
 
+    /// Descriptors of ours that the child does not get, but that stay open as long as anything of it lives: a lock, for
+    /// example. Legal before start(), which uses them.
+    virtual void hold(std::vector<int> /*descriptors*/) {}
+
     /// Starts `command` (an absolute path and its arguments) in a process group of its own, with standard input from
     /// /dev/null, no other descriptor of ours and default signals. Legal once. A failed start gives its reason as one
     /// line of output and then the end.
@@ -38,8 +42,9 @@ public:
     /// Stops listening: no event is delivered any more. Legal in every state.
     virtual void stopListening() = 0;
 
-    /// Asks the child's whole group to end (SIGTERM) and ends what is left 2 s later (SIGKILL). Returns at once;
-    /// harmless if the child has already ended.
+    /// Asks everything that came of the child to end (SIGTERM), also what went into a session of its own, and ends what
+    /// is left 2 s later (SIGKILL). Returns at once; harmless if the child has already ended. The same happens, with
+    /// half a second, when we end in whatever way.
     virtual void terminate() = 0;
 };
 

@@ -18,7 +18,7 @@ namespace orrery {
 
 namespace {
 
-constexpr auto turnInterval = std::chrono::milliseconds(250);
+constexpr auto turnInterval = std::chrono::milliseconds(100);
 
 // Buttons of the unsaved-changes alert, in its order.
 enum SaveAnswer : std::size_t { Save = 0, Cancel = 1, DontSave = 2 };
@@ -128,11 +128,7 @@ void RunControl::simulationStartOrAbort() {
 
 void RunControl::abortSimulation() {
     m_isAborted = true;
-    if (m_state == State::Waiting) {
-        m_turn.reset();
-        setButton(ButtonState::Off);
-        setState(State::Idle);
-    }
+    if (isWaiting()) endWait();
     if (m_searchTask) m_searchTask->stopProcess();
 }
 
@@ -145,57 +141,108 @@ void RunControl::askWhetherToAbortRunning() {
 }
 
 void RunControl::startWhenFree(const std::string& enginePath) {
-    auto lock = RunLock::tryAcquire(m_services.temporaryDirectory, m_host.filePath().value_or("untitled setup"));
-    if (auto* ours = std::get_if<RunLock>(&lock)) {
+    auto turn = tryTurn();
+    if (!turn) return;
+    if (auto* ours = std::get_if<RunLock>(&*turn)) {
         startEngine(enginePath, std::move(*ours));
+        return;
+    }
+    const auto& holder = std::get<RunLock::Holder>(*turn);
+    if (waitFor(holder) == State::Ending) {
+        waitForTurn(enginePath, State::Ending);
     } else if (m_waitsForTurn) {
-        if (m_state != State::Waiting && m_services.message) {
-            const AlertText text = someoneElseRuns(std::get<RunLock::Holder>(lock));
+        if (!isWaiting() && m_services.message) {
+            const AlertText text = someoneElseRuns(holder);
             m_services.message(fmt::format("{} {}", text.message, text.informative));
         }
-        waitForTurn(enginePath);
+        waitForTurn(enginePath, State::Waiting);
     } else {
-        askWhetherToWait(std::get<RunLock::Holder>(lock), enginePath);
+        askWhetherToWait(holder, enginePath);
     }
+}
+
+/// The lock or who has it; none when the reason why there can be no run has been shown, and any wait is over.
+std::optional<std::variant<RunLock, RunLock::Holder>> RunControl::tryTurn() {
+    std::string failure;
+    try {
+        return RunLock::tryAcquire(m_services.temporaryDirectory, m_host.filePath().value_or("untitled setup"));
+    } catch (const OrreryError& error) {
+        failure = error.what();
+    }
+    endWait();
+    showSheet({"The simulation cannot be run.", failure, {"OK"}}, {});
+    return std::nullopt;
+}
+
+/// What we wait for while that one runs.
+RunControl::State RunControl::waitFor(const RunLock::Holder& holder) const {
+    const bool isOwn = holder.run != 0 && holder.run == m_lastRun.run && holder.processId == m_lastRun.processId;
+    return isOwn ? State::Ending : State::Waiting;
 }
 
 void RunControl::askWhetherToWait(const RunLock::Holder& holder, const std::string& enginePath) {
     showSheet(someoneElseRuns(holder), [this, enginePath](std::size_t button) {
+        if (m_state == State::Running) return; // an earlier wait has come to its end while the sheet was open
         if (button == 0) {
-            waitForTurn(enginePath);
+            waitForTurn(enginePath, State::Waiting);
         } else {
-            setButton(ButtonState::Off);
+            endWait();
         }
     });
 }
 
-void RunControl::waitForTurn(const std::string& enginePath) {
+void RunControl::waitForTurn(const std::string& enginePath, State state) {
+    m_turn = m_services.runLoop->repeat(turnInterval, [this, enginePath] { lookForTurn(enginePath); });
     setButton(ButtonState::On);
-    setState(State::Waiting);
-    m_turn = m_services.runLoop->repeat(turnInterval, [this, enginePath] {
-        auto lock = RunLock::tryAcquire(m_services.temporaryDirectory, m_host.filePath().value_or("untitled setup"));
-        if (auto* ours = std::get_if<RunLock>(&lock)) {
-            const auto keptToTheEnd = std::move(m_turn); // this callback and its path go with the timer
-            startEngine(enginePath, std::move(*ours));
-        }
-    });
+    setState(state);
+}
+
+void RunControl::lookForTurn(const std::string& enginePath) {
+    auto turn = tryTurn();
+    if (!turn) return;
+    if (auto* ours = std::get_if<RunLock>(&*turn)) {
+        const auto keptToTheEnd = std::move(m_turn); // the timer's callback and its path go with it
+        startEngine(enginePath, std::move(*ours));
+    } else if (const State now = waitFor(std::get<RunLock::Holder>(*turn)); now != m_state) {
+        setState(now);
+    }
+}
+
+void RunControl::endWait() {
+    m_turn.reset();
+    setButton(ButtonState::Off);
+    setState(State::Idle);
 }
 
 void RunControl::startEngine(const std::string& enginePath, RunLock lock) {
     m_turn.reset();
+    m_lastRun = lock.holder();
     m_lock = std::move(lock);
     m_isAborted = false;
     m_resultsBuilt = false;
-    m_tableDateBefore = modificationDate(resultTablePath(m_services.temporaryDirectory));
-    m_host.clearSweepForRun();
-    setButton(ButtonState::On);
+    try {
+        m_tableDateBefore = modificationDate(resultTablePath(m_services.temporaryDirectory));
+        m_host.clearSweepForRun();
+        setButton(ButtonState::On);
+        makeTask(enginePath);
+        logLine("Starting task.");
+        setState(State::Running);
+        m_searchTask->startProcess();
+    } catch (...) {
+        if (m_searchTask) m_searchTask->clearController();
+        m_searchTask.reset();
+        m_lock.reset();
+        endWait();
+        throw;
+    }
+}
+
+void RunControl::makeTask(const std::string& enginePath) {
     m_searchTask.reset();
     std::vector<std::string> arguments = {enginePath};
     if (auto path = m_host.filePath()) arguments.push_back(*path);
-    m_searchTask = std::make_unique<TaskWrapper>(this, std::move(arguments), *m_services.launcher);
-    logLine("Starting task.");
-    setState(State::Running);
-    m_searchTask->startProcess();
+    m_searchTask =
+        std::make_unique<TaskWrapper>(this, std::move(arguments), *m_services.launcher, m_lock->descriptors());
 }
 
 void RunControl::processStarted() {
@@ -225,6 +272,7 @@ void RunControl::processFinished() {
 void RunControl::finishResults() {
     std::string failure;
     try {
+        requireOwnTable();
         if (const std::string note = staleTableNote(); !note.empty()) appendStatus("\n" + note);
         for (const std::string& note : m_host.buildResults()) {
             appendStatus("\n" + note);
@@ -247,6 +295,23 @@ void RunControl::finishResults() {
     }
     appendStatus("\n" + failure);
     showSheet({"The results could not be read.", failure, {"OK"}}, {});
+}
+
+/// Where the lock was lost, another run may have written the table.
+void RunControl::requireOwnTable() {
+    switch (m_lock->standing()) {
+    case RunLock::Standing::Whole:
+        return;
+    case RunLock::Standing::FileLost:
+        appendStatus(fmt::format("\n{}: the lock of this run was removed or replaced while the engine ran; the lock of "
+                                 "the directory has kept other runs out.",
+                                 m_lock->path()));
+        return;
+    case RunLock::Standing::Lost:
+        throw OrreryError("The lock of this run was removed or replaced while the engine ran. The table may be another "
+                          "run's, so it was not read.",
+                          {m_lock->path()}, "Run again, and let nothing clear the temporary directory meanwhile.");
+    }
 }
 
 std::string RunControl::staleTableNote() const {

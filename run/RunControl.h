@@ -3,8 +3,8 @@
 #include "platform/Date.h"
 #include "platform/OrreryError.h"
 #include "platform/Outlets.h"
+#include "platform/RunLock.h"
 #include "platform/RunLoop.h"
-#include "platform/TemporaryDirectory.h"
 #include "run/TaskWrapper.h"
 
 #include <functional>
@@ -12,6 +12,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
 namespace orrery {
@@ -63,7 +64,12 @@ struct RunServices {
 /// Owned by its document; main thread.
 class RunControl : public TaskWrapperController {
 public:
-    enum class State { Idle, Waiting, Running }; // Waiting: for another run in the same temporary directory
+    enum class State {
+        Idle,
+        Waiting, // for another run in the same temporary directory
+        Ending,  // for what is left of this document's earlier run; ours starts then
+        Running
+    };
 
     RunControl(RunHost& host, RunServices services);
     RunControl(const RunControl&) = delete;
@@ -93,8 +99,15 @@ public:
 private:
     void startWhenFree(const std::string& enginePath);
     void askWhetherToWait(const RunLock::Holder& holder, const std::string& enginePath);
-    void waitForTurn(const std::string& enginePath);
+    void waitForTurn(const std::string& enginePath, State state);
+    void lookForTurn(const std::string& enginePath);
+    void endWait();
+    [[nodiscard]] std::optional<std::variant<RunLock, RunLock::Holder>> tryTurn();
+    [[nodiscard]] State waitFor(const RunLock::Holder& holder) const;
+    [[nodiscard]] bool isWaiting() const { return m_state == State::Waiting || m_state == State::Ending; }
     void startEngine(const std::string& enginePath, RunLock lock);
+    void makeTask(const std::string& enginePath);
+    void requireOwnTable();
     void askWhetherToAbortRunning();
     void finishResults();
     [[nodiscard]] std::string staleTableNote() const;
@@ -107,6 +120,7 @@ private:
     RunServices m_services;
     RunOutlets m_outlets;
     std::unique_ptr<TaskWrapper> m_searchTask; // of the current or last run
+    RunLock::Holder m_lastRun;                 // as the lock's holder
     std::optional<RunLock> m_lock;             // held from the engine's start until the table is read
     std::unique_ptr<RunLoop::Source> m_turn;   // looks now and then whether it is our turn
     std::optional<Date> m_tableDateBefore;     // of the table that an earlier run left

@@ -7,8 +7,8 @@
 namespace orrery {
 
 TaskWrapper::TaskWrapper(TaskWrapperController* controller, std::vector<std::string> arguments,
-                         ChildProcessLauncher& launcher)
-    : m_controller(controller), m_arguments(std::move(arguments)), m_launcher(launcher) {}
+                         ChildProcessLauncher& launcher, std::vector<int> held)
+    : m_controller(controller), m_arguments(std::move(arguments)), m_launcher(launcher), m_held(std::move(held)) {}
 
 TaskWrapper::~TaskWrapper() {
     if (m_state == State::Stopping) {
@@ -24,6 +24,7 @@ void TaskWrapper::startProcess() {
     if (m_controller != nullptr) m_controller->processStarted();
     if (alive.expired() || m_state != State::Running) return; // stopped by what it was told
     m_task = m_launcher.makeChildProcess();
+    m_task->hold(m_held);
     m_task->start(m_arguments, {.output = [this](std::span<const std::byte> bytes) { getData(bytes); },
                                 .ended = [this](const ProcessEnd& end) { m_end = end; },
                                 .endOfOutput = [this] { stopProcess(); },

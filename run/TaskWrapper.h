@@ -29,7 +29,9 @@ public:
 class TaskWrapper {
 public:
     /// `arguments`: the executable's absolute path, then its arguments. The controller is not owned. Starts nothing.
-    TaskWrapper(TaskWrapperController* controller, std::vector<std::string> arguments, ChildProcessLauncher& launcher);
+    /// `held`: descriptors that stay open as long as anything of the engine's run lives.
+    TaskWrapper(TaskWrapperController* controller, std::vector<std::string> arguments, ChildProcessLauncher& launcher,
+                std::vector<int> held = {});
     TaskWrapper(const TaskWrapper&) = delete;
     TaskWrapper& operator=(const TaskWrapper&) = delete;
     ~TaskWrapper(); // stops first, so a controller that is still set hears processFinished; legal in every callback
@@ -50,6 +52,7 @@ private:
     TaskWrapperController* m_controller;
     std::vector<std::string> m_arguments;
     ChildProcessLauncher& m_launcher;
+    std::vector<int> m_held;
     std::unique_ptr<ChildProcess> m_task;
     ProcessEnd m_end;
     Utf8Decoder m_decoder; // carries a character that two pieces share

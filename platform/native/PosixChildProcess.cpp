@@ -5,7 +5,7 @@
 
 #include <fmt/format.h>
 #include <sys/ioctl.h>
-#include <sys/syscall.h>
+#include <sys/wait.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -18,17 +18,15 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr std::size_t pieceSize = 65536;
-constexpr auto endLookInterval = 2ms;
-constexpr ProcessEnd notStarted{ProcessEnd::Kind::NotStarted, 0};
-constexpr auto exitLookInterval = 250ms; // where the system cannot watch a process
-constexpr auto endWait = 250ms;          // after the end of the output, until the child itself has ended, too
-constexpr auto leftBehindDelay = 1s;     // after the exit, until a pipe that is still open is worth a word
+constexpr auto endWait = 250ms;      // after the end of the output, until the child itself has ended, too
+constexpr auto leftBehindDelay = 1s; // after the child's end, until a pipe that is still open is worth a word
 
 /// One child from its start to the end of its output. Shared, because an event may destroy its owner while it works.
 class Child : public std::enable_shared_from_this<Child> {
 public:
     Child(RunLoop& loop, ChildReaper& reaper) : m_loop(loop), m_reaper(reaper) {}
 
+    void hold(std::vector<int> descriptors) { m_held = std::move(descriptors); }
     void start(const std::vector<std::string>& command, ChildProcess::Events events);
     void drain();
     void stopListening();
@@ -37,50 +35,57 @@ public:
 private:
     void readPiece();
     bool deliverPiece(std::size_t limit);
-    void deliverFailure();
+    void hearGuard();
+    void take(const GuardReport& report);
     void awaitEnd();
     void reportEnd();
-    void watchExit();
-    void noteExit();
+    void deliverFailure();
     void reportLeftBehind();
+    [[nodiscard]] bool knowsEnd() const { return m_end.kind != ProcessEnd::Kind::Unknown; }
     [[nodiscard]] std::size_t bytesInPipe() const;
 
     RunLoop& m_loop;
     ChildReaper& m_reaper;
     ChildProcess::Events m_events; // stay as they are to the end: one of them may be running
     bool m_listening = false;
+    std::vector<int> m_held;
     std::string m_path;
     std::string m_failure; // why the start failed, to be delivered
-    bool m_failed = false;
-    pid_t m_pid = 0;
-    bool m_handedOver = false; // the reaper has the child
+    ProcessEnd m_end;
+    pid_t m_guard = 0; // 0: never started, or the reaper has it
     FileDescriptor m_output;
-    FileDescriptor m_status;
-    FileDescriptor m_exitDescriptor;
+    std::shared_ptr<FileDescriptor> m_control = std::make_shared<FileDescriptor>(); // the reaper needs it, too
     std::unique_ptr<RunLoop::Source> m_outputSource;
-    std::unique_ptr<RunLoop::Source> m_exitSource; // first for the exit, then for what was left behind
+    std::unique_ptr<RunLoop::Source> m_controlSource;
+    std::unique_ptr<RunLoop::Source> m_waiting; // for the child's end after its output's, or the other way round
 };
 
 std::string failureLine(const OrreryError& error) {
     return std::string(error.what()) + "\n";
 }
 
+ProcessEnd endOf(int status) {
+    if (WIFSIGNALED(status)) return {ProcessEnd::Kind::Signalled, WTERMSIG(status)};
+    return {ProcessEnd::Kind::Exited, WEXITSTATUS(status)};
+}
+
 void Child::start(const std::vector<std::string>& command, ChildProcess::Events events) {
     m_events = std::move(events);
     m_listening = true;
     try {
-        SpawnedChild spawned = spawnChild(command);
+        SpawnedChild spawned = spawnChild(command, m_held);
         m_path = command[0];
-        m_pid = spawned.pid;
+        m_guard = spawned.guard;
         m_output = std::move(spawned.output);
-        m_status = std::move(spawned.status);
+        *m_control = std::move(spawned.control);
     } catch (const OrreryError& error) {
         m_failure = failureLine(error);
+        m_end = {ProcessEnd::Kind::NotStarted, 0};
         m_outputSource = m_loop.after(0ns, [this] { reportEnd(); });
         return;
     }
     m_outputSource = m_loop.watchReadable(m_output.get(), [this] { readPiece(); });
-    watchExit();
+    m_controlSource = m_loop.watchReadable(m_control->get(), [this] { hearGuard(); });
 }
 
 void Child::readPiece() {
@@ -98,33 +103,48 @@ bool Child::deliverPiece(std::size_t limit) {
     return true;
 }
 
-/// A program's descriptors are closed a moment before it has ended, and how it did is told only then.
-void Child::awaitEnd() {
-    if (hasEnded(m_pid)) {
-        reportEnd();
-        return;
+void Child::hearGuard() {
+    if (const auto report = nextReport(*m_control)) {
+        take(*report);
+        if (m_waiting == nullptr) m_waiting = m_loop.repeat(leftBehindDelay, [this] { reportLeftBehind(); });
+    } else {
+        m_controlSource.reset(); // the guard is gone: nothing of the run lives, or somebody killed it
     }
-    const auto deadline = std::chrono::steady_clock::now() + endWait;
-    m_outputSource = m_loop.repeat(endLookInterval, [this, deadline] {
-        if (hasEnded(m_pid) || std::chrono::steady_clock::now() >= deadline) reportEnd();
-    });
+    if (m_outputSource == nullptr) reportEnd();
+}
+
+void Child::take(const GuardReport& report) {
+    if (knowsEnd()) return;
+    if (report.kind == GuardReport::Kind::NotStarted) {
+        m_failure = failureLine(startFailure(m_path, report.number));
+        m_end = {ProcessEnd::Kind::NotStarted, 0};
+    } else {
+        m_end = endOf(report.number);
+    }
+}
+
+/// A program's descriptors are closed a moment before it has ended, and how it did is known only then.
+void Child::awaitEnd() {
+    m_outputSource.reset();
+    if (knowsEnd() || m_controlSource == nullptr) {
+        reportEnd();
+    } else {
+        m_waiting = m_loop.after(endWait, [this] { reportEnd(); });
+    }
 }
 
 void Child::reportEnd() {
     const auto keep = shared_from_this();
     m_outputSource.reset();
-    m_exitSource.reset();
+    m_controlSource.reset();
+    m_waiting.reset();
     deliverFailure();
-    if (m_listening && m_events.ended != nullptr) m_events.ended(m_failed ? notStarted : endOf(m_pid));
+    if (m_listening && knowsEnd() && m_events.ended != nullptr) m_events.ended(m_end);
     if (std::exchange(m_listening, false)) m_events.endOfOutput();
 }
 
 void Child::deliverFailure() {
-    if (m_status.isOpen()) {
-        if (const auto failure = executionFailure(m_status, m_path)) m_failure = failureLine(*failure);
-    }
     const std::string line = std::exchange(m_failure, {});
-    if (!line.empty()) m_failed = true;
     if (m_listening && !line.empty()) m_events.output(std::as_bytes(std::span(line)));
 }
 
@@ -137,41 +157,28 @@ void Child::drain() {
         if (!deliverPiece(size)) break;
         held -= size;
     }
+    while (const auto report = nextReport(*m_control))
+        take(*report);
     if (m_listening) deliverFailure();
 }
 
 void Child::stopListening() {
     m_listening = false;
     m_outputSource.reset();
-    m_exitSource.reset();
-    m_exitDescriptor.reset();
+    m_controlSource.reset();
+    m_waiting.reset();
 }
 
 void Child::terminate() {
-    if (m_pid == 0 || std::exchange(m_handedOver, true)) return;
-    m_reaper.end(m_pid, m_listening ? FileDescriptor() : std::move(m_output));
-}
-
-void Child::watchExit() {
-    m_exitDescriptor = FileDescriptor(static_cast<int>(syscall(SYS_pidfd_open, m_pid, 0)));
-    if (m_exitDescriptor.isOpen()) {
-        m_exitSource = m_loop.watchReadable(m_exitDescriptor.get(), [this] { noteExit(); });
-    } else {
-        m_exitSource = m_loop.repeat(exitLookInterval, [this] {
-            if (hasEnded(m_pid)) noteExit();
-        });
-    }
-}
-
-void Child::noteExit() {
-    m_exitSource = m_loop.repeat(leftBehindDelay, [this] { reportLeftBehind(); });
-    m_exitDescriptor.reset();
+    if (m_guard == 0) return;
+    // Whoever still listens hears the end of the output, which comes when the last that holds it has been ended.
+    m_reaper.end(std::exchange(m_guard, 0), m_control, m_listening ? FileDescriptor() : std::move(m_output));
 }
 
 void Child::reportLeftBehind() {
     if (bytesInPipe() > 0) return; // still being read: look again later
     const auto keep = shared_from_this();
-    m_exitSource.reset();
+    m_waiting.reset();
     if (m_events.left == nullptr) return;
     m_events.left(fmt::format("{}: The engine has ended, but something that it left behind still holds its output. "
                               "Abort the run to end it.",
@@ -193,6 +200,7 @@ public:
         m_child->terminate();
     }
 
+    void hold(std::vector<int> descriptors) override { m_child->hold(std::move(descriptors)); }
     void start(const std::vector<std::string>& command, Events events) override {
         m_child->start(command, std::move(events));
     }

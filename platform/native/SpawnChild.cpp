@@ -1,11 +1,13 @@
 #include "platform/native/SpawnChild.h"
 
+#include "platform/Files.h"
+#include "platform/guard/InheritedState.h"
 #include "platform/native/SystemCalls.h"
 
 #include <fcntl.h>
 #include <fmt/format.h>
-#include <sys/prctl.h>
-#include <sys/syscall.h>
+#include <sys/mman.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <array>
@@ -16,18 +18,18 @@
 namespace orrery {
 namespace {
 
-struct Pipe {
-    FileDescriptor reading;
-    FileDescriptor writing;
+struct Ends {
+    FileDescriptor ours;
+    FileDescriptor theirs;
 };
 
 /// What the child needs between fork and exec, prepared before: it may allocate nothing there.
-struct ChildPlan {
-    pid_t parent;
-    int output;
-    int status;
+struct GuardPlan {
+    const char* path;
+    std::vector<char*> words;
+    std::vector<int> inherited;
+    int control;
     int descriptorLimit;
-    char* const* arguments;
 };
 
 /// Keeps every signal away for the scope: a handler of ours that ran in the child would write to our own pipes.
@@ -46,37 +48,40 @@ private:
     sigset_t m_before{};
 };
 
-OrreryError startFailure(const std::string& path, int error);
 void refuseUnusable(const std::vector<std::string>& command);
-Pipe makePipe(const std::string& path);
-[[noreturn]] void becomeProgram(const ChildPlan& plan) noexcept;
+std::string guardPath(const std::string& path);
+Ends makePipe(const std::string& path);
+Ends makeControl(const std::string& path);
+FileDescriptor commandFile(const std::vector<std::string>& command);
+[[noreturn]] void becomeGuard(const GuardPlan& plan) noexcept;
 
 } // namespace
 
-SpawnedChild spawnChild(const std::vector<std::string>& command) {
+SpawnedChild spawnChild(const std::vector<std::string>& command, const std::vector<int>& held) {
     refuseUnusable(command);
-    Pipe output = makePipe(command[0]);
-    Pipe status = makePipe(command[0]);
-    std::vector<char*> arguments;
-    arguments.reserve(command.size() + 1);
-    for (const std::string& argument : command)
-        arguments.push_back(const_cast<char*>(argument.c_str()));
-    arguments.push_back(nullptr);
-    const ChildPlan plan{getpid(), output.writing.get(), status.writing.get(), static_cast<int>(sysconf(_SC_OPEN_MAX)),
-                         arguments.data()};
+    Ends output = makePipe(command[0]);
+    Ends control = makeControl(command[0]);
+    const FileDescriptor words = commandFile(command);
+    const std::string program = guardPath(command[0]);
+    std::array arguments{std::string(runGuardName), std::to_string(control.theirs.get()), std::to_string(words.get()),
+                         std::to_string(output.theirs.get())};
+    GuardPlan plan{program.c_str(), {}, held, control.theirs.get(), static_cast<int>(sysconf(_SC_OPEN_MAX))};
+    for (std::string& argument : arguments)
+        plan.words.push_back(argument.data());
+    plan.words.push_back(nullptr);
+    plan.inherited.insert(plan.inherited.end(), {control.theirs.get(), words.get(), output.theirs.get()});
 
     const SignalsBlocked blocked;
     const pid_t pid = fork();
-    if (pid == 0) becomeProgram(plan);
+    if (pid == 0) becomeGuard(plan);
     if (pid < 0) throw startFailure(command[0], errno);
-    setpgid(pid, pid); // as the child does: whoever comes first, the group exists when either goes on
-    return {pid, std::move(output.reading), std::move(status.reading)};
+    return {pid, std::move(output.ours), std::move(control.ours)};
 }
 
-std::optional<OrreryError> executionFailure(const FileDescriptor& status, const std::string& path) {
-    int error = 0;
-    if (read(status.get(), &error, sizeof error) != static_cast<ssize_t>(sizeof error)) return std::nullopt;
-    return startFailure(path, error);
+std::optional<GuardReport> nextReport(const FileDescriptor& control) {
+    GuardReport report;
+    const ssize_t count = uninterrupted([&] { return recv(control.get(), &report, sizeof report, MSG_DONTWAIT); });
+    return count == static_cast<ssize_t>(sizeof report) ? std::optional(report) : std::nullopt;
 }
 
 namespace {
@@ -103,10 +108,14 @@ const char* remedyFor(const std::string& path, int error) {
     }
 }
 
+} // namespace
+
 OrreryError startFailure(const std::string& path, int error) {
     return OrreryError(fmt::format("The engine could not be started: {}.", systemReason(error)), {path},
                        remedyFor(path, error));
 }
+
+namespace {
 
 void refuseUnusable(const std::vector<std::string>& command) {
     if (command.empty() || command[0].empty() || command[0][0] != '/') {
@@ -120,62 +129,70 @@ void refuseUnusable(const std::vector<std::string>& command) {
     }
 }
 
-/// Above the standard descriptors, so that the child's dup2 calls overwrite neither end, whatever was closed here.
+std::string guardPath(const std::string& path) {
+    if (std::optional<std::string> found = pathForAuxiliaryExecutable(runGuardName)) return *found;
+    throw OrreryError(fmt::format("The engine could not be started: {} is not beside Orrery's programs.", runGuardName),
+                      {path}, "Install Orrery again.");
+}
+
+/// Above the standard descriptors, which the child gives other meanings, whatever was closed here.
 FileDescriptor aboveStandard(FileDescriptor descriptor) {
-    if (descriptor.get() > STDERR_FILENO) return descriptor;
+    if (!descriptor.isOpen() || descriptor.get() > STDERR_FILENO) return descriptor;
     return FileDescriptor(fcntl(descriptor.get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
 }
 
-Pipe makePipe(const std::string& path) {
-    int ends[2] = {-1, -1};
-    if (pipe2(ends, O_CLOEXEC) != 0) throw startFailure(path, errno);
-    FileDescriptor reading(ends[0]);
-    FileDescriptor writing(ends[1]);
-    Pipe made{aboveStandard(std::move(reading)), aboveStandard(std::move(writing))};
-    if (!made.reading.isOpen() || !made.writing.isOpen() || fcntl(made.reading.get(), F_SETFL, O_NONBLOCK) != 0) {
+Ends placed(const std::array<int, 2>& ends, const std::string& path) {
+    FileDescriptor first(ends[0]);
+    FileDescriptor second(ends[1]);
+    Ends made{aboveStandard(std::move(first)), aboveStandard(std::move(second))};
+    if (!made.ours.isOpen() || !made.theirs.isOpen() || fcntl(made.ours.get(), F_SETFL, O_NONBLOCK) != 0) {
         throw startFailure(path, errno);
     }
     return made;
 }
 
+Ends makePipe(const std::string& path) {
+    std::array<int, 2> ends{-1, -1};
+    if (pipe2(ends.data(), O_CLOEXEC) != 0) throw startFailure(path, errno);
+    return placed(ends, path);
+}
+
+Ends makeControl(const std::string& path) {
+    std::array<int, 2> ends{-1, -1};
+    if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()) != 0) throw startFailure(path, errno);
+    return placed(ends, path);
+}
+
+/// No arguments of the guard's: nobody who looks for the engine by its words shall find the guard, and the system's
+/// limit on a program's arguments holds for the engine alone.
+FileDescriptor commandFile(const std::vector<std::string>& command) {
+    FileDescriptor file = aboveStandard(FileDescriptor(memfd_create("command", MFD_CLOEXEC)));
+    if (!file.isOpen()) throw startFailure(command[0], errno);
+    for (const std::string& word : command) {
+        const std::size_t size = word.size() + 1;
+        if (write(file.get(), word.c_str(), size) != static_cast<ssize_t>(size)) throw startFailure(command[0], errno);
+    }
+    return file;
+}
+
 // From here on the code runs in the child of a process that may have other threads: async-signal-safe calls only.
 
-/// By the system call, since the C library keeps two signals to itself, which a parent may have left ignored.
-void resetSignalActions() noexcept {
-    constexpr std::size_t kernelSetSize = 8;
-    const std::array<unsigned long, 8> defaults{}; // at least the kernel's record, in which 0 is the default action
-    for (int number = 1; number < NSIG; ++number)
-        syscall(SYS_rt_sigaction, number, defaults.data(), nullptr, kernelSetSize);
+bool connectStandardStreams() noexcept {
+    const int null = open("/dev/null", O_RDWR);
+    return null >= 0 && dup2(null, STDIN_FILENO) >= 0 && dup2(null, STDOUT_FILENO) >= 0 &&
+           dup2(null, STDERR_FILENO) >= 0;
 }
 
-bool connectStandardStreams(int output) noexcept {
-    const int null = open("/dev/null", O_RDONLY);
-    return null >= 0 && dup2(null, STDIN_FILENO) >= 0 && dup2(output, STDOUT_FILENO) >= 0 &&
-           dup2(output, STDERR_FILENO) >= 0;
-}
-
-/// Marked rather than closed: the status pipe must live until the program is executed.
-void closeOthersOnExec(int limit) noexcept {
-    constexpr unsigned closeOnExec = 1U << 2U; // CLOSE_RANGE_CLOEXEC, Linux 5.11
-    if (syscall(SYS_close_range, STDERR_FILENO + 1, ~0U, closeOnExec) == 0) return;
-    for (int descriptor = STDERR_FILENO + 1; descriptor < limit; ++descriptor)
-        fcntl(descriptor, F_SETFD, FD_CLOEXEC);
-}
-
-void becomeProgram(const ChildPlan& plan) noexcept {
+void becomeGuard(const GuardPlan& plan) noexcept {
     setpgid(0, 0);
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
-    if (getppid() != plan.parent) _exit(127); // the parent ended before it could be watched
-    resetSignalActions();
-    if (connectStandardStreams(plan.output)) {
+    if (connectStandardStreams()) {
         closeOthersOnExec(plan.descriptorLimit);
-        sigset_t none;
-        sigemptyset(&none);
-        sigprocmask(SIG_SETMASK, &none, nullptr);
-        execv(plan.arguments[0], plan.arguments);
+        for (const int descriptor : plan.inherited)
+            fcntl(descriptor, F_SETFD, 0);
+        execv(plan.path, plan.words.data());
     }
-    const int error = errno;
-    [[maybe_unused]] const ssize_t written = write(plan.status, &error, sizeof error);
+    const GuardReport failure{GuardReport::Kind::NotStarted, errno};
+    send(plan.control, &failure, sizeof failure, MSG_NOSIGNAL);
     _exit(127);
 }
 

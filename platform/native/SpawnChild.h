@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/OrreryError.h"
+#include "platform/guard/GuardProtocol.h"
 #include "platform/native/FileDescriptor.h"
 
 #include <sys/types.h>
@@ -11,20 +12,23 @@
 
 namespace orrery {
 
-/// A child just made: the leader of a process group of its own, not reaped yet.
+/// A child just made, behind the guard that starts it and ends all that comes of it.
 struct SpawnedChild {
-    pid_t pid = 0;
-    FileDescriptor output; // reading end of the pipe that is its standard output and standard error; non-blocking
-    FileDescriptor status; // says why the program could not be executed, see executionFailure(); non-blocking
+    pid_t guard = 0;        // our child, the leader of a process group of its own, not reaped yet
+    FileDescriptor output;  // reading end of the pipe that is the child's standard output and error; non-blocking
+    FileDescriptor control; // takes orders and gives reports, see GuardProtocol.h; the guard's end is gone with it
 };
 
-/// Makes a child that executes `command` (an absolute path and its arguments) with standard input from /dev/null, no
-/// other descriptor of ours, default signals and our environment. It is killed when the calling thread ends, so call
-/// this on the main thread. Does not wait until the program is executed.
+/// Has a guard execute `command` (an absolute path and its arguments) in a process group of its own with standard input
+/// from /dev/null, no other descriptor of ours, default signals and our environment. When we are gone, the guard ends
+/// it. `held` stay open as long as anything that the child started lives. Does not wait for the program's start.
 /// @throws OrreryError naming the path, the reason and a remedy
-[[nodiscard]] SpawnedChild spawnChild(const std::vector<std::string>& command);
+[[nodiscard]] SpawnedChild spawnChild(const std::vector<std::string>& command, const std::vector<int>& held);
 
-/// Why the child could not execute its program; std::nullopt when it could, or has not tried yet.
-[[nodiscard]] std::optional<OrreryError> executionFailure(const FileDescriptor& status, const std::string& path);
+/// What the guard has to say next; std::nullopt when there is nothing now, or will be nothing more.
+[[nodiscard]] std::optional<GuardReport> nextReport(const FileDescriptor& control);
+
+/// Why the program at `path` could not be executed, for people.
+[[nodiscard]] OrreryError startFailure(const std::string& path, int error);
 
 } // namespace orrery

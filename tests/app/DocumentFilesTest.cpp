@@ -4,7 +4,7 @@
 #include "app/ShellTest.h"
 #include "app/StartPanel.h"
 #include "platform/Files.h"
-#include "platform/TemporaryDirectory.h"
+#include "platform/RunLock.h"
 
 #include <QListView>
 #include <QMenu>
@@ -150,7 +150,9 @@ TEST_F(DocumentFilesTest, ClosingDuringARunAsksAndEndsTheEngine) {
     window->close();
     answer(*window, "is running", "Abort and Close");
     ASSERT_TRUE(waitFor([&] { return window == nullptr; }));
-    EXPECT_TRUE(std::holds_alternative<RunLock>(RunLock::tryAcquire(files.path() + "tmp/", "test")));
+    EXPECT_TRUE(waitFor([&] { // what is left of the run keeps the lock
+        return std::holds_alternative<RunLock>(RunLock::tryAcquire(files.path() + "tmp/", "test"));
+    }));
 }
 
 TEST_F(DocumentFilesTest, AFileOpensOnceUnderAllItsNames) {

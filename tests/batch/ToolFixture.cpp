@@ -9,6 +9,8 @@
 #include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <thread>
 #include <utility>
 
@@ -39,6 +41,12 @@ constexpr const char* setup =
 
 int openForChild(const std::string& path) {
     return ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600); // NOLINT(*-vararg)
+}
+
+/// What the file holds by now, also while it is being written.
+std::string textSoFar(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 } // namespace
@@ -106,7 +114,7 @@ bool RunningTool::hasEnded() const {
 }
 
 void RunningTool::awaitError(const std::string& text) const {
-    while (readWholeFile(m_err).find(text) == std::string::npos) {
+    while (textSoFar(m_err).find(text) == std::string::npos) {
         ASSERT_FALSE(hasEnded()) << "ended without: " << text;
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }

@@ -3,6 +3,8 @@
 
 #include <gmock/gmock.h>
 
+#include <filesystem>
+
 namespace orrery::test {
 namespace {
 
@@ -247,6 +249,64 @@ TEST_F(RunControlTest, OneRunAtATimeUsesTheTemporaryDirectory) {
     loop.tick();
     EXPECT_EQ(second.runControl().state(), RunControl::State::Running);
     EXPECT_EQ(launcher.last().command.size(), 1U); // an untitled setup has no file to name
+}
+
+/// Run again while waiting, then an answer to the second sheet: button and state agree, and a wait that was cancelled
+/// starts nothing later.
+TEST_F(RunControlTest, EveryAnswerWhileWaitingLeavesButtonAndStateInAgreement) {
+    struct Case {
+        const char* name;
+        const char* doing; // a: abort; f: the other run ends; t: time passes; 0, 1: the second sheet's answer
+        RunControl::State state;
+    };
+    using State = RunControl::State;
+    for (const Case& row :
+         {Case{"cancel", "1ft", State::Idle}, Case{"waitTwice", "0ft", State::Running},
+          Case{"cancelAfterTheTurnCame", "ft1", State::Running}, Case{"waitAfterTheTurnCame", "ft0t", State::Running},
+          Case{"abortThenCancel", "a1ft", State::Idle}, Case{"abortThenWait", "a0ft", State::Running}}) {
+        SCOPED_TRACE(row.name);
+        document.runSimulation();
+        RecordingWindow other;
+        MyDocument second(services());
+        second.setTheDictionary(defaultSetup());
+        DocumentOutlets outlets;
+        outlets.alerts = &other;
+        outlets.startStopButton = &other;
+        second.setOutlets(outlets);
+        second.runSimulation();
+        other.sheetAnswer(0); // Wait
+        second.runSimulation();
+        for (const char step : std::string_view(row.doing)) {
+            if (step == 'a') second.abortSimulation();
+            if (step == 'f') document.abortSimulation();
+            if (step == 't') loop.tick();
+            if (step == '0' || step == '1') other.sheetAnswer(step == '0' ? 0 : 1);
+        }
+        EXPECT_EQ(second.runControl().state(), row.state);
+        EXPECT_EQ(other.button, row.state == State::Idle ? ButtonState::Off : ButtonState::On);
+        second.abortSimulation();
+    }
+}
+
+TEST_F(RunControlTest, ALockThatCannotBeTakenIsToldAndNothingElseChanges) {
+    const std::string lock = temporary.path() + "orrery-run.lock";
+    window.button = ButtonState::On; // the click
+    std::filesystem::create_symlink("elsewhere", lock);
+    document.simulationStartOrAbort();
+    EXPECT_NE(window.sheets.back().informative.find("symbolic link"), std::string::npos);
+    EXPECT_EQ(window.button, ButtonState::Off);
+    std::filesystem::remove(lock);
+    document.runSimulation();
+    ASSERT_EQ(launcher.children.size(), 1U);
+
+    MyDocument second(services()); // the same while waiting
+    second.setTheDictionary(defaultSetup());
+    second.runControl().setWaitsForTurn(true);
+    second.runSimulation();
+    std::filesystem::remove_all(temporary.path());
+    loop.tick();
+    EXPECT_EQ(second.runControl().state(), RunControl::State::Idle);
+    EXPECT_EQ(document.runControl().state(), RunControl::State::Running);
 }
 
 TEST_F(RunControlTest, AnAbortEndsTheWaitForATurn) {

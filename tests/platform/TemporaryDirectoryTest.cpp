@@ -2,6 +2,7 @@
 
 #include "platform/Files.h"
 #include "platform/OrreryError.h"
+#include "platform/RunLock.h"
 #include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
@@ -149,6 +150,19 @@ TEST(RunLock, TakesOverTheFileOfADeadProcess) {
     ASSERT_EQ(waitpid(child, nullptr, 0), child);
     EXPECT_THAT(readWholeFile(folder.path() + "orrery-run.lock"), HasSubstr("killed"));
     EXPECT_TRUE(std::holds_alternative<RunLock>(RunLock::tryAcquire(folder.path(), "next")));
+}
+
+TEST(RunLock, IsKeptByTheDirectoryWhereItsFileIsClearedAway) {
+    const test::TemporaryFolder folder;
+    const auto first = RunLock::tryAcquire(folder.path(), "first");
+    const auto& lock = std::get<RunLock>(first);
+    EXPECT_EQ(lock.standing(), RunLock::Standing::Whole);
+    std::filesystem::remove(lock.path());
+    EXPECT_TRUE(std::holds_alternative<RunLock::Holder>(RunLock::tryAcquire(folder.path(), "second")));
+    EXPECT_EQ(lock.standing(), RunLock::Standing::FileLost) << "another one stands in its place";
+    std::filesystem::remove_all(folder.path());
+    std::filesystem::create_directory(folder.path());
+    EXPECT_EQ(lock.standing(), RunLock::Standing::Lost);
 }
 
 TEST(RunLock, NeverTouchesAPlantedFile) {
