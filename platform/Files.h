@@ -35,18 +35,22 @@ public:
     [[nodiscard]] std::uint64_t size() const;    // bytes now; another program may still change it
     [[nodiscard]] Date modificationDate() const; // now, of the file that is open
     [[nodiscard]] const std::string& path() const { return m_path; }
+    [[nodiscard]] int release(); // the descriptor, now the caller's
 
 private:
     std::string m_path;
     int m_descriptor = -1;
 };
 
+inline constexpr std::uint64_t largestWholeFile = 1ULL << 28U; // bytes
+
 /// The whole file. @throws OrreryError as ReadableFile, or when it is larger than `limit` bytes or changes meanwhile
-[[nodiscard]] std::string readWholeFile(const std::string& path, std::uint64_t limit = 1ULL << 28U);
+[[nodiscard]] std::string readWholeFile(const std::string& path, std::uint64_t limit = largestWholeFile);
 
 /// Replaces the file at the path by the bytes, whole or not at all: a temporary file beside the target is written,
-/// synced and renamed over it, and the directory is synced. Symbolic links are followed, an existing file's mode is
-/// kept. Returns only when the new file is on the disk. Temporary files that killed saves left there are removed.
+/// synced and renamed over it, and the directory is synced. Symbolic links are followed; an existing file's mode,
+/// access list and extended attributes are kept. Returns only when the new file is on the disk. Temporary files that
+/// killed saves left there are removed.
 /// @throws OrreryError naming the path, the system's reason and that the old file is unchanged
 void replaceFile(const std::string& path, std::string_view bytes);
 

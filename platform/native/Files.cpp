@@ -186,15 +186,22 @@ std::uint64_t ReadableFile::size() const {
     return static_cast<std::uint64_t>(statusOf(m_descriptor, m_path).st_size);
 }
 
+int ReadableFile::release() {
+    return std::exchange(m_descriptor, -1);
+}
+
 Date ReadableFile::modificationDate() const {
     return dateOf(statusOf(m_descriptor, m_path).st_mtim);
 }
 
 std::string readWholeFile(const std::string& path, std::uint64_t limit) {
-    const ReadableFile file(path);
+    return wholeContents(ReadableFile(path), limit);
+}
+
+std::string wholeContents(const ReadableFile& file, std::uint64_t limit) {
     const std::uint64_t size = file.size();
     const Date date = file.modificationDate();
-    if (size > limit) throwUnreadable(path, fmt::format("it is larger than {} bytes", limit));
+    if (size > limit) throwUnreadable(file.path(), fmt::format("it is larger than {} bytes", limit));
     std::string bytes(size, '\0');
     const std::size_t count = file.readAt(bytes.data(), bytes.size(), 0);
     requireUnchanged(file, count, date);

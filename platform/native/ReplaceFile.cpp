@@ -1,6 +1,8 @@
 #include "platform/Files.h"
+#include "platform/KnownFile.h"
 #include "platform/Log.h"
 #include "platform/OrreryError.h"
+#include "platform/native/FileAttributes.h"
 #include "platform/native/FileChecks.h"
 #include "platform/native/FileDescriptor.h"
 #include "platform/native/SaveLitter.h"
@@ -19,6 +21,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <utility>
 
 namespace orrery {
 namespace {
@@ -31,6 +34,7 @@ struct Target {
     std::string path; // as the user gave it
     std::string name; // in the directory
     FileDescriptor directory;
+    bool isListable = true; // else the directory is open for its path only
     bool exists = false;
     struct stat status {}; // when it exists
 };
@@ -85,8 +89,12 @@ void openDirectory(Target& target, const std::string& resolved) {
     if (target.name.empty()) refuse(target, "it is a directory", "Add a file name.");
     const std::string directory =
         slash == std::string::npos ? "." : resolved.substr(0, std::max<std::size_t>(slash, 1));
-    const int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
-    target.directory = FileDescriptor(uninterrupted([&] { return open(directory.c_str(), flags); }));
+    const int flags = O_DIRECTORY | O_CLOEXEC;
+    target.directory = FileDescriptor(uninterrupted([&] { return open(directory.c_str(), O_RDONLY | flags); }));
+    if (!target.directory.isOpen() && errno == EACCES) { // a directory to put files into need not show what it holds
+        target.isListable = false;
+        target.directory = FileDescriptor(uninterrupted([&] { return open(directory.c_str(), O_PATH | flags); }));
+    }
     if (!target.directory.isOpen()) throwUnsaved(target, "its directory cannot be opened", errno);
 }
 
@@ -165,12 +173,20 @@ public:
     TemporaryFile(TemporaryFile&&) = delete;
     TemporaryFile& operator=(TemporaryFile&&) = delete;
 
+    /// A second descriptor, since the first one is closed to learn whether the disk has it all.
+    void keepOpen() {
+        m_kept = FileDescriptor(fcntl(m_file.get(), F_DUPFD_CLOEXEC, 0));
+        if (!m_kept.isOpen()) throwUnsaved(m_target, "it cannot be kept open", errno);
+    }
+    [[nodiscard]] FileDescriptor& kept() { return m_kept; }
+
     void takeOwnerAndMode() {
         const struct stat& old = m_target.status;
         // Only root can give a file away; elsewhere the new file is the saver's, with the old group if that may be.
         if (fchown(m_file.get(), old.st_uid, old.st_gid) != 0) {
             (void)!fchown(m_file.get(), static_cast<uid_t>(-1), old.st_gid);
         }
+        takeAttributes(); // before the mode, which is also the most that an access list grants
         if (fchmod(m_file.get(), old.st_mode & 07777U) != 0) throwUnsaved(m_target, "its mode cannot be set", errno);
     }
 
@@ -202,6 +218,17 @@ public:
 private:
     [[nodiscard]] int directory() const { return m_target.directory.get(); }
 
+    /// Without its access list the new file could be open to others; other attributes are worth a line.
+    void takeAttributes() {
+        const FileDescriptor old(openat(directory(), m_target.name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+        if (!old.isOpen()) throwUnsaved(m_target, "the old file cannot be examined", errno);
+        for (const auto& [name, error] : copyAttributes(old.get(), m_file.get())) {
+            if (name == accessListName) throwUnsaved(m_target, "its access list cannot be kept", error);
+            logLine(
+                fmt::format("{}: the attribute \"{}\" was not kept: {}.", m_target.path, name, systemReason(error)));
+        }
+    }
+
     /// Never again after a failed one: the system may forget what it could not write.
     void sync() {
         if (uninterrupted([&] { return fsync(m_file.get()); }) != 0) {
@@ -213,26 +240,53 @@ private:
     const Target& m_target;
     std::string m_name;
     FileDescriptor m_file;
+    FileDescriptor m_kept;
     std::size_t m_unsynced = 0; // bytes
     bool m_present = false;
 };
 
-void syncDirectory(const Target& target) {
+/// One that is open for its path only is synced with all of its file system.
+void syncDirectory(const Target& target, int fileInIt) {
+    const auto sync = [&] { return target.isListable ? fsync(target.directory.get()) : syncfs(fileInIt); };
     // EINVAL: a file system that knows no syncing of directories.
-    if (uninterrupted([&] { return fsync(target.directory.get()); }) == 0 || errno == EINVAL) return;
+    if (uninterrupted(sync) == 0 || errno == EINVAL) return;
     throw OrreryError("The new file is in place, but its directory could not be written to the disk: " +
                           systemReason(errno) + ". After a power failure the old file may be back.",
                       {target.path}, "Save it again, or on another disk.");
 }
 
+class Replacement {
+public:
+    explicit Replacement(const std::string& path) : m_target(findTarget(path)), m_file(m_target) {
+        m_file.keepOpen();
+        if (m_target.exists) m_file.takeOwnerAndMode();
+    }
+
+    void write(std::string_view bytes) {
+        const FileSizeSignalHeld held;
+        m_file.write(bytes);
+    }
+
+    /// @return the new file, open for writing and locked
+    FileDescriptor finish() {
+        const FileSizeSignalHeld held; // the close may still write
+        m_file.syncAndClose();
+        m_file.takeTargetsName();
+        syncDirectory(m_target, m_file.kept().get());
+        removeSaveLitter(m_target.directory.get());
+        return std::move(m_file.kept());
+    }
+
+private:
+    const Target m_target;
+    TemporaryFile m_file;
+};
+
 } // namespace
 
 struct FileReplacement::State {
-    explicit State(const std::string& path) : target(findTarget(path)), file(target) {
-        if (target.exists) file.takeOwnerAndMode();
-    }
-    const Target target;
-    TemporaryFile file;
+    explicit State(const std::string& path) : replacement(path) {}
+    Replacement replacement;
 };
 
 FileReplacement::FileReplacement(const std::string& path) : m_state(std::make_unique<State>(path)) {}
@@ -240,22 +294,25 @@ FileReplacement::FileReplacement(const std::string& path) : m_state(std::make_un
 FileReplacement::~FileReplacement() = default;
 
 void FileReplacement::write(std::string_view bytes) {
-    const FileSizeSignalHeld held;
-    m_state->file.write(bytes);
+    m_state->replacement.write(bytes);
 }
 
 void FileReplacement::finish() {
-    const FileSizeSignalHeld held; // the close may still write
-    m_state->file.syncAndClose();
-    m_state->file.takeTargetsName();
-    syncDirectory(m_state->target);
-    removeSaveLitter(m_state->target.directory.get());
+    (void)m_state->replacement.finish();
 }
 
 void replaceFile(const std::string& path, std::string_view bytes) {
     FileReplacement file(path);
     file.write(bytes);
     file.finish();
+}
+
+KnownFile replaceKnownFile(const std::string& path, std::string_view bytes) {
+    Replacement file(path);
+    file.write(bytes);
+    FileDescriptor written = file.finish();
+    (void)!flock(written.get(), LOCK_UN);
+    return KnownFile::opened(written.release(), bytes);
 }
 
 } // namespace orrery

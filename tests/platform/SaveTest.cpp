@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <map>
 
@@ -104,6 +105,7 @@ TEST_F(Save, KeepsTheOldFileWhateverFailsAndSaysSo) {
         {"diskFull", "write", temporary, "ENOSPC", "Make room"},
         {"quota", "write", temporary, "EDQUOT", "Make room"},
         {"writeError", "write", temporary, "EIO", "cannot be written"},
+        {"accessList", "fremovexattr", temporary, "EPERM", "access list cannot be kept"},
         {"mode", "fchmod", temporary, "EPERM", "mode cannot be set"},
         {"sync", "fsync", temporary, "EIO+", "could not be written to the disk"},
         {"close", "close", temporary, "EIO", "could not be closed"},
@@ -162,6 +164,24 @@ TEST_F(Save, SyncsTheFileBeforeTheNameAndTheDirectoryAfterIt) {
         if (line.starts_with("rename")) order += 'r';
     }
     EXPECT_THAT(order, testing::MatchesRegex("w+srd"));
+}
+
+TEST_F(Save, NeedsNotListTheDirectory) {
+    namespace fs = std::filesystem;
+    const std::string folder = m_folder.path();
+    const bool isRoot = geteuid() == 0; // whom modes do not stop
+    if (isRoot) {
+        ASSERT_EQ(chown(folder.c_str(), 65534, 65534), 0);
+        ASSERT_EQ(chown(path().c_str(), 65534, 65534), 0);
+    }
+    for (const bool isNew : {false, true}) {
+        if (isNew) fs::remove(path());
+        fs::permissions(folder, fs::perms::owner_write | fs::perms::owner_exec);
+        const Outcome outcome = run(isRoot ? "setpriv --reuid=65534 --clear-groups SAVE" : "SAVE");
+        fs::permissions(folder, fs::perms::owner_all);
+        EXPECT_EQ(outcome.status, 0) << outcome.error;
+        EXPECT_EQ(contents(), "new");
+    }
 }
 
 TEST_F(Save, LeavesTheOldOrTheNewFileWhereverItIsKilled) {
