@@ -61,7 +61,7 @@ DocumentWindow* DocumentController::openDocument(const std::string& path) {
     }
     m_recent.note(absolute);
     DocumentWindow* window = show(std::move(document));
-    window->files().tellOfUnparsedFile();
+    window->files().tellOfFile();
     return window;
 }
 
@@ -126,6 +126,7 @@ void DocumentController::documentSaved(DocumentWindow& window) {
 
 void DocumentController::documentClosed(DocumentWindow& window) {
     keepWindowLayout(window, m_services.defaults());
+    window.document().knownFile() = {}; // opened again at once, it is open nowhere else
     std::erase(m_windows, &window);
     m_closed.push_back(&window);
     updateTitles();

@@ -2,6 +2,7 @@
 
 #include "app/FileNames.h"
 #include "app/FilePanels.h"
+#include "app/OverwriteQuestion.h"
 #include "app/PendingEdit.h"
 #include "platform/Files.h"
 #include "platform/qt/QtText.h"
@@ -22,7 +23,6 @@ std::string quoted(const QString& name) {
 
 DocumentFiles::DocumentFiles(MyDocument& document, QWidget& window, QtAlerts& alerts, UserDefaults& defaults)
     : m_document(document), m_window(window), m_alerts(alerts), m_defaults(defaults) {
-    noteFileDate();
     m_document.setSaveHandler([this](Answer didSave) { save(std::move(didSave)); });
 }
 
@@ -54,10 +54,8 @@ void DocumentFiles::save(Answer done) {
     const auto path = m_document.filePath();
     if (!path) {
         saveAs(std::move(done));
-    } else if (const auto date = modificationDate(*path); date && m_fileDate && date != m_fileDate) {
-        askAboutChangedFile(*path, std::move(done));
     } else {
-        write(*path, done);
+        writeOver(*path, m_document.knownFile(), std::move(done));
     }
 }
 
@@ -80,7 +78,8 @@ void DocumentFiles::writeUnder(const std::string& path, const Answer& done) {
         done(false);
         return;
     }
-    write(path, done);
+    const auto own = m_document.filePath();
+    writeOver(path, own && isSameFile(*own, path) ? m_document.knownFile() : KnownFile(), done);
 }
 
 void DocumentFiles::write(const std::string& path, const Answer& done) {
@@ -92,25 +91,31 @@ void DocumentFiles::write(const std::string& path, const Answer& done) {
         tell(tr("“%1” could not be saved.").arg(shownFileName(path)), failure.what());
     }
     if (written) {
-        noteFileDate();
+        m_document.knownFile().claim();
         emit saved();
     }
     done(written);
 }
 
-void DocumentFiles::askAboutChangedFile(const std::string& path, Answer done) {
-    m_alerts.beginSheet({quoted(displayName()) + " was changed by another program.",
-                         "Saving replaces what that program wrote by the contents of this window.",
-                         {"Save", "Cancel", "Save As…"}},
-                        [this, path, done = std::move(done)](std::size_t button) {
-                            if (button == 0) {
-                                write(path, done);
-                            } else if (button == 2) {
-                                saveAs(done);
-                            } else {
-                                done(false);
-                            }
-                        });
+/// Asks first where others would be surprised.
+void DocumentFiles::writeOver(const std::string& path, const KnownFile& known, Answer done) {
+    const auto question = overwriteQuestion(known, path);
+    if (!question) {
+        write(path, done);
+        return;
+    }
+    m_alerts.beginSheet(*question, [this, path, done = std::move(done)](std::size_t button) {
+        switch (static_cast<OverwriteAnswer>(button)) {
+        case OverwriteAnswer::Save:
+            write(path, done);
+            break;
+        case OverwriteAnswer::SaveAs:
+            saveAs(done);
+            break;
+        default:
+            done(false);
+        }
+    });
 }
 
 void DocumentFiles::revert() {
@@ -128,7 +133,12 @@ void DocumentFiles::revert() {
                         });
 }
 
-void DocumentFiles::tellOfUnparsedFile() {
+void DocumentFiles::tellOfFile() {
+    if (const auto path = m_document.filePath(); path && m_document.knownFile().isClaimedElsewhere(*path)) {
+        tell(tr("“%1” is open in another Orrery.").arg(displayName()),
+             "Change it there or here, not in both: what is saved last replaces the rest.");
+    }
+    m_document.knownFile().claim();
     if (m_document.unparsedFault().empty()) return;
     tell(tr("“%1” holds no setup.").arg(displayName()),
          m_document.unparsedFault() +
@@ -139,9 +149,8 @@ void DocumentFiles::tellOfUnparsedFile() {
 void DocumentFiles::revertToFile() {
     try {
         m_document.revertToFile();
-        noteFileDate();
         emit saved();
-        tellOfUnparsedFile();
+        tellOfFile();
     } catch (const std::exception& failure) {
         tell(tr("“%1” could not be read again.").arg(displayName()), failure.what());
     }
@@ -189,11 +198,6 @@ void DocumentFiles::answerClosing(bool mayClose) {
     for (const Answer& answer : std::exchange(m_closeAnswers, {})) {
         answer(mayClose);
     }
-}
-
-void DocumentFiles::noteFileDate() {
-    const auto path = m_document.filePath();
-    m_fileDate = path ? modificationDate(*path) : std::nullopt;
 }
 
 void DocumentFiles::tell(const QString& message, const std::string& reason) {

@@ -1,14 +1,13 @@
 #pragma once
 
 #include "document/MyDocument.h"
-#include "platform/Date.h"
+#include "platform/KnownFile.h"
 #include "platform/UserDefaults.h"
 #include "platform/qt/QtAlerts.h"
 
 #include <QObject>
 #include <QString>
 #include <functional>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -36,8 +35,8 @@ public:
     void save(Answer done); // an untitled document asks for a name
     void saveAs(Answer done);
     void revert();
-    /// Says so when the file that was read is no setup, which leaves the document empty.
-    void tellOfUnparsedFile();
+    /// Claims the file that was read, and says so when another Orrery has it open or when it is no setup.
+    void tellOfFile();
 
     /// Neither unsaved changes nor a run would be lost.
     [[nodiscard]] bool mayCloseUnasked() const;
@@ -50,12 +49,11 @@ signals:
 private:
     void write(const std::string& path, const Answer& done);
     void writeUnder(const std::string& path, const Answer& done);
-    void askAboutChangedFile(const std::string& path, Answer done);
+    void writeOver(const std::string& path, const KnownFile& known, Answer done);
     void revertToFile();
     void askAboutRun();
     void askAboutChanges();
     void answerClosing(bool mayClose);
-    void noteFileDate();
     void tell(const QString& message, const std::string& reason);
 
     MyDocument& m_document;
@@ -63,7 +61,6 @@ private:
     QtAlerts& m_alerts;
     UserDefaults& m_defaults;
     std::function<bool(const std::string&)> m_isOpenElsewhere;
-    std::optional<Date> m_fileDate;     // when the document and its file last agreed
     std::vector<Answer> m_closeAnswers; // wait for the question that is being asked
     int m_untitledNumber = 1;
     bool m_titleShowsFolder = false;

@@ -2,6 +2,7 @@
 #include "batch/JsonWriter.h"
 #include "batch/Output.h"
 #include "batch/SetupFiles.h"
+#include "document/setup/SetupMove.h"
 #include "document/setup/SetupWriter.h"
 #include "platform/Date.h"
 #include "platform/Files.h"
@@ -60,7 +61,7 @@ int show(const std::string& setupPath) {
 }
 
 int rewrite(const std::string& setupPath, const std::string& outPath) {
-    replaceFile(outPath, setupFileBytes(loadSetup(setupPath), outPath));
+    replaceFile(outPath, setupFileBytes(setupAfterMove(loadSetup(setupPath), setupPath, outPath), outPath));
     return exitDone;
 }
 

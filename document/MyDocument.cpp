@@ -1,6 +1,7 @@
 #include "document/MyDocument.h"
 
 #include "document/setup/ModelPath.h"
+#include "document/setup/SetupMove.h"
 #include "document/setup/SetupReader.h"
 #include "document/setup/SetupWriter.h"
 #include "platform/Files.h"
@@ -104,7 +105,8 @@ bool MyDocument::loadDataRepresentation(std::string_view bytes, std::string_view
 }
 
 void MyDocument::readFromFile(std::string path) {
-    const std::string bytes = readWholeFile(path);
+    std::string bytes;
+    KnownFile file = KnownFile::read(path, bytes);
     const auto before = std::exchange(m_filePath, std::move(path));
     try {
         loadDataRepresentation(bytes, "");
@@ -112,19 +114,25 @@ void MyDocument::readFromFile(std::string path) {
         m_filePath = before;
         throw;
     }
+    m_knownFile = std::move(file);
 }
 
 void MyDocument::writeToURL(const std::string& path, std::string_view /*typeName*/) {
+    (void)writeSetup(m_dictionary, path);
+}
+
+KnownFile MyDocument::writeSetup(const SetupDictionary& setup, const std::string& path) {
     if (m_services.userDefaults != nullptr) {
         std::optional<std::string> location;
         if (m_filePath) location = fileUrl(absolutePath(*m_filePath));
         m_services.userDefaults->setObject(location, "lastPath");
     }
-    const std::string bytes = setupFileBytes(m_dictionary, path);
+    const std::string bytes = setupFileBytes(setup, path);
     keepUnparsedFile(path);
-    replaceFile(path, bytes);
+    KnownFile written = replaceKnownFile(path, bytes);
     m_unparsedBytes.clear();
     m_unparsedFault.clear();
+    return written;
 }
 
 void MyDocument::keepUnparsedFile(const std::string& path) {
@@ -138,10 +146,23 @@ void MyDocument::keepUnparsedFile(const std::string& path) {
 }
 
 void MyDocument::saveToFile(const std::string& path) {
-    writeToURL(path, "");
-    m_filePath = path;
+    m_knownFile = writeSetup(setupAfterMove(m_dictionary, m_filePath, path), path);
+    moveModelPaths(path);
+    const bool hadFile = std::exchange(m_filePath, std::string(path)).has_value();
     m_savedValues = m_dictionary.values();
     updateChangeCount(ChangeKind::Cleared);
+    // Only now a relative path names a model.
+    const bool findsModel = !hadFile && modelFilePath() != m_dictionary.textOrEmpty(setup_key::modelPath);
+    if (findsModel && !importModelOfSetup()) leaveModelUnread(false);
+}
+
+void MyDocument::moveModelPaths(const std::string& newPath) {
+    const auto moved = [&](const std::string& model) { return modelPathAfterMove(model, m_filePath, newPath); };
+    m_undo.replaceTexts(setup_key::modelPath, moved);
+    const std::string* present = m_dictionary.text(setup_key::modelPath);
+    if (present == nullptr || moved(*present) == *present) return;
+    m_dictionary.setText(setup_key::modelPath, moved(*present));
+    setupChanged();
 }
 
 void MyDocument::revertToFile() {

@@ -6,6 +6,7 @@
 #include "model/ListController.h"
 #include "model/ModelTree.h"
 #include "model/PortLists.h"
+#include "platform/KnownFile.h"
 #include "platform/Pasteboard.h"
 #include "platform/Services.h"
 #include "platform/UserDefaults.h"
@@ -116,11 +117,14 @@ public:
     [[nodiscard]] const std::string& unparsedFault() const { return m_unparsedFault; }
     /// Writes the setup file whole, or throws OrreryError and leaves the old file. Stores the user default "lastPath".
     void writeToURL(const std::string& path, std::string_view typeName);
-    /// writeToURL, then the document is at that path and unedited.
+    /// Writes as writeToURL, then the document is at that path and unedited. In another directory a relative model path
+    /// becomes absolute, in the file as in the document, also for what can be undone.
     void saveToFile(const std::string& path);
     /// Reads the document's file again; edits since the last save and their undo are gone. @throws OrreryError
     void revertToFile();
     [[nodiscard]] std::optional<std::string> filePath() const override { return m_filePath; }
+    /// The document's file as it was when the document last read or wrote it.
+    [[nodiscard]] KnownFile& knownFile() { return m_knownFile; }
     void setFilePath(std::optional<std::string> path) { m_filePath = std::move(path); }
     /// How a save that a run asks for is done (a window may have to ask for a name); by default saveToFile.
     void setSaveHandler(std::function<void(std::function<void(bool)>)> handler) { m_saveHandler = std::move(handler); }
@@ -254,6 +258,8 @@ private:
     void installTree(ModelTree tree, std::size_t recorders);
     void setupChanged();
     void observe(std::initializer_list<std::string_view> keys);
+    KnownFile writeSetup(const SetupDictionary& setup, const std::string& path);
+    void moveModelPaths(const std::string& newPath);
     void keepUnparsedFile(const std::string& path);
     void addOrRemove(PortList list, int segment);
     void moveRowsTo(PortList list, const std::vector<std::size_t>& rows, std::size_t row);
@@ -281,6 +287,7 @@ private:
     UndoHistory m_undo;
     bool m_isEditing = false; // within an edit: what it calls belongs to the same step
     std::optional<std::string> m_filePath;
+    KnownFile m_knownFile; // at that path
     std::string m_unparsedFault;
     std::string m_unparsedBytes; // of the file that was opened, when it was no setup; kept beside the first save
     std::vector<ListController> m_controllers; // indexed by PortList

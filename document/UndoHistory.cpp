@@ -36,6 +36,17 @@ void UndoHistory::clear() {
     m_done = 0;
 }
 
+void UndoHistory::replaceTexts(std::string_view key,
+                               const std::function<std::string(const std::string&)>& replacement) {
+    for (Edit& edit : m_edits) {
+        for (auto* values : {&edit.before, &edit.after}) {
+            const auto found = values->find(key);
+            if (found == values->end() || !found->second) continue;
+            if (auto* text = std::get_if<std::string>(&*found->second)) *text = replacement(*text);
+        }
+    }
+}
+
 std::string_view UndoHistory::undoName() const {
     return canUndo() ? std::string_view(m_edits[m_done - 1].name) : std::string_view();
 }

@@ -3,6 +3,7 @@
 #include "document/setup/SetupDictionary.h"
 
 #include <cstddef>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -29,6 +30,8 @@ public:
     void record(std::string name, const SetupDictionary::Values& before, const SetupDictionary::Values& after,
                 bool listChangeCounted);
     void clear();
+    /// Exchanges the texts that steps would put under the key, where what they mean has got another text.
+    void replaceTexts(std::string_view key, const std::function<std::string(const std::string&)>& replacement);
 
     [[nodiscard]] bool canUndo() const { return m_done > 0; }
     [[nodiscard]] bool canRedo() const { return m_done < m_edits.size(); }

@@ -65,19 +65,81 @@ TEST_F(DocumentFilesTest, SaveAsRefusesTheFileOfAnotherWindow) {
     EXPECT_EQ(window.document().filePath(), files.path() + "insect-single.orrery");
 }
 
-TEST_F(DocumentFilesTest, AFileThatAnotherProgramChangedIsNotOverwrittenUnasked) {
+TEST_F(DocumentFilesTest, SaveAsElsewhereRunsTheSameModelAndShowsItsPath) {
+    DocumentWindow& window = open("crop-single.orrery");
+    std::filesystem::create_directories(files.path() + "other");
+    files.write("other/crop.xml", "another model of that name");
+    action(window, "actionSaveAs").trigger();
+    choose(window, "saveSetupPanel", files.path() + "other/mine.orrery");
+    EXPECT_EQ(coreText(find<QLineEdit>(window, "modelPath").text()), files.path() + "crop.xml");
+    EXPECT_FALSE(window.isWindowModified());
+    run(window);
+    EXPECT_FALSE(window.document().dependentVariables().empty());
+}
+
+TEST_F(DocumentFilesTest, WhatOthersDidToTheFileIsToldBeforeItIsWritten) {
+    namespace fs = std::filesystem;
+    KnownFile otherOrrery;
+    struct Case {
+        const char* name;
+        std::function<void(const std::string& path)> act;
+        const char* message;
+        const char* runLength;
+    };
+    const std::vector<Case> cases = {
+        {"changed in place, with its old size and time",
+         [](auto& path) {
+             const auto time = fs::last_write_time(path);
+             const auto size = fs::file_size(path);
+             std::ofstream(path) << std::string(size, 'x');
+             fs::last_write_time(path, time);
+         },
+         "was changed by another program", "41"},
+        {"removed", [](auto& path) { fs::remove(path); }, "is no longer there", "42"},
+        {"saved in another Orrery",
+         [&](auto& path) {
+             otherOrrery = replaceKnownFile(path, "theirs");
+             otherOrrery.claim();
+         },
+         "is open in another Orrery", "43"},
+    };
+    for (const Case& row : cases) {
+        SCOPED_TRACE(row.name);
+        DocumentWindow& window = open("crop-single.orrery");
+        const std::string path = *window.document().filePath();
+        row.act(path);
+        const std::string theirs = fileExists(path) ? readWholeFile(path) : "";
+        edit(window, row.runLength);
+        action(window, "actionSave").trigger();
+        answer(window, row.message, "Cancel");
+        EXPECT_EQ(fileExists(path) ? readWholeFile(path) : "", theirs);
+        EXPECT_TRUE(window.isWindowModified());
+        action(window, "actionSave").trigger();
+        answer(window, row.message, "Save");
+        EXPECT_NE(readWholeFile(path).find(std::string(">") + row.runLength + "<"), std::string::npos);
+        window.close();
+    }
+}
+
+TEST_F(DocumentFilesTest, AFileThatWasOnlyTouchedIsSavedUnasked) {
     DocumentWindow& window = open("crop-single.orrery");
     const std::string path = *window.document().filePath();
-    files.write("crop-single.orrery", "not mine");
     std::filesystem::last_write_time(path, std::filesystem::file_time_type::clock::now() + std::chrono::seconds(5));
     edit(window, "42");
     action(window, "actionSave").trigger();
-    answer(window, "changed by another program", "Cancel");
-    EXPECT_EQ(readWholeFile(path), "not mine");
-    EXPECT_TRUE(window.isWindowModified());
-    action(window, "actionSave").trigger();
-    answer(window, "changed by another program", "Save");
     EXPECT_NE(readWholeFile(path).find("<RunLength>42<"), std::string::npos);
+}
+
+TEST_F(DocumentFilesTest, AFileThatAnotherOrreryHasOpenIsToldWhenItOpens) {
+    std::string bytes;
+    KnownFile otherOrrery = KnownFile::read(sampleCopy("crop-single.orrery"), bytes);
+    otherOrrery.claim();
+    DocumentWindow& window = open("crop-single.orrery");
+    answer(window, "“crop-single.orrery” is open in another Orrery.", "OK");
+    otherOrrery = {};
+    edit(window, "42");
+    action(window, "actionSave").trigger();
+    EXPECT_FALSE(window.isWindowModified()) << "the other one is gone";
 }
 
 TEST_F(DocumentFilesTest, RevertAsksAndReadsTheFileAgain) {

@@ -132,7 +132,10 @@ TEST_F(Tool, RewritesEverySetupToTheSameBytesTheSecondTime) {
         ASSERT_EQ(run({"rewrite", path, "once"}).exitCode, 0) << path;
         ASSERT_EQ(run({"rewrite", "once", "twice"}).exitCode, 0) << path;
         EXPECT_EQ(readWholeFile(m_folder.path() + "once"), readWholeFile(m_folder.path() + "twice")) << path;
-        EXPECT_EQ(run({"show", path}).out, run({"show", "twice"}).out) << path;
+        json expected = run({"show", path}).json();
+        const std::string folder = path.substr(0, path.rfind('/') + 1);
+        if (folder != m_folder.path()) expected["modelPath"] = folder + std::string(expected["modelPath"]);
+        EXPECT_EQ(expected, run({"show", "twice"}).json()) << path;
     }
 }
 

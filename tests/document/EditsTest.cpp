@@ -1,6 +1,10 @@
 // The user's edits: what they do, what they count, and how they are taken back.
 #include "document/DocumentFixture.h"
 #include "document/Toolbar.h"
+#include "platform/Files.h"
+#include "platform/OrreryError.h"
+
+#include <filesystem>
 
 namespace orrery::test {
 namespace {
@@ -220,6 +224,31 @@ TEST_F(EditsTest, RevertingReadsTheFileAgain) {
     document.runSimulation();
     EXPECT_NE(readWholeFile(path).find("<RunLength>8<"), std::string::npos);
     EXPECT_EQ(launcher.last().command.back(), path);
+}
+
+TEST_F(EditsTest, ASaveElsewhereKeepsTheModelAndSoDoesUndo) {
+    const std::string place = files.path() + "place/";
+    std::filesystem::create_directories(place + "sub");
+    for (const char* name : {"place/crop.xml", "place/weed.xml", "crop.xml"}) {
+        files.write(name, cropModel);
+    }
+    document.saveToFile(place + "a.orrery");
+    document.editText(setup_key::modelPath, "weed.xml");
+    document.editText(setup_key::modelPath, "crop.xml");
+    const auto model = [&] { return std::string(document.theDictionary().textOrEmpty(setup_key::modelPath)); };
+    document.saveToFile(place + "b.orrery");
+    EXPECT_EQ(model(), "crop.xml");
+    document.editText(setup_key::runLength, "7");
+    EXPECT_THROW(document.saveToFile(files.path() + "missing/c.orrery"), OrreryError);
+    EXPECT_EQ(model(), "crop.xml");
+    EXPECT_TRUE(document.isDocumentEdited());
+    document.saveToFile(files.path() + "c.orrery");
+    EXPECT_EQ(model(), place + "crop.xml");
+    EXPECT_NE(readWholeFile(files.path() + "c.orrery").find(">" + model() + "<"), std::string::npos);
+    EXPECT_FALSE(document.hasUnsavedChanges());
+    document.undo(); // the run length
+    document.undo();
+    EXPECT_EQ(document.modelFilePath(), place + "weed.xml");
 }
 
 TEST_F(EditsTest, ARunAsksToSaveFieldsThatCountedNoChange) {
