@@ -4,6 +4,7 @@
 #include "app/DocumentWindow.h"
 #include "app/FileNames.h"
 #include "app/FrontWindow.h"
+#include "app/Samples.h"
 #include "app/WindowLayout.h"
 #include "platform/Files.h"
 #include "platform/qt/QtAlerts.h"
@@ -38,7 +39,7 @@ std::vector<MyDocument*> DocumentController::documents() const {
 DocumentWindow* DocumentController::newDocument() {
     auto document = std::make_unique<MyDocument>(m_services.forDocuments());
     document->initWithType("");
-    return show(std::move(document));
+    return show(std::move(document), tr("Untitled"));
 }
 
 DocumentWindow* DocumentController::openDocument(const QString& path) {
@@ -50,19 +51,32 @@ DocumentWindow* DocumentController::openDocument(const std::string& path) {
         bringToFront(*window);
         return window;
     }
-    auto document = std::make_unique<MyDocument>(m_services.forDocuments());
     const std::string absolute = absolutePath(path);
-    try {
-        document->readFromFile(absolute);
-    } catch (const std::exception& failure) {
-        QtAlerts(windowForMessages())
-            .beginSheet({"“" + coreText(shownFileName(absolute)) + "” could not be opened.", failure.what()}, {});
-        return nullptr;
-    }
+    if (isSampleSetup(absolute)) return openCopy(absolute);
+    auto document = std::make_unique<MyDocument>(m_services.forDocuments());
+    if (!read(absolute, [&] { document->readFromFile(absolute); })) return nullptr;
     m_recent.note(absolute);
-    DocumentWindow* window = show(std::move(document));
+    DocumentWindow* window = show(std::move(document), tr("Untitled"));
     window->files().tellOfFile();
     return window;
+}
+
+DocumentWindow* DocumentController::openCopy(const std::string& path) {
+    auto document = std::make_unique<MyDocument>(m_services.forDocuments());
+    if (!read(path, [&] { document->readCopyOf(path); })) return nullptr;
+    const QString name = shownFileName(path);
+    return show(std::move(document), tr("%1 copy").arg(name.left(name.lastIndexOf('.'))));
+}
+
+bool DocumentController::read(const std::string& path, const std::function<void()>& reading) {
+    try {
+        reading();
+    } catch (const std::exception& failure) {
+        QtAlerts(windowForMessages())
+            .beginSheet({"“" + coreText(shownFileName(path)) + "” could not be opened.", failure.what()}, {});
+        return false;
+    }
+    return true;
 }
 
 /// The main window in front. A panel may be, but is about to close and would take the message with it.
@@ -79,10 +93,10 @@ void DocumentController::closeAll() {
     }
 }
 
-DocumentWindow* DocumentController::show(std::unique_ptr<MyDocument> document) {
-    const int number = freeUntitledNumber();
+DocumentWindow* DocumentController::show(std::unique_ptr<MyDocument> document, const QString& untitledName) {
+    const int number = freeUntitledNumber(untitledName);
     auto* window = new DocumentWindow(m_services, std::move(document));
-    window->files().setUntitledNumber(number);
+    window->files().setUntitledName(untitledName, number);
     window->files().setOpenElsewhere([this, window](const std::string& path) {
         DocumentWindow* other = windowOf(path);
         return other != nullptr && other != window;
@@ -110,12 +124,13 @@ DocumentWindow* DocumentController::windowOf(const std::string& path) const {
     return found == m_windows.end() ? nullptr : *found;
 }
 
-/// The smallest number that no open untitled document has.
-int DocumentController::freeUntitledNumber() const {
+/// The smallest number that no open untitled document of that name has.
+int DocumentController::freeUntitledNumber(const QString& untitledName) const {
+    const auto has = [&](DocumentWindow* window, int number) {
+        return window->files().untitledName() == untitledName && window->files().untitledNumber() == number;
+    };
     for (int number = 1;; ++number) {
-        if (std::ranges::none_of(m_windows, [&](auto* window) { return window->files().untitledNumber() == number; })) {
-            return number;
-        }
+        if (std::ranges::none_of(m_windows, [&](auto* window) { return has(window, number); })) return number;
     }
 }
 

@@ -5,6 +5,7 @@
 
 #include <QObject>
 #include <QString>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -30,7 +31,7 @@ public:
 
     DocumentWindow* newDocument();
     /// The window of the document at the path, opened when it was not, and brought to the front; nullptr when it
-    /// cannot be opened, which is told.
+    /// cannot be opened, which is told. A sample opens as an untitled copy, a new one each time.
     DocumentWindow* openDocument(const std::string& path);
     DocumentWindow* openDocument(const QString& path);
     void closeAll(); // without asking
@@ -40,10 +41,13 @@ signals:
     void windowClosed();
 
 private:
-    DocumentWindow* show(std::unique_ptr<MyDocument> document);
+    DocumentWindow* show(std::unique_ptr<MyDocument> document, const QString& untitledName);
+    /// Whether the reading succeeded; if not, that was told.
+    bool read(const std::string& path, const std::function<void()>& reading);
+    DocumentWindow* openCopy(const std::string& path);
     [[nodiscard]] DocumentWindow* windowOf(const std::string& path) const;
     [[nodiscard]] QWidget* windowForMessages() const;
-    [[nodiscard]] int freeUntitledNumber() const;
+    [[nodiscard]] int freeUntitledNumber(const QString& untitledName) const;
     void documentSaved(DocumentWindow& window);
     void documentClosed(DocumentWindow& window);
     void updateTitles();

@@ -26,14 +26,15 @@ DocumentFiles::DocumentFiles(MyDocument& document, QWidget& window, QtAlerts& al
     m_document.setSaveHandler([this](Answer didSave) { save(std::move(didSave)); });
 }
 
-void DocumentFiles::setUntitledNumber(int number) {
+void DocumentFiles::setUntitledName(const QString& name, int number) {
+    m_untitledName = name;
     m_untitledNumber = number;
     updateTitle();
 }
 
 QString DocumentFiles::displayName() const {
     if (const auto path = m_document.filePath()) return shownFileName(*path);
-    return m_untitledNumber < 2 ? tr("Untitled") : tr("Untitled %1").arg(m_untitledNumber);
+    return m_untitledNumber < 2 ? m_untitledName : QString("%1 %2").arg(m_untitledName).arg(m_untitledNumber);
 }
 
 void DocumentFiles::setTitleShowsFolder(bool shows) {

@@ -23,8 +23,10 @@ public:
 
     DocumentFiles(MyDocument& document, QWidget& window, QtAlerts& alerts, UserDefaults& defaults);
 
-    /// Untitled documents are told apart by a number from 1; 0 stands for one with a file.
-    void setUntitledNumber(int number);
+    /// What the document is called without a file. Those of one name are told apart by a number from 1; 0 stands for
+    /// one with a file.
+    void setUntitledName(const QString& name, int number);
+    [[nodiscard]] const QString& untitledName() const { return m_untitledName; }
     [[nodiscard]] int untitledNumber() const { return m_document.filePath() ? 0 : m_untitledNumber; }
     [[nodiscard]] QString displayName() const;
     void setTitleShowsFolder(bool shows); // when another window's file has the same name
@@ -62,6 +64,7 @@ private:
     UserDefaults& m_defaults;
     std::function<bool(const std::string&)> m_isOpenElsewhere;
     std::vector<Answer> m_closeAnswers; // wait for the question that is being asked
+    QString m_untitledName;
     int m_untitledNumber = 1;
     bool m_titleShowsFolder = false;
 };

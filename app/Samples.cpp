@@ -1,5 +1,7 @@
 #include "app/Samples.h"
 
+#include "app/FileNames.h"
+
 #include <algorithm>
 #include <filesystem>
 
@@ -26,6 +28,10 @@ std::vector<std::string> sampleSetups() {
     const fs::path bin = fs::read_symlink("/proc/self/exe", ignored).parent_path();
     if (bin.empty()) return {};
     return setupsIn(fs::weakly_canonical(bin / "../share/orrery/samples", ignored));
+}
+
+bool isSampleSetup(const std::string& path) {
+    return std::ranges::any_of(sampleSetups(), [&](const std::string& sample) { return isSameFile(sample, path); });
 }
 
 } // namespace orrery

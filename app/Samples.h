@@ -9,4 +9,7 @@ namespace orrery {
 /// there. Empty when there are none.
 [[nodiscard]] std::vector<std::string> sampleSetups();
 
+/// Whether the path is one of them.
+[[nodiscard]] bool isSampleSetup(const std::string& path);
+
 } // namespace orrery

@@ -117,6 +117,17 @@ void MyDocument::readFromFile(std::string path) {
     m_knownFile = std::move(file);
 }
 
+void MyDocument::readCopyOf(const std::string& path) {
+    readFromFile(path);
+    replaceModelPaths([&](const std::string& model) { return absoluteModelPath(model, path); });
+    m_filePath.reset();
+    m_knownFile = {};
+    m_unparsedBytes.clear();
+    m_isUnsavedCopy = true;
+    m_savedValues = m_dictionary.values();
+    updateChangeCount(ChangeKind::Cleared);
+}
+
 void MyDocument::writeToURL(const std::string& path, std::string_view /*typeName*/) {
     (void)writeSetup(m_dictionary, path);
 }
@@ -147,7 +158,8 @@ void MyDocument::keepUnparsedFile(const std::string& path) {
 
 void MyDocument::saveToFile(const std::string& path) {
     m_knownFile = writeSetup(setupAfterMove(m_dictionary, m_filePath, path), path);
-    moveModelPaths(path);
+    replaceModelPaths([&](const std::string& model) { return modelPathAfterMove(model, m_filePath, path); });
+    m_isUnsavedCopy = false;
     const bool hadFile = std::exchange(m_filePath, std::string(path)).has_value();
     m_savedValues = m_dictionary.values();
     updateChangeCount(ChangeKind::Cleared);
@@ -156,12 +168,14 @@ void MyDocument::saveToFile(const std::string& path) {
     if (findsModel && !importModelOfSetup()) leaveModelUnread(false);
 }
 
-void MyDocument::moveModelPaths(const std::string& newPath) {
-    const auto moved = [&](const std::string& model) { return modelPathAfterMove(model, m_filePath, newPath); };
-    m_undo.replaceTexts(setup_key::modelPath, moved);
+/// In the setup as well as in what can be undone and done again.
+void MyDocument::replaceModelPaths(const std::function<std::string(const std::string&)>& replacement) {
+    m_undo.replaceTexts(setup_key::modelPath, replacement);
     const std::string* present = m_dictionary.text(setup_key::modelPath);
-    if (present == nullptr || moved(*present) == *present) return;
-    m_dictionary.setText(setup_key::modelPath, moved(*present));
+    if (present == nullptr) return;
+    std::string replaced = replacement(*present);
+    if (replaced == *present) return;
+    m_dictionary.setText(setup_key::modelPath, std::move(replaced));
     setupChanged();
 }
 

@@ -113,6 +113,10 @@ public:
     bool loadDataRepresentation(std::string_view bytes, std::string_view typeName);
     /// Reads the file and takes its path. By value: the caller's may be this document's own. @throws OrreryError
     void readFromFile(std::string path);
+    /// Reads the file as a copy that has no file yet and names the same model. It has nothing unsaved, since it can be
+    /// had again, but a run has it saved first. @throws OrreryError
+    void readCopyOf(const std::string& path);
+    [[nodiscard]] bool isUnsavedCopy() const override { return m_isUnsavedCopy; }
     /// Why the file that was opened is no setup, with the place; empty when it is one, and after the next save.
     [[nodiscard]] const std::string& unparsedFault() const { return m_unparsedFault; }
     /// Writes the setup file whole, or throws OrreryError and leaves the old file. Stores the user default "lastPath".
@@ -259,7 +263,7 @@ private:
     void setupChanged();
     void observe(std::initializer_list<std::string_view> keys);
     KnownFile writeSetup(const SetupDictionary& setup, const std::string& path);
-    void moveModelPaths(const std::string& newPath);
+    void replaceModelPaths(const std::function<std::string(const std::string&)>& replacement);
     void keepUnparsedFile(const std::string& path);
     void addOrRemove(PortList list, int segment);
     void moveRowsTo(PortList list, const std::vector<std::size_t>& rows, std::size_t row);
@@ -288,6 +292,7 @@ private:
     bool m_isEditing = false; // within an edit: what it calls belongs to the same step
     std::optional<std::string> m_filePath;
     KnownFile m_knownFile; // at that path
+    bool m_isUnsavedCopy = false;
     std::string m_unparsedFault;
     std::string m_unparsedBytes; // of the file that was opened, when it was no setup; kept beside the first save
     std::vector<ListController> m_controllers; // indexed by PortList

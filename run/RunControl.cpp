@@ -68,7 +68,7 @@ void RunControl::runSimulation() {
         return;
     }
     if (!m_host.hasUnsavedChanges()) {
-        checkForDirtyModelDocument();
+        m_host.isUnsavedCopy() ? saveCopyAndRun() : checkForDirtyModelDocument();
         return;
     }
     if (m_outlets.alerts == nullptr) {
@@ -87,6 +87,14 @@ void RunControl::runSimulation() {
     default:
         break;
     }
+}
+
+/// The name that it is saved under is all there is to ask; without one there is nothing to run.
+void RunControl::saveCopyAndRun() {
+    m_host.saveDocument([this, alive = std::weak_ptr<int>(m_alive)](bool saved) {
+        if (alive.expired()) return;
+        saved ? checkForDirtyModelDocument() : setButton(ButtonState::Off);
+    });
 }
 
 void RunControl::documentDidSave(bool /*saved*/) {

@@ -31,6 +31,8 @@ public:
     /// Saves the document; `didSave` comes once, with whether it succeeded, maybe before this returns.
     virtual void saveDocument(std::function<void(bool)> didSave) = 0;
     [[nodiscard]] virtual std::optional<std::string> filePath() const = 0; // none: never saved
+    /// A copy that was never saved, and so has no file for the engine.
+    [[nodiscard]] virtual bool isUnsavedCopy() const = 0;
     /// Clears the sweep variables and marks the plot view for redisplay.
     virtual void clearSweepForRun() = 0;
     /// Builds sweep variables, response variables and simulation data, in that order, and returns what the user should
@@ -97,6 +99,7 @@ public:
     void processFinished() override;
 
 private:
+    void saveCopyAndRun();
     void startWhenFree(const std::string& enginePath);
     void askWhetherToWait(const RunLock::Holder& holder, const std::string& enginePath);
     void waitForTurn(const std::string& enginePath, State state);

@@ -33,6 +33,11 @@ std::string withoutDots(const fs::path& path) {
 
 } // namespace
 
+std::string absoluteModelPath(std::string_view modelPath, const std::string& setupFile) {
+    if (modelPath.empty() || modelPath.front() == '/') return std::string(modelPath);
+    return withoutDots(resolvedModelPath(modelPath, absolutePath(setupFile)));
+}
+
 SetupDictionary setupAfterMove(const SetupDictionary& setup, const std::optional<std::string>& oldSetupFile,
                                const std::string& newSetupFile) {
     SetupDictionary moved;
@@ -50,9 +55,8 @@ std::string modelPathAfterMove(std::string_view modelPath, const std::optional<s
     std::string asItStands(modelPath);
     if (modelPath.empty() || modelPath.front() == '/') return asItStands;
     if (!oldSetupFile) return fileExists(asItStands) ? absolutePath(asItStands) : asItStands;
-    const fs::path oldFolder = folderOf(*oldSetupFile);
-    if (isSameFolder(oldFolder, folderOf(newSetupFile))) return asItStands;
-    return withoutDots(resolvedModelPath(modelPath, (oldFolder / "setup").string()));
+    if (isSameFolder(folderOf(*oldSetupFile), folderOf(newSetupFile))) return asItStands;
+    return absoluteModelPath(modelPath, *oldSetupFile);
 }
 
 } // namespace orrery

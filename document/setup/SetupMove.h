@@ -8,6 +8,9 @@
 
 namespace orrery {
 
+/// The path of the model file that a setup in that file names, absolute; an empty one stays empty.
+[[nodiscard]] std::string absoluteModelPath(std::string_view modelPath, const std::string& setupFile);
+
 /// The setup to write when one that was read from a file is saved as another file: a copy, with the model's path as
 /// modelPathAfterMove has it.
 [[nodiscard]] SetupDictionary setupAfterMove(const SetupDictionary& setup,

@@ -2,11 +2,13 @@
 #include "app/PreferencesPanel.h"
 #include "app/ShellTest.h"
 #include "app/StartPanel.h"
+#include "platform/Files.h"
 
 #include <QCheckBox>
 #include <QListWidget>
 #include <QMimeData>
 #include <QProcess>
+#include <QPushButton>
 #include <QSplitter>
 #include <QTextBrowser>
 #include <csignal>
@@ -68,7 +70,31 @@ TEST_F(ApplicationTest, TheStartPanelStandsInForDocuments) {
     EXPECT_FALSE(panel.isVisible());
     windows().front()->close();
     EXPECT_TRUE(panel.isVisible());
-    EXPECT_EQ(find<QListWidget>(panel, "recentSetups").count(), 1);
+    EXPECT_EQ(find<QListWidget>(panel, "recentSetups").count(), 0) << "a sample is not one of the user's setups";
+}
+
+TEST_F(ApplicationTest, ASampleOpensAsACopyThatRunsWhereItIsSaved) {
+    const auto openSample = [&](const char* name) {
+        controller->showStartPanelWhenEmpty();
+        auto& samples = find<QListWidget>(controller->startPanel(), "samples");
+        emit samples.itemActivated(samples.findItems(name, Qt::MatchExactly).value(0));
+        activate(*windows().back());
+        return QPointer<DocumentWindow>(windows().back());
+    };
+    const QPointer<DocumentWindow> window = openSample("insect-blocks.orrery");
+    EXPECT_EQ(coreText(window->windowTitle()), "insect-blocks copy[*]");
+    EXPECT_EQ(coreText(openSample("insect-blocks.orrery")->windowTitle()), "insect-blocks copy 2[*]");
+    auto& button = find<QPushButton>(*window, "startStopButton");
+    QTest::mouseClick(&button, Qt::LeftButton);
+    choose(*window, "saveSetupPanel", "");
+    EXPECT_EQ(window->document().runControl().state(), RunControl::State::Idle) << "there is nothing to run";
+    EXPECT_FALSE(button.isChecked());
+    QTest::mouseClick(&button, Qt::LeftButton);
+    choose(*window, "saveSetupPanel", files.path() + "mine.orrery");
+    ASSERT_TRUE(waitFor([&] { return window->document().runControl().resultsBuilt(); }, 60'000));
+    EXPECT_TRUE(fileExists(files.path() + "insect-larvae.txt")) << "results beside the user's copy";
+    window->close();
+    EXPECT_TRUE(waitFor([&] { return window == nullptr; })) << "nothing to ask about";
 }
 
 TEST_F(ApplicationTest, QuitAsksForEachEditedDocumentAndCancelKeepsAll) {
