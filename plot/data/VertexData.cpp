@@ -175,8 +175,9 @@ std::uint32_t vertexFloats(const PlotLayout& layout, std::uint64_t held) {
     const auto surfaces = static_cast<std::uint64_t>(std::max(layout.nSurfaces, 0));
     const std::uint64_t bytes =
         product(product(layout.verticesPerSurface(), surfaces), layout.floatsPerVertex() * sizeof(float));
-    const std::string needs = fmt::format("The plot, {} responses of {} vertices each, would need {}", surfaces,
-                                          layout.verticesPerSurface(), sizeText(bytes));
+    const std::string needs =
+        fmt::format("The plot, {} {} of {} vertices each, would need {}", surfaces,
+                    surfaces == 1 ? "response" : "responses", layout.verticesPerSurface(), sizeText(bytes));
     if (bytes / sizeof(float) > counted) {
         throw OrreryError(
             fmt::format("{} of memory, but no plot can have more than {}.", needs, sizeText(counted * sizeof(float))),
