@@ -1,10 +1,13 @@
 #include "app/CameraControls.h"
 
+#include "app/PlotEdits.h"
+#include "app/UndoPassThrough.h"
 #include "app/WheelGuard.h"
 #include "ui_MainMenu.h"
 #include "ui_MyDocument.h"
 
 #include <QSignalBlocker>
+#include <array>
 #include <cmath>
 #include <functional>
 
@@ -28,6 +31,11 @@ int sliderPosition(float rotation, int maximum) {
     return static_cast<int>(std::lround(wrapped < 0 ? wrapped + turn : wrapped));
 }
 
+/// In the order of the controls.
+std::array<double, 6> coordinatesOf(const CameraChoice& camera) {
+    return {camera.viewPos.x, camera.viewPos.y, camera.viewPos.z, camera.viewDir.x, camera.viewDir.y, camera.viewDir.z};
+}
+
 } // namespace
 
 CameraControls::CameraControls(MyDocument& document, Ui::MyDocument& ui, Ui::MainMenu& menu)
@@ -41,24 +49,52 @@ CameraControls::CameraControls(MyDocument& document, Ui::MyDocument& ui, Ui::Mai
       m_rotationSlider(ui.yRotationSlider) {
     connectCoordinates();
     connect(ui.lightHeight, &QSlider::valueChanged, this,
-            [this](int value) { m_document.setLightHeight(static_cast<float>(value) / lightSteps); });
-    connect(ui.yRotationSlider, &QSlider::valueChanged, this,
-            [this](int value) { m_document.setYRotation(static_cast<float>(value)); });
+            [this](int value) { setLight(static_cast<float>(value) / lightSteps); });
+    connect(ui.yRotationSlider, &QSlider::valueChanged, this, [this](int value) { rotate(static_cast<float>(value)); });
     connect(ui.yRotationSlider, &QSlider::sliderReleased, this, [this] { follow(); });
     connect(ui.animate, &QPushButton::clicked, this, [this] { toggleAnimation(); });
     connect(menu.actionAnimate, &QAction::triggered, this, [this] { toggleAnimation(); });
-    connect(ui.resetCamera, &QPushButton::clicked, this, [this] { m_document.resetCamera(); });
-    connect(menu.actionResetCamera, &QAction::triggered, this, [this] { m_document.resetCamera(); });
+    connect(ui.resetCamera, &QPushButton::clicked, this, [this] { resetCameraByHand(m_document); });
+    connect(menu.actionResetCamera, &QAction::triggered, this, [this] { resetCameraByHand(m_document); });
 }
 
 void CameraControls::connectCoordinates() {
-    for (const Coordinate& coordinate : m_coordinates) {
-        guardFromWheel(*coordinate.control);
-        connect(coordinate.control, &QDoubleSpinBox::valueChanged, this,
-                [document = &m_document, set = coordinate.setValue](double value) {
-                    std::invoke(set, document, static_cast<float>(value));
-                });
+    for (std::size_t i = 0; i < m_coordinates.size(); ++i) {
+        QDoubleSpinBox& control = *m_coordinates[i].control;
+        guardFromWheel(control);
+        letUndoPassThrough(control);
+        control.setKeyboardTracking(false); // a number that is being typed is none yet
+        connect(&control, &QDoubleSpinBox::valueChanged, this, [this, i](double value) { setCoordinate(i, value); });
     }
+}
+
+void CameraControls::setCoordinate(std::size_t number, double value) {
+    m_document.changePlot({PlotAct::MoveCamera, number},
+                          [&] { std::invoke(m_coordinates[number].setValue, m_document, static_cast<float>(value)); });
+}
+
+void CameraControls::setLight(float height) {
+    m_document.changePlot({PlotAct::MoveLight}, [&] { m_document.setLightHeight(height); });
+}
+
+void CameraControls::rotate(float sliderValue) {
+    m_document.changePlot({PlotAct::Rotate}, [&] { m_document.setYRotation(sliderValue); });
+}
+
+/// None where several controls show it.
+QWidget* CameraControls::controlOf(const PlotChange& change) const {
+    std::vector<QWidget*> moved;
+    if (change.rotation) moved.push_back(m_ui.yRotationSlider);
+    if (change.camera) {
+        const auto& [before, after, row] = *change.camera;
+        if (before.lightHeight != after.lightHeight) moved.push_back(m_ui.lightHeight);
+        const auto old = coordinatesOf(before);
+        const auto present = coordinatesOf(after);
+        for (std::size_t i = 0; i < m_coordinates.size(); ++i) {
+            if (old.at(i) != present.at(i)) moved.push_back(m_coordinates[i].control);
+        }
+    }
+    return moved.size() == 1 ? moved.front() : nullptr;
 }
 
 void CameraControls::setLightBounds() {

@@ -22,6 +22,7 @@ public:
     [[nodiscard]] Slider& rotationSlider() { return m_rotationSlider; }
     void setLightBounds(); // the document has set them
     void follow();
+    [[nodiscard]] QWidget* controlOf(const PlotChange& change) const;
 
 private:
     /// A coordinate of the camera and its control.
@@ -32,6 +33,9 @@ private:
     };
 
     void connectCoordinates();
+    void setCoordinate(std::size_t number, double value);
+    void setLight(float height);
+    void rotate(float sliderValue);
     void toggleAnimation();
 
     MyDocument& m_document;

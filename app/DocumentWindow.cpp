@@ -6,6 +6,7 @@
 #include "app/PlotTab.h"
 #include "app/RunPanel.h"
 #include "app/SetupTab.h"
+#include "app/ShowEdit.h"
 #include "document/Toolbar.h"
 #include "platform/qt/QtText.h"
 #include "ui_MainMenu.h"
@@ -57,6 +58,7 @@ DocumentWindow::DocumentWindow(ApplicationServices& services, std::unique_ptr<My
         m_plotTab->refresh();
         validateCommands();
     });
+    m_document->setEditShower([this](const EditPlace& place) { showEdit(*m_document, *m_ui, *m_plotTab, place); });
     m_document->awakeFromNib();
     m_plotTab->setCameraBounds();
     m_setupTab->refresh();
@@ -72,6 +74,7 @@ DocumentWindow::~DocumentWindow() {
     m_document->setChangeObserver({});
     m_document->setSetupObserver({});
     m_document->setRunObserver({});
+    m_document->setEditShower({});
 }
 
 void DocumentWindow::connectOutlets() {

@@ -1,5 +1,6 @@
 #include "app/EditCommands.h"
 
+#include "app/GuardedPlot.h"
 #include "app/ModelOutlineView.h"
 #include "app/PendingEdit.h"
 #include "app/PortTableView.h"
@@ -38,11 +39,16 @@ EditCommands::EditCommands(MyDocument& document, Ui::MyDocument& ui, Ui::MainMen
     : m_document(document), m_ui(ui), m_menu(menu) {
     connectCommands();
     addContextMenus();
+    m_document.setHistoryObserver([this] { nameSteps(); });
     connect(m_ui.outlineView, &ModelOutlineView::selectedNodesChanged, this, &EditCommands::validate);
     for (PortTableView* table : {m_ui.outputTable, m_ui.inputTable, m_ui.stepperTable}) {
         connect(table, &PortTableView::selectedRowsChanged, this, &EditCommands::validate);
     }
     connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) { focusChanged(now); });
+}
+
+EditCommands::~EditCommands() {
+    m_document.setHistoryObserver({});
 }
 
 void EditCommands::connectCommands() {
@@ -80,11 +86,15 @@ void EditCommands::focusChanged(QWidget* now) {
     validate();
 }
 
-void EditCommands::validate() {
+void EditCommands::nameSteps() {
     m_menu.actionUndo->setText("&" + qtText(m_document.undoMenuItemTitle()));
     m_menu.actionUndo->setEnabled(m_document.canUndo());
     m_menu.actionRedo->setText("&" + qtText(m_document.redoMenuItemTitle()));
     m_menu.actionRedo->setEnabled(m_document.canRedo());
+}
+
+void EditCommands::validate() {
+    nameSteps();
     for (const PortList list : allLists) {
         addAction(m_menu, list)->setEnabled(selectedPortsFit(list));
     }
@@ -142,7 +152,8 @@ void EditCommands::removeRows() {
 
 void EditCommands::stepBack(bool redo) {
     commitPendingEdit(*m_ui.centralWidget->window());
-    redo ? m_document.redo() : m_document.undo();
+    guardedPlot(m_document, [&] { redo ? m_document.redo() : m_document.undo(); });
+    nameSteps();
 }
 
 } // namespace orrery

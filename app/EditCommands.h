@@ -19,11 +19,13 @@ class EditCommands : public QObject {
 
 public:
     EditCommands(MyDocument& document, Ui::MyDocument& ui, Ui::MainMenu& menu);
+    ~EditCommands() override;
     void validate(); // enables what can be done now, and names what would be undone
 
 private:
     void connectCommands();
     void addContextMenus();
+    void nameSteps();
     void focusChanged(QWidget* now);
     void addSelectedPorts(PortList list);
     [[nodiscard]] bool selectedPortsFit(PortList list) const;

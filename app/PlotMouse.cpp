@@ -1,14 +1,22 @@
 #include "app/PlotMouse.h"
 
+#include "app/PlotEdits.h"
+
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QWheelEvent>
 #include <QWidget>
 #include <algorithm>
+#include <functional>
 
 namespace orrery {
 
 namespace {
+
+/// Ways to move the camera by hand, told apart from its controls, which count from 0.
+constexpr PlotControl byMouse{PlotAct::MoveCamera, 100};
+constexpr PlotControl byWheel{PlotAct::MoveCamera, 101};
+constexpr PlotControl byKey{PlotAct::MoveCamera, 102};
 
 constexpr float degreesPerPixel = 0.5F;
 constexpr float heightPerPixel = 0.01F;
@@ -42,7 +50,7 @@ bool PlotMouse::eventFilter(QObject* /*watched*/, QEvent* event) {
     case QEvent::MouseMove:
         return drag(*static_cast<QMouseEvent*>(event));
     case QEvent::MouseButtonDblClick:
-        m_document.resetCamera();
+        resetCameraByHand(m_document);
         return true;
     case QEvent::Wheel:
         return wheel(*static_cast<QWheelEvent*>(event));
@@ -63,44 +71,48 @@ bool PlotMouse::drag(const QMouseEvent& event) {
     if (!event.buttons().testFlag(Qt::LeftButton)) return false;
     const QPointF way = event.position() - m_last;
     m_last = event.position();
-    if (way.x() != 0) m_document.incYRotation(static_cast<float>(way.x()) * degreesPerPixel);
-    if (way.y() != 0) raiseEye(static_cast<float>(way.y()) * heightPerPixel);
+    m_document.changePlot(byMouse, [&] {
+        if (way.x() != 0) turn(static_cast<float>(way.x()) * degreesPerPixel);
+        if (way.y() != 0) raiseEye(static_cast<float>(way.y()) * heightPerPixel);
+    });
     return true;
 }
 
 bool PlotMouse::wheel(const QWheelEvent& event) {
     const float notches = static_cast<float>(event.angleDelta().y()) / float{QWheelEvent::DefaultDeltasPerStep};
-    if (notches != 0) retreatEye(-notches * depthPerNotch);
+    if (notches != 0) m_document.changePlot(byWheel, [&] { retreatEye(-notches * depthPerNotch); });
     return true;
 }
 
 bool PlotMouse::key(const QKeyEvent& event) {
+    const auto move = [this](void (PlotMouse::*by)(float), float step) {
+        m_document.changePlot(byKey, [&] { std::invoke(by, this, step); });
+        return true;
+    };
     switch (event.key()) {
     case Qt::Key_Left:
-        m_document.incYRotation(-degreesPerKey);
-        return true;
+        return move(&PlotMouse::turn, -degreesPerKey);
     case Qt::Key_Right:
-        m_document.incYRotation(degreesPerKey);
-        return true;
+        return move(&PlotMouse::turn, degreesPerKey);
     case Qt::Key_Up:
-        raiseEye(heightPerKey);
-        return true;
+        return move(&PlotMouse::raiseEye, heightPerKey);
     case Qt::Key_Down:
-        raiseEye(-heightPerKey);
-        return true;
+        return move(&PlotMouse::raiseEye, -heightPerKey);
     case Qt::Key_Plus:
     case Qt::Key_Equal:
-        retreatEye(-depthPerNotch);
-        return true;
+        return move(&PlotMouse::retreatEye, -depthPerNotch);
     case Qt::Key_Minus:
-        retreatEye(depthPerNotch);
-        return true;
+        return move(&PlotMouse::retreatEye, depthPerNotch);
     case Qt::Key_0:
-        m_document.resetCamera();
+        resetCameraByHand(m_document);
         return true;
     default:
         return false;
     }
+}
+
+void PlotMouse::turn(float degrees) {
+    m_document.incYRotation(degrees);
 }
 
 void PlotMouse::raiseEye(float step) {

@@ -28,6 +28,7 @@ private:
     bool drag(const QMouseEvent& event);
     bool wheel(const QWheelEvent& event);
     bool key(const QKeyEvent& event);
+    void turn(float degrees);
     void raiseEye(float step);
     void retreatEye(float step);
 

@@ -3,7 +3,9 @@
 #include "app/FollowedView.h"
 #include "app/GuardedPlot.h"
 #include "app/PictureCommands.h"
+#include "app/PlotEdits.h"
 #include "app/PlotMouse.h"
+#include "app/ShowEdit.h"
 #include "platform/qt/QtGlSurface.h"
 #include "platform/qt/QtText.h"
 #include "plot/OpenGLPlotView.h"
@@ -32,6 +34,7 @@ PlotTab::PlotTab(MyDocument& document, Ui::MyDocument& ui, Ui::MainMenu& menu, T
     makeView(rasterizer);
     connectTabs();
     ui.plotControlsContents->installEventFilter(this);
+    new PlotMoveEnds(document, this);
     connect(ui.plotNewResults, &QPushButton::clicked, this,
             [this] { guardedPlot(m_document, [this] { m_document.setupPlotView(); }); });
 }
@@ -111,6 +114,24 @@ void PlotTab::refresh() {
 void PlotTab::fitColumn() {
     m_ui.plotControls->setMinimumWidth(m_ui.plotControlsContents->minimumSizeHint().width() +
                                        m_ui.plotControls->verticalScrollBar()->sizeHint().width());
+}
+
+/// Who works in the plot, or at the control's neighbours, sees the change there and keeps the keyboard.
+void PlotTab::showChange(const PlotChange& change) {
+    QWidget* control = controlOf(change);
+    if (control == nullptr) control = m_surface;
+    if (control == nullptr) control = m_ui.resetCamera;
+    const bool wasInFront = m_ui.tabView->currentWidget() == m_ui.plotTab;
+    m_ui.tabView->setCurrentWidget(m_ui.plotTab);
+    QWidget* focus = m_ui.centralWidget->window()->focusWidget();
+    const bool isNear = focus != nullptr && (focus == m_surface || control->parentWidget()->isAncestorOf(focus));
+    bringToView(*control, !wasInFront || !isNear);
+}
+
+QWidget* PlotTab::controlOf(const PlotChange& change) {
+    if (!change.variables.empty()) return m_sweepSettings.controlOf(change.variables.front());
+    if (!change.responses.empty()) return m_responseSettings.controlOf(change.responses.front());
+    return m_camera.controlOf(change);
 }
 
 void PlotTab::setCameraBounds() {

@@ -25,7 +25,8 @@ public:
     ~PlotTab() override;
     void addOutlets(DocumentOutlets& outlets);
     void refresh();
-    void setCameraBounds(); // the document has set them
+    void setCameraBounds();                    // the document has set them
+    void showChange(const PlotChange& change); // brings its control to view
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -35,6 +36,7 @@ private:
     void makeSurface(TextRasterizer& rasterizer);
     void showReason(const std::string& reason);
     void connectTabs();
+    [[nodiscard]] QWidget* controlOf(const PlotChange& change);
     void follow();
     void fitColumn();
     void showNotice();

@@ -1,7 +1,8 @@
 #include "app/ResponseSettings.h"
 
-#include "app/GuardedPlot.h"
+#include "app/PlotEdits.h"
 #include "app/QtColor.h"
+#include "app/UndoPassThrough.h"
 #include "platform/qt/QtText.h"
 #include "ui_MyDocument.h"
 
@@ -14,11 +15,16 @@ namespace {
 
 constexpr std::size_t manyRows = 12; // more scroll by themselves
 
+const char* keyOf(PlotAct act) {
+    return act == PlotAct::TypeScale ? "scale" : act == PlotAct::ChooseColor ? "color" : "includep";
+}
+
 } // namespace
 
 ResponseSettings::ResponseSettings(MyDocument& document, Ui::MyDocument& ui)
     : m_document(document), m_ui(ui),
       m_rows(ui.dependentVariableLayout, [this](std::size_t number) { return makeRow(number); }) {
+    letUndoPassThrough(*ui.responseFilter);
     connect(ui.responseFilter, &QLineEdit::textChanged, this, [this] { applyFilter(); });
     connect(ui.responsesAll, &QToolButton::clicked, this, [this] { includeListed(true); });
     connect(ui.responsesNone, &QToolButton::clicked, this, [this] { includeListed(false); });
@@ -27,9 +33,9 @@ ResponseSettings::ResponseSettings(MyDocument& document, Ui::MyDocument& ui)
 ResponseVariableRow* ResponseSettings::makeRow(std::size_t number) {
     auto* row = new ResponseVariableRow(number, m_ui.dependentVariableSettings);
     connect(row, &ResponseVariableRow::included, this,
-            [this, number](bool drawn) { change(number, "includep", drawn); });
+            [this, number](bool drawn) { change(number, PlotAct::ChooseResponses, drawn); });
     connect(row, &ResponseVariableRow::scaleTyped, this,
-            [this, number](float scale) { change(number, "scale", scale); });
+            [this, number](float scale) { change(number, PlotAct::TypeScale, scale); });
     connect(row, &ResponseVariableRow::colorAsked, this, [this, number] { chooseColor(number); });
     return row;
 }
@@ -46,14 +52,14 @@ void ResponseSettings::reloadData() {
     fitHeight();
 }
 
-void ResponseSettings::change(std::size_t row, const char* key, ResponseVariable::Value value) {
-    changeRecord(m_document.dependentVariables()[row], key, std::move(value));
+void ResponseSettings::change(std::size_t row, PlotAct act, ResponseVariable::Value value) {
+    changeRecord(m_document.dependentVariables()[row], act, std::move(value));
 }
 
 /// A copy of a response is the same record: this one's place in the list may be gone.
-void ResponseSettings::changeRecord(ResponseVariable record, const char* key, ResponseVariable::Value value) {
-    guardedPlot(m_document, [&] {
-        record.setValue(key, std::move(value));
+void ResponseSettings::changeRecord(ResponseVariable record, PlotAct act, ResponseVariable::Value value) {
+    changePlotGuarded(m_document, {act}, [&] {
+        record.setValue(keyOf(act), std::move(value));
         m_document.updateScale();
     });
     showRows(); // others may share the record
@@ -68,18 +74,28 @@ void ResponseSettings::chooseColor(std::size_t row) {
     dialog->setWindowModality(Qt::WindowModal);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     connect(dialog, &QColorDialog::colorSelected, this,
-            [this, record](const QColor& chosen) { changeRecord(record, "color", coreColor(chosen)); });
+            [this, record](const QColor& chosen) { changeRecord(record, PlotAct::ChooseColor, coreColor(chosen)); });
     dialog->open();
 }
 
 void ResponseSettings::includeListed(bool drawn) {
-    guardedPlot(m_document, [&] {
+    changePlotGuarded(m_document, {PlotAct::ChooseResponses}, [&] {
         for (std::size_t row = 0; row < m_rows.size(); ++row) {
             if (!m_rows[row].isHidden()) m_document.dependentVariables()[row].setValue("includep", drawn);
         }
         m_document.updateScale();
     });
     showRows();
+}
+
+/// A row that the filter hides comes out.
+QWidget* ResponseSettings::controlOf(const Changed<ResponseChoice>& change) {
+    if (change.row >= m_rows.size()) return nullptr;
+    ResponseVariableRow& row = m_rows[change.row];
+    if (row.isHidden()) m_ui.responseFilter->clear();
+    return &row.control(change.before.scale != change.after.scale   ? PlotAct::TypeScale
+                        : change.before.color != change.after.color ? PlotAct::ChooseColor
+                                                                    : PlotAct::ChooseResponses);
 }
 
 void ResponseSettings::showRows() {

@@ -19,11 +19,12 @@ public:
 
     void reloadData() override;
     void setControlEnabled(std::size_t /*row*/, int /*tag*/, bool /*enabled*/) override {} // all stay enabled
+    [[nodiscard]] QWidget* controlOf(const Changed<ResponseChoice>& change);               // that shows it
 
 private:
     ResponseVariableRow* makeRow(std::size_t number);
-    void change(std::size_t row, const char* key, ResponseVariable::Value value);
-    void changeRecord(ResponseVariable record, const char* key, ResponseVariable::Value value);
+    void change(std::size_t row, PlotAct act, ResponseVariable::Value value);
+    void changeRecord(ResponseVariable record, PlotAct act, ResponseVariable::Value value);
     void chooseColor(std::size_t row);
     void includeListed(bool drawn);
     void showRows();

@@ -81,6 +81,12 @@ void ResponseVariableRow::showColor(const Color& color) {
     m_color->setToolTip(tr("Color %1; choose another").arg(shown.name()));
 }
 
+QWidget& ResponseVariableRow::control(PlotAct act) const {
+    if (act == PlotAct::TypeScale) return *m_scale;
+    if (act == PlotAct::ChooseColor) return *m_color;
+    return *m_include;
+}
+
 void ResponseVariableRow::mouseReleaseEvent(QMouseEvent* event) {
     if (m_name->geometry().contains(event->position().toPoint())) m_include->click();
 }

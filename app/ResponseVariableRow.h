@@ -1,5 +1,6 @@
 #pragma once
 
+#include "document/PlotAct.h"
 #include "run/ResponseVariable.h"
 
 #include <QWidget>
@@ -21,6 +22,7 @@ public:
     ResponseVariableRow(std::size_t number, QWidget* parent);
 
     void showVariable(const ResponseVariable& variable);
+    [[nodiscard]] QWidget& control(PlotAct act) const; // that does it
 
 signals:
     void included(bool drawn);

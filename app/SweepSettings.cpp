@@ -1,6 +1,6 @@
 #include "app/SweepSettings.h"
 
-#include "app/GuardedPlot.h"
+#include "app/PlotEdits.h"
 #include "run/IndexSet.h"
 #include "run/SweepVariables.h"
 
@@ -66,7 +66,7 @@ void SweepSettings::setControlEnabled(std::size_t row, int tag, bool enabled) {
 }
 
 void SweepSettings::chooseRole(std::size_t row, std::uint32_t function) {
-    guardedPlot(m_document, [&] {
+    changePlotGuarded(m_document, {PlotAct::ChooseAxis, row}, [&] {
         m_document.independentVariables()[row].setFunction(function);
         m_document.updatePlot({roleTag, row});
     });
@@ -74,11 +74,17 @@ void SweepSettings::chooseRole(std::size_t row, std::uint32_t function) {
 }
 
 void SweepSettings::hold(std::size_t row, int tag, float constant) {
-    guardedPlot(m_document, [&] {
+    const PlotAct act = tag == sliderTag ? PlotAct::MoveHeldValue : PlotAct::TypeHeldValue;
+    changePlotGuarded(m_document, {act, row}, [&] {
         m_document.independentVariables()[row].setConstant(constant);
         m_document.updatePlot({tag, row});
     });
     showRows();
+}
+
+QWidget* SweepSettings::controlOf(const Changed<AxisChoice>& change) const {
+    if (change.row >= m_rows.size()) return nullptr;
+    return &m_rows[change.row].control(change.before.function == change.after.function ? fieldTag : roleTag);
 }
 
 void SweepSettings::showRows() {

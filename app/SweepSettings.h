@@ -18,6 +18,7 @@ public:
 
     void reloadData() override;
     void setControlEnabled(std::size_t row, int tag, bool enabled) override;
+    [[nodiscard]] QWidget* controlOf(const Changed<AxisChoice>& change) const; // that shows it
 
 private:
     SweepVariableRow* makeRow(std::size_t number);

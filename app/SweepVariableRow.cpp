@@ -86,9 +86,6 @@ void SweepVariableRow::makeControls() {
     grid->addWidget(m_slider, 1, 0);
     grid->addWidget(m_field, 1, 1);
     grid->setColumnStretch(0, 1);
-    m_field->setProperty("tag", fieldTag);
-    m_slider->setProperty("tag", sliderTag);
-    m_role->setProperty("tag", roleTag);
     for (QWidget* control : {static_cast<QWidget*>(m_role), static_cast<QWidget*>(m_slider)}) {
         guardFromWheel(*control);
     }
@@ -131,9 +128,13 @@ void SweepVariableRow::describe(const IndependentVariable& variable) {
 }
 
 void SweepVariableRow::setControlEnabled(int tag, bool enabled) {
-    for (QWidget* control : {static_cast<QWidget*>(m_field), static_cast<QWidget*>(m_slider)}) {
-        if (control->property("tag") == tag) control->setEnabled(enabled);
-    }
+    control(tag).setEnabled(enabled);
+}
+
+QWidget& SweepVariableRow::control(int tag) const {
+    if (tag == roleTag) return *m_role;
+    if (tag == sliderTag) return *m_slider;
+    return *m_field;
 }
 
 } // namespace orrery

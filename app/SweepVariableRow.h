@@ -23,6 +23,7 @@ public:
 
     void showVariable(const IndependentVariable& variable);
     void setControlEnabled(int tag, bool enabled);
+    [[nodiscard]] QWidget& control(int tag) const;
 
 signals:
     void roleChosen(std::uint32_t function);

@@ -94,6 +94,7 @@ void MyDocument::clearSweepForRun() {
 
 void MyDocument::runStateChanged() {
     if (m_runObserver) m_runObserver();
+    if (m_historyObserver) m_historyObserver(); // other results, other choices to take back
 }
 
 std::string MyDocument::resultTablePath() const {

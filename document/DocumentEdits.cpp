@@ -104,26 +104,44 @@ void MyDocument::moveRowsTo(PortList list, const std::vector<std::size_t>& rows,
 }
 
 void MyDocument::undo() {
-    if (canUndo() && stepBack() && !importModelOfSetup()) stepForward();
+    if (!canUndo()) return;
+    if (stepBack() && !importModelOfSetup()) {
+        stepForward();
+    } else {
+        showEdit(m_undo.nextRedo(), Step::Undone);
+    }
 }
 
 void MyDocument::redo() {
-    if (canRedo() && stepForward() && !importModelOfSetup()) stepBack();
+    if (!canRedo()) return;
+    if (stepForward() && !importModelOfSetup()) {
+        stepBack();
+    } else {
+        showEdit(m_undo.nextUndo(), Step::Redone);
+    }
+}
+
+void MyDocument::showEdit(const UndoHistory::Edit* edit, Step step) {
+    if (m_historyObserver) m_historyObserver();
+    if (edit != nullptr && m_editShower) m_editShower(placeOf(*edit, step));
 }
 
 /// Whether the setup names another model now.
 bool MyDocument::stepBack() {
     const UndoHistory::Edit& undone = m_undo.stepBack();
+    putPlotChange(undone.plot.reversed());
     return restore(undone.before, undone.listChangeCounted);
 }
 
 bool MyDocument::stepForward() {
     const UndoHistory::Edit& redone = m_undo.stepForward();
+    putPlotChange(redone.plot);
     return restore(redone.after, redone.listChangeCounted);
 }
 
 /// Settings count their change through their observers, as any change of them does; lists count one here.
 bool MyDocument::restore(const std::map<std::string, UndoHistory::Change, std::less<>>& values, bool countListChange) {
+    if (values.empty()) return false; // the setup has no part in it
     bool modelChanged = false;
     m_isEditing = true;
     for (const auto& [key, value] : values) {
@@ -141,11 +159,11 @@ bool MyDocument::restore(const std::map<std::string, UndoHistory::Change, std::l
 }
 
 std::string MyDocument::undoMenuItemTitle() const {
-    return canUndo() ? fmt::format("Undo {}", m_undo.undoName()) : "Undo";
+    return canUndo() ? fmt::format("Undo {}", m_undo.nextUndo()->name) : "Undo";
 }
 
 std::string MyDocument::redoMenuItemTitle() const {
-    return canRedo() ? fmt::format("Redo {}", m_undo.redoName()) : "Redo";
+    return canRedo() ? fmt::format("Redo {}", m_undo.nextRedo()->name) : "Redo";
 }
 
 } // namespace orrery

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "document/DocumentOutlets.h"
+#include "document/EditPlace.h"
 #include "document/UndoHistory.h"
 #include "document/setup/SetupDictionary.h"
 #include "model/ListController.h"
@@ -12,6 +13,7 @@
 #include "platform/UserDefaults.h"
 #include "platform/XmlDocument.h"
 #include "plot/data/PlotLayout.h"
+#include "plot/data/PlotState.h"
 #include "plot/data/VertexData.h"
 #include "run/PlotChoices.h"
 #include "run/ResultTable.h"
@@ -104,6 +106,10 @@ public:
     void redo();
     [[nodiscard]] std::string undoMenuItemTitle() const; // "Undo Move Steppers"
     [[nodiscard]] std::string redoMenuItemTitle() const;
+    /// Called when the next step of undo or redo is another one without a change of the setup.
+    void setHistoryObserver(std::function<void()> observer) { m_historyObserver = std::move(observer); }
+    /// Brings to view what was undone or redone.
+    void setEditShower(std::function<void(const EditPlace&)> show) { m_editShower = std::move(show); }
 
     // -- The setup file -------------------------------------------------------------------------------------------
     [[nodiscard]] XmlDocument convertToXML() const;
@@ -217,6 +223,11 @@ public:
     /// camera back.
     [[nodiscard]] std::uint32_t make2DVertexData(const std::vector<std::uint32_t>& indices);
     [[nodiscard]] std::uint32_t make3DVertexData(const std::vector<std::uint32_t>& indices);
+    /// What a person does at a control of the plot tab: a step of undo, which goes on while the control moves. It never
+    /// marks the document edited.
+    void changePlot(PlotControl control, const std::function<void()>& change);
+    void endPlotMove() { m_undo.endMove(); } // the control was let go
+    [[nodiscard]] PlotState plotState() const;
     [[nodiscard]] const PlotLayout& plotLayout() const { return m_layout; } // nSurfaces, xEdges, zEdges, xQuads, zQuads
 
     // -- Camera, light, rotation: they read and write the plot view, and are 0 without one --------------------------
@@ -255,6 +266,9 @@ private:
     void edit(std::string name, const std::function<void()>& change);
     bool stepBack();
     bool stepForward();
+    void showEdit(const UndoHistory::Edit* edit, Step step);
+    void putPlotChange(const PlotChange& change);
+    void putViewChange(const PlotChange& change);
     bool restore(const std::map<std::string, UndoHistory::Change, std::less<>>& values, bool countListChange);
     bool importModelOfSetup();
     void leaveModelUnread(bool treeIsOfPresentModel);
@@ -282,6 +296,8 @@ private:
     std::function<void()> m_changeObserver;
     std::function<void()> m_setupObserver;
     std::function<void()> m_runObserver;
+    std::function<void()> m_historyObserver;
+    std::function<void(const EditPlace&)> m_editShower;
     std::function<void(std::function<void(bool)>)> m_saveHandler;
 
     SetupDictionary m_dictionary;

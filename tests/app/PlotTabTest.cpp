@@ -1,4 +1,5 @@
 // The plot tab: controls, picture and document agree, whoever changes what.
+#include "app/PortTableView.h"
 #include "app/WindowFixture.h"
 #include "run/IndexSet.h"
 #include "run/SweepVariables.h"
@@ -21,7 +22,9 @@
 #include <QPointer>
 #include <QPushButton>
 #include <QScreen>
+#include <QScrollArea>
 #include <QSlider>
+#include <QTabWidget>
 #include <QToolButton>
 #include <QToolTip>
 #include <cmath>
@@ -200,6 +203,69 @@ TEST_F(PlotTabTest, ScaleAndColourChangeTheCurveAndCopiesFollow) {
     dialog.accept();
     EXPECT_GE(topOf(window, QColor(255, 255, 0)), 0);
     EXPECT_TRUE(find<QToolButton>(window, ("responseColor" + last).c_str()).accessibleName().endsWith("#ffff00"));
+}
+
+TEST_F(PlotTabTest, WhatIsUndoneComesToViewFromAnotherTab) {
+    DocumentWindow& window = openPlot(oneStepper);
+    MyDocument& document = window.document();
+    const auto& tabs = find<QTabWidget>(window, "tabView");
+    document.editEntry(PortList::Steppers, 0, "stop", "0.4");
+    xdotool({"key", "ctrl+z"});
+    ASSERT_TRUE(waitFor([&] { return tabs.currentIndex() == 0; }));
+    auto& steppers = find<PortTableView>(window, "stepperTable");
+    EXPECT_TRUE(steppers.hasFocus());
+    EXPECT_EQ(steppers.currentIndex(), steppers.model()->index(0, 3));
+    EXPECT_FALSE(document.hasUnsavedChanges());
+
+    action(window, "actionShowPlot").trigger();
+    auto& scale = find<QLineEdit>(window, "responseScale1");
+    type(scale, "2");
+    xdotool(dragArguments(centreOnScreen(view(window)), centreOnScreen(view(window)) + QPoint(-60, 40)));
+    ASSERT_TRUE(waitFor([&] { return document.yRotation() == -30 && document.eyeYPos() > 1.3F; }));
+    action(window, "actionShowSetup").trigger();
+    EXPECT_EQ(action(window, "actionUndo").text(), "&Undo Change Camera");
+    xdotool({"key", "ctrl+z"});
+    ASSERT_TRUE(waitFor([&] { return tabs.currentIndex() == 1; }));
+    EXPECT_EQ(document.yRotation(), 0) << "all of the drag";
+    EXPECT_EQ(document.eyeYPos(), 1);
+    EXPECT_TRUE(view(window).hasFocus());
+    action(window, "actionShowSetup").trigger();
+    xdotool({"key", "ctrl+z"});
+    ASSERT_TRUE(waitFor([&] { return scale.hasFocus(); }));
+    EXPECT_EQ(scale.text(), "1");
+    EXPECT_TRUE(waitFor([&] { return !scale.visibleRegion().isEmpty(); }));
+    xdotool({"key", "ctrl+shift+z"}); // the field lets it through
+    ASSERT_TRUE(waitFor([&] { return scale.text() == "2"; }));
+    EXPECT_FALSE(document.hasUnsavedChanges());
+}
+
+TEST_F(PlotTabTest, EachTimeThatAControlIsHeldIsOneStep) {
+    DocumentWindow& window = openPlot(oneStepper);
+    MyDocument& document = window.document();
+    auto& light = find<QSlider>(window, "lightHeight");
+    auto& height = find<QDoubleSpinBox>(window, "eyeYPos");
+    find<QScrollArea>(window, "plotControls").ensureWidgetVisible(&height);
+    find<QScrollArea>(window, "plotControls").ensureWidgetVisible(&light);
+    QApplication::sendPostedEvents();
+    const QPoint middle = centreOnScreen(light);
+    xdotool(dragArguments(middle - QPoint(30, 0), middle + QPoint(30, 0)));
+    ASSERT_TRUE(waitFor([&] { return !light.isSliderDown() && document.canUndo(); }));
+    height.setFocus();
+    xdotool({"keydown", "Up", "sleep", "1", "keyup", "Up"});
+    ASSERT_TRUE(waitFor([&] { return document.eyeYPos() > 1; }));
+    xdotool({"key", "Up"});
+    const float raised = document.eyeYPos();
+    xdotool({"key", "ctrl+z"});
+    ASSERT_TRUE(waitFor([&] { return document.eyeYPos() < raised; }));
+    EXPECT_GT(document.eyeYPos(), 1);
+    xdotool({"key", "ctrl+z", "ctrl+z"});
+    ASSERT_TRUE(waitFor([&] { return document.lightHeight() == 1; }));
+    EXPECT_EQ(document.eyeYPos(), 1);
+    EXPECT_FALSE(document.canUndo());
+    QTest::keyClick(&view(window), Qt::Key_Plus);
+    QTest::keyClick(&view(window), Qt::Key_0);
+    document.undo();
+    EXPECT_EQ(document.eyeZPos(), 3.75F) << "the reset is a step of its own";
 }
 
 TEST_F(PlotTabTest, MouseWheelAndKeysMoveTheCameraAndItsControlsFollow) {

@@ -1,0 +1,68 @@
+// What the user chooses on the plot tab, each a step of undo. It is no part of the setup and counts no change.
+#include "document/MyDocument.h"
+
+#include <exception>
+
+namespace orrery {
+
+PlotState MyDocument::plotState() const {
+    PlotState state;
+    for (const IndependentVariable& variable : m_grid.variables) {
+        state.variables.push_back({variable.name(), variable.function(), variable.constant()});
+    }
+    for (const ResponseVariable& response : m_dependentVariables) {
+        state.responses.push_back({response.name(), response.includep(), response.scale(), response.color()});
+    }
+    if (PlotView* view = m_outlets.glView) {
+        state.camera = {view->camera().viewPos, view->camera().viewDir, view->lightHeight()};
+        state.rotation = {view->yRotation(), m_yRotationSliderValue};
+    }
+    return state;
+}
+
+/// A plot that could not be drawn was chosen all the same, and is to be taken back.
+void MyDocument::changePlot(PlotControl control, const std::function<void()>& change) {
+    const PlotState before = plotState();
+    std::exception_ptr failure;
+    try {
+        change();
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    m_undo.recordPlot(control, difference(before, plotState()));
+    if (m_historyObserver) m_historyObserver();
+    if (failure) std::rethrow_exception(failure);
+}
+
+/// The plot before the view: curves put the camera back when they are built.
+void MyDocument::putPlotChange(const PlotChange& change) {
+    if (change.ofResults()) {
+        makeChange(change, m_grid.variables, m_dependentVariables);
+        for (SettingsRows* rows : {m_outlets.independentVariableSettings, m_outlets.dependentVariableSettings}) {
+            if (rows != nullptr) rows->reloadData();
+        }
+        setupPlotView();
+    }
+    putViewChange(change);
+}
+
+void MyDocument::putViewChange(const PlotChange& change) {
+    PlotView* view = m_outlets.glView;
+    if (view == nullptr) return;
+    if (change.camera) {
+        CameraRecord& camera = view->camera();
+        const CameraChoice choice = changed({camera.viewPos, camera.viewDir, view->lightHeight()}, *change.camera);
+        camera.viewPos = choice.viewPos;
+        camera.viewDir = choice.viewDir;
+        view->setLightHeight(choice.lightHeight);
+        view->updateProjection();
+    }
+    if (change.rotation) {
+        view->setYRotation(change.rotation->after.angle);
+        m_yRotationSliderValue = change.rotation->after.sliderValue;
+        if (m_outlets.yRotationSlider != nullptr) m_outlets.yRotationSlider->setNeedsDisplay();
+    }
+    if (change.camera || change.rotation) view->setNeedsDisplay();
+}
+
+} // namespace orrery

@@ -1,0 +1,184 @@
+// What is chosen on the plot tab is taken back by the history of the setup's edits, and marks nothing edited.
+#include "document/DocumentFixture.h"
+
+namespace orrery::test {
+namespace {
+
+/// A document with results of 2 (rain) × 3 (day) rows and two responses.
+class PlotUndoTest : public DocumentTest {
+protected:
+    PlotUndoTest() {
+        document.readFromFile(
+            files.write("a.orrery", "<Simulation><ModelPath>" + files.write("crop.xml", cropModel) +
+                                        "</ModelPath><Dimensions>{1,1}</Dimensions><RunLength>3</RunLength>"
+                                        "<ReportStep>10</ReportStep><StepsPerDay>10</StepsPerDay><Steppers><PortPath>"
+                                        "/Field/Crop/rain</PortPath><Start>0</Start><Step>1</Step><Stop>1</Stop>"
+                                        "</Steppers></Simulation>"));
+        show(document);
+        document.awakeFromNib();
+        temporary.write("Zephyr.txt", "a\tb\tc\tbiomass\tyield\n0 0 1\t1\t10\n0 0 2\t2\t20\n0 0 3\t4\t40\n"
+                                      "0 1 1\t1\t5\n0 1 2\t2\t6\n0 1 3\t3\t7\n");
+        document.buildResults();
+        document.setEditShower([this](const EditPlace& place) { shown = place; });
+    }
+    void axis(std::size_t row, std::uint32_t role) {
+        document.changePlot({PlotAct::ChooseAxis, row}, [&] {
+            document.independentVariables()[row].setFunction(role);
+            document.updatePlot({3, row});
+        });
+    }
+    void include(std::size_t row) {
+        document.changePlot({PlotAct::ChooseResponses}, [&] {
+            document.dependentVariables()[row].setValue("includep", true);
+            document.updateScale();
+        });
+    }
+    void light(float height) {
+        document.changePlot({PlotAct::MoveLight}, [&] { document.setLightHeight(height); });
+    }
+    MyDocument document{services()};
+    EditPlace shown;
+};
+
+TEST_F(PlotUndoTest, EveryChoiceIsTakenBackAndMadeAgainAndNoEdit) {
+    struct Case {
+        PlotControl control;
+        const char* name;
+        std::function<void(MyDocument&)> choose;
+    };
+    const std::vector<Case> cases{
+        {{PlotAct::ChooseAxis}, "Change Axis", [](auto& d) { d.independentVariables()[0].setFunction(2); }},
+        {{PlotAct::TypeHeldValue}, "Change Held Value", [](auto& d) { d.independentVariables()[0].setConstant(1); }},
+        {{PlotAct::TypeScale}, "Change Scale", [](auto& d) { d.dependentVariables()[1].setValue("scale", 2.0F); }},
+        {{PlotAct::ChooseColor},
+         "Change Color",
+         [](auto& d) {
+             d.dependentVariables()[1].setValue("color", Color{0, 1, 0});
+         }},
+        {{PlotAct::ChooseResponses},
+         "Change Responses",
+         [](auto& d) { d.dependentVariables()[1].setValue("includep", true); }},
+        {{PlotAct::MoveCamera}, "Change Camera", [](auto& d) { d.setEyeZDir(-3); }},
+        {{PlotAct::MoveLight}, "Change Light", [](auto& d) { d.setLightHeight(7); }},
+        {{PlotAct::Rotate}, "Change Rotation", [](auto& d) { d.setYRotation(350); }},
+    };
+    const PlotState before = document.plotState();
+    for (const Case& row : cases) {
+        document.changePlot(row.control, [&] { row.choose(document); });
+        const PlotState after = document.plotState();
+        EXPECT_EQ(document.undoMenuItemTitle(), std::string("Undo ") + row.name);
+        document.undo();
+        EXPECT_EQ(document.plotState(), before) << row.name;
+        EXPECT_TRUE(shown.setup.key.empty());
+        document.redo();
+        EXPECT_EQ(document.plotState(), after) << row.name;
+        document.undo();
+    }
+    EXPECT_FALSE(document.canUndo());
+    EXPECT_FALSE(document.hasUnsavedChanges());
+}
+
+TEST_F(PlotUndoTest, WhileOneControlMovesItsWayIsOneStepAndTheAnimationIsNone) {
+    document.toggleAnimatedRotation();
+    for (const float height : {2.0F, 3.0F, 4.0F}) {
+        light(height);
+        document.animationTimer();
+    }
+    document.endPlotMove();
+    light(5);
+    const float angle = document.yRotation();
+    document.undo();
+    EXPECT_EQ(document.lightHeight(), 4);
+    document.undo();
+    EXPECT_EQ(document.lightHeight(), 1);
+    EXPECT_EQ(document.yRotation(), angle) << "the scene turns on";
+    EXPECT_FALSE(document.canUndo());
+    light(2);
+    light(1); // back where it began
+    EXPECT_FALSE(document.canUndo());
+    light(2);
+    document.editText(setup_key::runLength, "7");
+    light(3);
+    document.undo();
+    document.undo();
+    EXPECT_EQ(document.lightHeight(), 2) << "what came between parts the steps";
+}
+
+TEST_F(PlotUndoTest, AnAxisComesBackWithTheCameraThatItsLossPutBack) {
+    include(0);
+    axis(0, 1);
+    axis(1, 2);
+    document.changePlot({PlotAct::MoveCamera}, [&] { document.setEyeXPos(3); });
+    axis(1, 1); // taken from the other: curves
+    EXPECT_EQ(document.eyeXPos(), 0);
+    document.undo();
+    EXPECT_EQ(plot.dimensions(), 3U);
+    EXPECT_EQ(document.eyeXPos(), 3);
+    EXPECT_EQ(document.independentVariables()[0].function(), 1U);
+    document.redo();
+    EXPECT_EQ(plot.dimensions(), 2U);
+    EXPECT_EQ(document.eyeXPos(), 0);
+    EXPECT_EQ(document.independentVariables()[0].function(), 0U);
+}
+
+TEST_F(PlotUndoTest, ANewRunOfTheSameKeepsTheStepsAndOneOfOthersPassesThemOver) {
+    document.editText(setup_key::runLength, "3.5");
+    include(1);
+    document.setIndependentVariables({}); // a run goes on
+    document.buildResults();
+    document.dependentVariables()[1].setValue("includep", true); // as choices are carried over
+    document.undo();
+    EXPECT_FALSE(document.dependentVariables()[1].includep());
+    document.redo();
+    axis(0, 2);
+    light(9);
+    document.setDependentVariables({ResponseVariable("Other/x", "1"), ResponseVariable("Other/y", "2")});
+    document.setIndependentVariables({});
+    document.undo();
+    EXPECT_EQ(document.lightHeight(), 1) << "the view is the same";
+    EXPECT_EQ(document.undoMenuItemTitle(), "Undo Change Run Length");
+    document.undo();
+    EXPECT_EQ(document.theDictionary().textOrEmpty(setup_key::runLength), "3");
+    EXPECT_FALSE(document.dependentVariables()[1].includep());
+    light(5);
+    document.revertToFile();
+    EXPECT_FALSE(document.canUndo());
+}
+
+TEST_F(PlotUndoTest, AnEditIsShownWhereItIs) {
+    struct Case {
+        const char* name;
+        std::function<void(MyDocument&)> edit;
+        SetupPlace undone;
+        SetupPlace redone;
+    };
+    const std::vector<Case> cases{
+        {"setting", [](auto& d) { d.editText(setup_key::gcd, "7"); }, {"GCD"}, {"GCD"}},
+        {"cell",
+         [](auto& d) { d.editEntry(PortList::Steppers, 1, "stop", "4"); },
+         {"steppers", 1, "stop"},
+         {"steppers", 1, "stop"}},
+        {"added", [](auto& d) { d.addPort(PortList::Steppers, "/d"); }, {"steppers", 2}, {"steppers", 3}},
+        {"removed",
+         [](auto& d) {
+             d.controller(PortList::Steppers).setSelection({1});
+             d.addOrRemoveStepper(1);
+         },
+         {"steppers", 1},
+         {"steppers", 1}},
+        {"first of a list", [](auto& d) { d.addPort(PortList::Outputs, "/o"); }, {"outputs"}, {"outputs", 0}},
+    };
+    document.addPort(PortList::Steppers, "/b");
+    document.addPort(PortList::Steppers, "/c");
+    for (const Case& row : cases) {
+        row.edit(document);
+        document.undo();
+        EXPECT_EQ(shown.setup, row.undone) << row.name;
+        document.redo();
+        EXPECT_EQ(shown.setup, row.redone) << row.name;
+        document.undo();
+    }
+}
+
+} // namespace
+} // namespace orrery::test
