@@ -64,7 +64,8 @@ OpenGLPlotView::~OpenGLPlotView() {
 }
 
 void OpenGLPlotView::setLabels(const std::vector<std::string>& labels) {
-    const GlErrorWatch watch(m_glError);
+    m_labelError.clear(); // a plot's labels come before its vertices
+    const GlErrorWatch watch(m_labelError);
     m_strings = labels;
     if (surface().makeCurrent()) {
         makeTextures();
@@ -116,8 +117,9 @@ void OpenGLPlotView::drawRect() {
         const GlErrorWatch watch(m_glError);
         BasicOpenGLView::drawRect();
     }
-    if (!m_glError.empty() && failure().empty()) { // errors never stop a frame, but what it shows may be wrong
-        setFailure("OpenGL could not draw the plot: " + m_glError + ".");
+    const std::string& error = m_glError.empty() ? m_labelError : m_glError;
+    if (!error.empty() && failure().empty()) { // errors never stop a frame, but what it shows may be wrong
+        setFailure("OpenGL could not draw the plot: " + error + ".");
         m_failed();
     }
 }

@@ -76,7 +76,8 @@ private:
 
     TextRasterizer& m_rasterizer;
     VertexBuffers m_buffers;
-    std::string m_glError; // the first since the plot began to be set; empty: none
+    std::string m_glError;    // the first since the plot began to be set; empty: none
+    std::string m_labelError; // the first of its labels
     std::function<void()> m_failed = [] {};
     std::vector<VertexRange> m_ranges;
     std::vector<Color> m_colors; // one per range
