@@ -18,16 +18,21 @@ namespace orrery {
 
 namespace {
 
-/// Writes the points `first` … `last` − 1 of a curve.
+/// Writes the points `first` … `last` − 1 of a curve from `out` on.
+void writePoints(Heights heights, std::size_t first, std::size_t last, float half, float* out) {
+    for (std::size_t i = first; i < last; ++i) {
+        *out++ = axisPosition(i, half);
+        *out++ = heights.at(i) - 1.0F;
+        *out++ = 0.0F;
+    }
+}
+
+/// The same into the pieces that hold them.
 void writePoints(const SurfaceJob& job, std::size_t first, std::size_t last, float half,
                  std::span<const VertexPiece> pieces) {
     forEachPart(pieces, {job.firstVertex + first, last - first}, floatsPerVertexOf(2),
                 [&](std::size_t offset, std::size_t count, float* out) {
-                    for (std::size_t i = first + offset; i < first + offset + count; ++i) {
-                        *out++ = axisPosition(i, half);
-                        *out++ = job.heights.at(i) - 1.0F;
-                        *out++ = 0.0F;
-                    }
+                    writePoints(job.heights, first + offset, first + offset + count, half, out);
                 });
 }
 
@@ -125,6 +130,13 @@ void writePlot(const PlotLayout& layout, const PlotSource& source, double perMax
     }
 }
 
+[[noreturn]] void refuse(const PlotLayout& layout, std::uint64_t bytes, const std::string& limit) {
+    throw OrreryError(fmt::format("The plot, {} {} of {} vertices each, would need {} of memory, but {}.",
+                                  layout.nSurfaces, layout.nSurfaces == 1 ? "response" : "responses",
+                                  layout.verticesPerSurface(), sizeText(bytes), limit),
+                      {}, smallerPlotRemedy);
+}
+
 /// Of two counts; the largest number where it is larger.
 std::uint64_t product(std::uint64_t one, std::uint64_t other) {
     constexpr std::uint64_t largest = std::numeric_limits<std::uint64_t>::max();
@@ -175,18 +187,12 @@ std::uint32_t vertexFloats(const PlotLayout& layout, std::uint64_t held) {
     const auto surfaces = static_cast<std::uint64_t>(std::max(layout.nSurfaces, 0));
     const std::uint64_t bytes =
         product(product(layout.verticesPerSurface(), surfaces), layout.floatsPerVertex() * sizeof(float));
-    const std::string needs =
-        fmt::format("The plot, {} {} of {} vertices each, would need {}", surfaces,
-                    surfaces == 1 ? "response" : "responses", layout.verticesPerSurface(), sizeText(bytes));
     if (bytes / sizeof(float) > counted) {
-        throw OrreryError(
-            fmt::format("{} of memory, but no plot can have more than {}.", needs, sizeText(counted * sizeof(float))),
-            {}, smallerPlotRemedy);
+        refuse(layout, bytes, fmt::format("no plot can have more than {}", sizeText(counted * sizeof(float))));
     }
     const std::uint64_t available = bytes > held * sizeof(float) ? availableMemory() + held * sizeof(float) : bytes;
     if (bytes > available) {
-        throw OrreryError(fmt::format("{} of memory, but only {} are free.", needs, sizeText(available)), {},
-                          smallerPlotRemedy);
+        refuse(layout, bytes, fmt::format("only {} are free", sizeText(available)));
     }
     return static_cast<std::uint32_t>(bytes / sizeof(float));
 }
