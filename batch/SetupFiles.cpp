@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cstddef>
+#include <iterator>
 #include <string_view>
 #include <utility>
 
@@ -71,15 +72,16 @@ std::string tablePathOr(const std::string& tablePath) {
 Results loadResults(const std::string& setupPath, const std::string& tablePath, unsigned threads) {
     const SetupDictionary setup = loadSetup(setupPath);
     Results results{.grid = constructIndependentVariables(setup, currentCalendar()), .responses = {}, .table = {}};
-    const std::size_t sweepVariables = results.grid.variables.size();
-    results.responses = constructDependentVariables(loadModel(setup, setupPath), sweepVariables, tablePath);
+    results.responses = constructDependentVariables(loadModel(setup, setupPath), results.grid.variables, tablePath);
     const TableShape shape{.rows = results.grid.nRowsOfData,
-                           .leadingFields = sweepVariables + 1,
+                           .leadingFields = results.grid.variables.size() + 1,
                            .columns = results.responses.variables.size()};
     TableReadOptions reading;
     reading.threads = threads;
     results.table = readResultTable(tablePath, shape, reading);
-    for (const std::string& note : results.table.notes(shape)) {
+    std::vector<std::string> notes = results.responses.notes;
+    std::ranges::move(results.table.notes(shape), std::back_inserter(notes));
+    for (const std::string& note : notes) {
         printMessage(fmt::format("{}: {}", tablePath, note));
     }
     return results;

@@ -119,7 +119,8 @@ void MyDocument::setDependentVariables(std::vector<ResponseVariable> variables) 
 void MyDocument::constructDependentVariables() {
     const std::string path = resultTablePath();
     try {
-        ResponseVariables built = orrery::constructDependentVariables(m_modelTree, independentVariables().size(), path);
+        ResponseVariables built = orrery::constructDependentVariables(m_modelTree, independentVariables(), path);
+        m_tableNotes = std::move(built.notes);
         setResponseVariableLabels(std::move(built.labels));
         setDependentVariables(std::move(built.variables));
     } catch (const ResultTableMissing&) {
@@ -158,7 +159,9 @@ void MyDocument::getSimulationData() {
     setSimulationData({});
     const TableShape shape{nRowsOfData(), independentVariables().size() + 1, m_dependentVariables.size()};
     ResultTable table = readTableWhileWaiting(shape);
-    m_tableNotes = table.notes(shape);
+    for (std::string& note : table.notes(shape)) {
+        m_tableNotes.push_back(std::move(note));
+    }
     setSimulationData(std::move(table.cells));
     setYMax(std::move(table.maxima));
 }

@@ -4,6 +4,7 @@
 #include "platform/Files.h"
 #include "platform/MacRoman.h"
 #include "platform/OrreryError.h"
+#include "run/HeaderNotes.h"
 #include "run/ResultTable.h"
 
 #include <fmt/format.h>
@@ -23,10 +24,6 @@ std::string responseName(const ModelNode& port) {
         name.replace(at, group.size(), "/");
     }
     return name;
-}
-
-std::string_view leafOf(std::string_view name) {
-    return name.substr(name.rfind('/') + 1); // npos + 1 is 0: the whole name
 }
 
 std::vector<std::string> splitAtTabs(const std::string& text) {
@@ -52,21 +49,50 @@ void spreadColors(std::vector<ResponseVariable>& variables) {
     }
 }
 
-/// Calls take(port) for every recorded output port below the node, in tree order.
+/// Calls take(port) for every port below the node in groups of that name, in tree order.
 template <class Take>
-void forEachRecorder(const ModelNode& node, const Take& take) {
+void forEachPort(const ModelNode& node, std::string_view group, const Take& take) {
     for (const ModelNode* child : node.children) {
         if (child->kind != ModelNodeKind::PortGroup) {
-            forEachRecorder(*child, take);
-        } else if (child->name() == "outputs") {
+            forEachPort(*child, group, take);
+        } else if (child->name() == group) {
             for (const ModelNode* port : child->children) {
-                if (booleanValue(port->record.text("recordp"))) take(*port);
+                take(*port);
             }
         }
     }
 }
 
+template <class Take>
+void forEachRecorder(const ModelNode& node, const Take& take) {
+    forEachPort(node, "outputs", [&take](const ModelNode& port) {
+        if (booleanValue(port.record.text("recordp"))) take(port);
+    });
+}
+
+bool hasInputPort(const ModelTree& tree, std::string_view name) {
+    bool has = false;
+    if (tree.root() != nullptr) {
+        forEachPort(*tree.root(), "inputs", [&](const ModelNode& port) { has = has || port.name() == name; });
+    }
+    return has;
+}
+
+/// UTF-16 has a NUL beside every tab, and so has nearly everything binary soon.
+void requireText(std::string_view header, const std::string& fileName) {
+    const std::string_view line = header.substr(0, header.find('\n'));
+    const bool marked = line.starts_with("\xFE\xFF") || line.starts_with("\xFF\xFE");
+    if (!marked && line.find('\0') == std::string_view::npos) return;
+    throw OrreryError(fmt::format("This is not a result table: it is UTF-16 or binary data and begins with {}.",
+                                  quotedForMessage(decodeMacRoman(line.substr(0, 16)))),
+                      {fileName, 0, 0}, "Have the engine write plain text, one byte for each character.");
+}
+
 } // namespace
+
+std::string_view leafOf(std::string_view name) {
+    return name.substr(name.rfind('/') + 1); // npos + 1 is 0: the whole name
+}
 
 void collectRecorders(const ModelNode& node, std::vector<ResponseVariable>& recorders) {
     forEachRecorder(node, [&recorders](const ModelNode& port) {
@@ -141,13 +167,19 @@ ResponseVariables matchResponseVariables(const std::vector<ResponseVariable>& re
     return result;
 }
 
-ResponseVariables constructDependentVariables(const ModelTree& tree, std::size_t sweepVariableCount,
+ResponseVariables constructDependentVariables(const ModelTree& tree,
+                                              std::span<const IndependentVariable> sweepVariables,
                                               const std::string& tablePath) {
     const auto recorders = recordersOf(tree);
     const ReadableFile file = openResultTable(tablePath);
     std::string header(headerLimit, '\0');
     header.resize(file.readAt(header.data(), header.size(), 0));
-    return matchResponseVariables(recorders, headerLabels(header), sweepVariableCount, tablePath);
+    requireText(header, tablePath);
+    const std::vector<std::string> labels = headerLabels(header);
+    ResponseVariables result = matchResponseVariables(recorders, labels, sweepVariables.size(), tablePath);
+    const auto isInputName = [&tree](std::string_view name) { return hasInputPort(tree, name); };
+    result.notes = headerNotes(labels, result, {sweepVariables, recorders, isInputName});
+    return result;
 }
 
 } // namespace orrery

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "model/ModelTree.h"
+#include "run/IndependentVariable.h"
 #include "run/ResponseVariable.h"
 
 #include <cstddef>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,6 +22,9 @@ void collectRecorders(const ModelNode& node, std::vector<ResponseVariable>& reco
 /// How many those are.
 [[nodiscard]] std::size_t recorderCount(const ModelTree& tree);
 
+/// The last part of a name or path, by which columns and ports are paired.
+[[nodiscard]] std::string_view leafOf(std::string_view name);
+
 /// Lenient text-to-boolean: after white space, an optional sign and zeros, the text begins with Y, y, T, t or 1 … 9.
 [[nodiscard]] bool booleanValue(std::string_view text);
 
@@ -31,6 +36,7 @@ inline constexpr std::size_t headerLimit = 9999;
 struct ResponseVariables {
     std::vector<std::string> labels;         // the header's labels for the recorders, matched or not
     std::vector<ResponseVariable> variables; // in the labels' order, coloured evenly over the hue circle
+    std::vector<std::string> notes;          // what the user should know of the header, one line each
 };
 
 /// Pairs the recorders with the header's labels behind the `sweepVariableCount` + 1 leading ones, by the last part of
@@ -42,9 +48,11 @@ struct ResponseVariables {
                                                        const std::vector<std::string>& headerLabels,
                                                        std::size_t sweepVariableCount, const std::string& fileName);
 
-/// Reads the header of the table at the path and matches.
-/// @throws OrreryError when the table cannot be opened (see ResultTableMissing) or its header has too few labels
-[[nodiscard]] ResponseVariables constructDependentVariables(const ModelTree& tree, std::size_t sweepVariableCount,
+/// Reads the header of the table at the path, matches, and notes what is odd about it.
+/// @throws OrreryError when the table cannot be opened (see ResultTableMissing), is no text (UTF-16, binary), or its
+///         header has too few labels
+[[nodiscard]] ResponseVariables constructDependentVariables(const ModelTree& tree,
+                                                            std::span<const IndependentVariable> sweepVariables,
                                                             const std::string& tablePath);
 
 } // namespace orrery

@@ -77,6 +77,16 @@ std::vector<std::string> ResultTable::notes(const TableShape& shape) const {
                                         "row {}.",
                                         cellsWithoutNumber, firstRowWithout + 1));
     }
+    if (infiniteCells > 0) {
+        sentences.push_back(fmt::format("{} cells of the result table are beyond the range of a 32-bit number and "
+                                        "count as infinite; the first is in row {}.",
+                                        infiniteCells, firstInfiniteRow + 1));
+    }
+    if (rowsBeyond > 0) {
+        sentences.push_back(fmt::format("The result table has {} more rows than the {} of the setup's sweep; they were "
+                                        "not read.",
+                                        rowsBeyond, shape.rows));
+    }
     return sentences;
 }
 

@@ -43,6 +43,9 @@ struct ResultTable {
     std::uint32_t rowsFound = 0;          // rows of the table that were there, whole
     std::uint64_t cellsWithoutNumber = 0; // in the rows found
     std::uint32_t firstRowWithout = 0;    // the first such row, counted from 0
+    std::uint64_t infiniteCells = 0;      // numbers beyond the range of a single
+    std::uint32_t firstInfiniteRow = 0;   // the first row with one, counted from 0
+    std::uint64_t rowsBeyond = 0;         // behind the last that was taken; not read
     bool lastLineUnterminated = false;    // the last row taken has no line end
 
     /// What the user should know, one sentence each ("12 of 100 rows …"); empty when the table was as promised.
@@ -63,7 +66,8 @@ struct TableReadOptions {
 void requireBlockFits(const TableShape& shape);
 
 /// Reads the table's bytes, header line first. A cell without a number is 0; a table that ends early leaves 0 in the
-/// rest, and a number that the end of such a table may have cut is none.
+/// rest, and a number that the end of such a table may have cut is none: in the last row that is to be taken, one that
+/// touches the end counts only where no other is missing.
 /// A value is a plain number, or a group "{1, 2}" whose value is the sum of its numbers in single precision; other
 /// characters before a number are passed over.
 [[nodiscard]] ResultTable parseResultTable(std::string_view bytes, const TableShape& shape);

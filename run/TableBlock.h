@@ -40,6 +40,10 @@ public:
     void findRows(const TableKernels& kernels, std::size_t begin, const RowSearch& search, std::size_t& fieldsLeft);
     void clearRows() { m_rows.clear(); }
     [[nodiscard]] std::size_t rowCount() const { return m_rows.size(); }
+    /// Where in the lines the last of the rows ends; 0 if there is none.
+    [[nodiscard]] std::size_t rowsEnd() const {
+        return m_rows.empty() ? 0 : m_borders[m_rows.back().last] + 1 - tableSlack;
+    }
 
     /// Fills rowCount() rows of cells; see TableKernels::fillRows. The cells hold no row if there is none.
     std::size_t fill(const TableKernels& kernels, std::span<float> cells, std::size_t& firstWithout) const {

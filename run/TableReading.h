@@ -38,19 +38,22 @@ private:
         std::vector<float> maxima;
         std::uint64_t cellsWithout = 0;
         std::uint32_t firstRowWithout = 0;
+        bool mayBeInfinite = false; // a cell of its rows
     };
 
     void work(Worker& worker, bool reports);
     void report(std::uint64_t position) const;
     bool takeBlock(Worker& worker);
-    void takeRows(Worker& worker, std::size_t begin);
-    void takePlainly(std::string_view text);
+    std::size_t takeRows(Worker& worker, std::size_t begin);
+    std::size_t takePlainly(std::string_view text);
     const char* takePlainRow(const char* begin, const char* end);
     [[nodiscard]] std::span<float> makeRows(std::size_t count);
     void fill(Worker& worker) const;
     void addFindings(std::uint64_t cellsWithout, std::uint32_t firstRowWithout);
     void gather(const Worker& worker);
     void settleZeroMaxima();
+    void countInfiniteCells();
+    void countRowsBeyond(TableBlock& block);
     [[noreturn]] void throwLineTooLong(std::string_view line) const;
 
     TableBytes m_bytes;
@@ -62,10 +65,12 @@ private:
     std::mutex m_mutex;           // for all below, until the threads have ended
     ResultTable m_table;          // maxima: of the rows that were taken plainly
     std::uint64_t m_position = 0; // of the first byte that belongs to no block taken so far
+    std::uint64_t m_rowsEnd = 0;  // behind the last row taken
     std::uint32_t m_row = 0;      // the row that is taken next
     std::size_t m_fieldsLeft;     // of its leading fields, which may stand on several lines
     bool m_headerPassed = false;
     bool m_done = false;
+    bool m_mayBeInfinite = false; // a cell of the table
 };
 
 } // namespace orrery

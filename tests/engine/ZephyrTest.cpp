@@ -72,7 +72,7 @@ TEST_P(Sample, RunsAndFillsItsGrid) {
         readModelFile(resolvedModelPath(setup.dictionary.textOrEmpty(setup_key::modelPath), setupPath)));
     const SweepGrid grid = constructIndependentVariables(setup.dictionary, currentCalendar());
     EXPECT_EQ(grid.nRowsOfData, GetParam().rows);
-    const ResponseVariables responses = constructDependentVariables(model, grid.variables.size(), path("Zephyr.txt"));
+    const ResponseVariables responses = constructDependentVariables(model, grid.variables, path("Zephyr.txt"));
     ASSERT_EQ(responses.variables.size(), recordersOf(model).size());
 
     const TableShape shape{grid.nRowsOfData, grid.variables.size() + 1, responses.variables.size()};

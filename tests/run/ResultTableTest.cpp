@@ -41,6 +41,10 @@ struct TableCase {
 
 class TableText : public testing::TestWithParam<TableCase> {};
 
+bool isFinite(float value) {
+    return std::isfinite(value);
+}
+
 TEST_P(TableText, BecomesCells) {
     const TableCase& row = GetParam();
     const TableShape shape{2, 1, 2};
@@ -48,7 +52,8 @@ TEST_P(TableText, BecomesCells) {
     EXPECT_THAT(table.cells, ElementsAreArray(row.cells));
     EXPECT_EQ(table.rowsFound, row.rowsFound);
     EXPECT_EQ(table.cellsWithoutNumber, row.without);
-    EXPECT_EQ(table.notes(shape).empty(), row.rowsFound == 2 && row.without == 0);
+    EXPECT_EQ(table.notes(shape).empty(),
+              row.rowsFound == 2 && row.without == 0 && std::ranges::all_of(row.cells, isFinite));
     for (std::size_t column = 0; column < 2; ++column) {
         EXPECT_EQ(table.maxima[column], std::max({row.cells[column], row.cells[2 + column], noMaximum}));
     }
@@ -84,16 +89,39 @@ INSTANTIATE_TEST_SUITE_P(
                     TableCase{"cutInAnExponent", "k\t1\t2e-", {1, 0, 0, 0}, 0},
                     TableCase{"cutInAGroup", "k\t1\t{2 3,", {1, 0, 0, 0}, 0},
                     TableCase{"cutBehindANumber", "k\t1\t", {1, 0, 0, 0}, 0},
-                    TableCase{"cutInAField", "k\t1\t2\nk", {1, 2, 0, 0}, 2, 2}),
+                    TableCase{"lastRowCutInItsField", "k\t1\t2\nk", {1, 2, 0, 0}, 1},
+                    TableCase{"lastRowCutInANumber", "k\t1\t2\nk\t34", {1, 2, 0, 0}, 1},
+                    TableCase{"lastRowCutInAGroup", "k\t1\t2\nk\t3\t{4, 5", {1, 2, 3, 0}, 1}),
     [](const auto& row) { return row.param.name; });
 
-TEST(ResultTable, NotesNameRowsFoundAndTheFirstRowWithoutANumber) {
-    const TableShape shape{3, 1, 2};
-    EXPECT_THAT(parseResultTable("h\nk 1 2\nk 1\nk", {3, 1, 2}).notes(shape),
-                ElementsAre(HasSubstr("first is in row 2")));
-    EXPECT_THAT(parseResultTable("h\nk 1 2\nk 1 2", shape).notes(shape),
-                ElementsAre(HasSubstr("holds 1 of 3 rows"), HasSubstr("Row 2 of the result table is cut off")));
-    EXPECT_THAT(parseResultTable("h without a line end", shape).notes(shape), ElementsAre(HasSubstr("0 of 3 rows")));
+struct NotesCase {
+    const char* name;
+    const char* table; // of one leading field and two columns
+    std::uint32_t rows;
+    std::vector<const char*> notes; // a part of each
+};
+
+TEST(ResultTable, NotesNameWhatIsOddAndItsFirstRow) {
+    for (const NotesCase& row : {
+             NotesCase{"noNumber", "h\nk 1 2\nk 1\nk 3 4", 3, {"1 cells of the result table hold no number", "row 2"}},
+             NotesCase{"cut", "h\nk 1 2\nk 1 2", 3, {"holds 1 of 3 rows", "Row 2 of the result table is cut off"}},
+             NotesCase{"headerOnly", "h without a line end", 3, {"0 of 3 rows"}},
+             NotesCase{"infinite", "h\nk 1 2\nk 3 -1e39\nk 1e39 {1e39 -1e39}\n", 3, {"3 cells", "in row 2"}},
+             NotesCase{"moreRows", "h\nk 1 2\nk 3 4\n\nk 5 6\nk 7\nk 8", 2, {"has 3 more rows than the 2"}},
+             NotesCase{"noneOfMoreRows", "h\nk 1 2\nk 3 4", 0, {"has 2 more rows than the 0"}},
+         }) {
+        SCOPED_TRACE(row.name);
+        const TableShape shape{row.rows, 1, 2};
+        std::string all;
+        for (const std::string& note : parseResultTable(row.table, shape).notes(shape)) {
+            all += note + "\n";
+        }
+        for (const char* part : row.notes) {
+            EXPECT_THAT(all, HasSubstr(part));
+        }
+        const auto most = static_cast<std::ptrdiff_t>(row.notes.size());
+        EXPECT_TRUE(std::ranges::count(all, '\n') > 0 && std::ranges::count(all, '\n') <= most) << all;
+    }
 }
 
 TEST(ResultTable, HasNoCellsWithoutRowsOrColumns) {
