@@ -5,6 +5,7 @@
 #include "app/PictureCommands.h"
 #include "app/PlotEdits.h"
 #include "app/PlotMouse.h"
+#include "app/RunStateWords.h"
 #include "app/ShowEdit.h"
 #include "platform/qt/QtGlSurface.h"
 #include "platform/qt/QtText.h"
@@ -37,6 +38,7 @@ PlotTab::PlotTab(MyDocument& document, Ui::MyDocument& ui, Ui::MainMenu& menu, T
     new PlotMoveEnds(document, this);
     connect(ui.plotNewResults, &QPushButton::clicked, this,
             [this] { guardedPlot(m_document, [this] { m_document.setupPlotView(); }); });
+    connect(ui.plotOtherGrid, &QPushButton::clicked, this, [this] { m_document.readByOtherGrid(); });
 }
 
 PlotTab::~PlotTab() {
@@ -156,10 +158,26 @@ void PlotTab::follow() {
 }
 
 void PlotTab::showNotice() {
-    const QString text = notice();
+    const QString text = (resultsNotice() + ' ' + notice()).trimmed();
     m_ui.plotNotice->setText(text);
     m_ui.plotNoticeRow->setVisible(!text.isEmpty());
     m_ui.plotNewResults->setVisible(newResultsWait());
+    const GridChoice& grid = m_document.gridChoice();
+    m_ui.plotOtherGrid->setVisible(!grid.difference.empty() &&
+                                   m_document.runControl().state() == RunControl::State::Idle);
+    m_ui.plotOtherGrid->setText(grid.ofStarted ? tr("Read by the &Document's Grid") : tr("Read by the &Grid That Ran"));
+}
+
+/// What is wrong with the results of the last run: they are not whole, not its own, or read by another grid.
+QString PlotTab::resultsNotice() const {
+    const RunControl& run = m_document.runControl();
+    if (run.state() != RunControl::State::Idle) return {};
+    const RunOutcome::Kind kind = run.outcome().kind;
+    const bool isOdd =
+        kind == RunOutcome::Kind::Failed || (kind == RunOutcome::Kind::Results && !run.outcome().isWhole());
+    QString text = isOdd ? runStateText(run) + ". " : QString();
+    if (kind == RunOutcome::Kind::Failed && m_showsSomething()) text += tr("The plot shows an earlier run. ");
+    return text + qtText(m_document.gridChoice().text());
 }
 
 /// Whether there are results that the choice would draw and the plot does not show yet.

@@ -1,8 +1,13 @@
 #include "app/RunPanel.h"
 
+#include "app/RunStateWords.h"
 #include "platform/qt/LogView.h"
 #include "ui_MainMenu.h"
 #include "ui_MyDocument.h"
+
+#include <QStyle>
+#include <QTabWidget>
+#include <chrono>
 
 namespace orrery {
 
@@ -10,6 +15,8 @@ RunPanel::RunPanel(MyDocument& document, Ui::MyDocument& ui, Ui::MainMenu& menu)
     : m_document(document), m_ui(ui), m_menu(menu), m_button(ui.startStopButton), m_wheel(ui.progressWheel) {
     connect(ui.startStopButton, &QPushButton::clicked, this, [this] { m_document.simulationStartOrAbort(); });
     connect(menu.actionAbort, &QAction::triggered, this, [this] { m_document.abortSimulation(); });
+    m_aging.setInterval(std::chrono::seconds(20));
+    connect(&m_aging, &QTimer::timeout, this, &RunPanel::showState);
     connect(menu.actionFindInLog, &QAction::triggered, this, [this] { m_ui.log->showFind(); });
 }
 
@@ -23,10 +30,17 @@ void RunPanel::refresh() {
     const RunControl::State state = m_document.runControl().state();
     m_menu.actionAbort->setEnabled(state != RunControl::State::Idle);
     m_ui.startStopButton->setText(state == RunControl::State::Idle ? tr("Start") : tr("Stop"));
-    m_ui.runState->setText(state == RunControl::State::Waiting   ? tr("Waiting for another run to end")
-                           : state == RunControl::State::Ending  ? tr("Ending the earlier run")
-                           : state == RunControl::State::Running ? tr("Running")
-                                                                 : QString());
+    showState();
+    m_document.runControl().outcome().staleSince ? m_aging.start() : m_aging.stop();
+}
+
+void RunPanel::showState() {
+    const RunControl& run = m_document.runControl();
+    const QString text = runStateText(run);
+    m_ui.runState->setText(text);
+    const int tab = m_ui.tabView->indexOf(m_ui.plotTab);
+    m_ui.tabView->setTabIcon(tab, runStateIcon(run, *m_ui.tabView->style()));
+    m_ui.tabView->setTabToolTip(tab, text);
 }
 
 } // namespace orrery

@@ -8,6 +8,8 @@
 #include "platform/Files.h"
 #include "platform/Numbers.h"
 #include "platform/OrreryError.h"
+#include "platform/UserDefaults.h"
+#include "run/SetupTrust.h"
 
 #include <CLI/CLI.hpp>
 
@@ -166,7 +168,12 @@ void checkPortsWhereReadable(const SetupDictionary& setup, const std::string& mo
 int makeSetup(const NewOptions& options) {
     const SetupDictionary setup = setupFrom(options);
     checkPortsWhereReadable(setup, options.model);
-    replaceFile(options.out, setupFileBytes(setup, options.out));
+    const std::string bytes = setupFileBytes(setup, options.out);
+    replaceFile(options.out, bytes);
+    if (!outputsOutside(setup, absolutePath(options.out)).empty()) {
+        FileUserDefaults defaults(FileUserDefaults::standardPath());
+        SetupTrust(&defaults).add(bytes);
+    }
     return exitDone;
 }
 

@@ -5,13 +5,16 @@
 #include "batch/ResultJson.h"
 #include "batch/SetupFiles.h"
 #include "document/MyDocument.h"
+#include "platform/Date.h"
 #include "platform/Files.h"
 #include "platform/OrreryError.h"
 #include "platform/TemporaryDirectory.h"
+#include "platform/UserDefaults.h"
 #include "platform/native/PosixChildProcess.h"
 #include "platform/qt/QtEventLoop.h"
 
 #include <CLI/CLI.hpp>
+#include <fmt/format.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -31,6 +34,9 @@ struct RunOptions {
     bool noResults = false;
     bool report = false;
     bool wait = false;
+    bool acceptStale = false;
+    bool acceptPartial = false;
+    bool overwriteOutputs = false;
 };
 
 bool isExecutable(const std::string& path) {
@@ -62,7 +68,7 @@ private:
 class HeadlessRun {
 public:
     explicit HeadlessRun(const RunOptions& options)
-        : m_engine(options.engine), m_launcher(m_loop.runLoop()), m_document(services()) {
+        : m_engine(options.engine), m_launcher(m_loop.runLoop()), m_document(services(options.overwriteOutputs)) {
         openDocument(absolutePath(options.setup));
         m_document.runControl().setWaitsForTurn(options.wait);
         DocumentOutlets outlets;
@@ -70,7 +76,7 @@ public:
         m_document.setOutlets(outlets);
     }
 
-    /// Runs to the end or to an interrupt. @return exitDone when there are results
+    /// Runs to the end or to an interrupt. @return exitDone when the whole table of this run was read
     int run() {
         m_document.setRunObserver([this] {
             if (m_document.runControl().state() == RunControl::State::Idle) m_loop.quit(0);
@@ -83,14 +89,17 @@ public:
         if (m_document.runControl().state() != RunControl::State::Idle) m_loop.run();
         m_status.endLine();
         if (m_interrupted) return exitInterrupted;
-        return m_document.runControl().resultsBuilt() ? exitDone : exitFailed;
+        return outcome().isWhole() ? exitDone : exitFailed;
     }
 
     [[nodiscard]] const MyDocument& document() const { return m_document; }
+    [[nodiscard]] const RunOutcome& outcome() { return m_document.runControl().outcome(); }
 
 private:
-    [[nodiscard]] DocumentServices services() {
+    [[nodiscard]] DocumentServices services(bool writesOverOutputs) {
         DocumentServices services;
+        services.userDefaults = &m_defaults; // they know which setups were written here
+        services.writesOverOutputs = writesOverOutputs;
         services.run.launcher = &m_launcher;
         services.run.runLoop = &m_loop.runLoop();
         services.run.enginePath = [this] { return enginePath(); };
@@ -118,6 +127,7 @@ private:
     }
 
     std::string m_engine;
+    FileUserDefaults m_defaults{FileUserDefaults::standardPath()};
     StatusOnStandardError m_status;
     QtEventLoop m_loop{"orrery-batch"};
     PosixChildProcessLauncher m_launcher;
@@ -149,12 +159,27 @@ void printReport(const MyDocument& document) {
     output.finish();
 }
 
+/// The options that are missing for results which are not this run's own and whole; empty when they may be printed.
+std::string missingConsent(const RunOutcome& outcome, const RunOptions& options) {
+    const char* const stale = outcome.staleSince && !options.acceptStale ? "--accept-stale" : "";
+    const char* const partial = outcome.isPartial() && !options.acceptPartial ? "--accept-partial" : "";
+    return fmt::format("{}{}{}", stale, *stale != 0 && *partial != 0 ? " and " : "", partial);
+}
+
 int runSetup(const RunOptions& options) {
     HeadlessRun run(options);
     const int code = run.run();
-    if (code == exitDone && options.report) {
+    const RunOutcome& outcome = run.outcome();
+    if (code == exitInterrupted || outcome.kind != RunOutcome::Kind::Results) return code; // the rest has been told
+    const std::string missing = missingConsent(outcome, options);
+    if (!outcome.isWhole()) {
+        printMessage(outcomeText(outcome, currentDate()) +
+                     (missing.empty() ? "." : fmt::format("; not printed without {}.", missing)));
+    }
+    if (!missing.empty()) return code;
+    if (options.report) {
         printReport(run.document());
-    } else if (code == exitDone && !options.noResults) {
+    } else if (!options.noResults) {
         printSummary(run.document());
     }
     return code;
@@ -169,6 +194,13 @@ Action buildRunCommand(CLI::App& parser) {
     auto* noResults = parser.add_flag("--no-results", options->noResults, "Print nothing of the results");
     parser.add_flag("--report", options->report, "Print the results for people")->excludes(noResults);
     parser.add_flag("--wait", options->wait, "Wait while another run uses the temporary directory");
+    parser.add_flag("--accept-stale", options->acceptStale,
+                    "Print the results even where the table is that of an earlier run");
+    parser.add_flag("--accept-partial", options->acceptPartial, "Print the results even where rows are missing");
+    parser.add_flag("--overwrite-outputs", options->overwriteOutputs,
+                    "Let a setup from elsewhere write over files outside its folder");
+    parser.footer("Exit code: 0 when this run left its whole table, 1 for everything else, also with --accept-…; 130 "
+                  "after an interrupt.\nHow the engine ended is told and decides nothing.");
     return [options] { return runSetup(*options); };
 }
 

@@ -6,10 +6,13 @@
 #include "run/Export.h"
 #include "run/IndexSet.h"
 #include "run/ResponseVariables.h"
+#include "run/SetupTrust.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <iterator>
+#include <optional>
 #include <utility>
 
 namespace orrery {
@@ -84,15 +87,47 @@ void MyDocument::addOrRemove(PortList list, int segment) {
     });
 }
 
-void MyDocument::clearSweepForRun() {
+/// A setup from elsewhere may name any file of the user's as a result file.
+bool MyDocument::mayRun() {
+    if (!m_filePath) return true;
+    SetupTrust trust(m_services.userDefaults);
+    const std::string path = absoluteSetupPath();
+    if (!mayRunSetup(trust, path, [this](const auto& files) { return asksToWriteOver(files); })) return false;
+    m_isOurs = true;
+    return true;
+}
+
+bool MyDocument::asksToWriteOver(const std::vector<std::string>& files) {
+    const AlertText question{"This setup writes over files outside its folder.",
+                             fmt::format("It was not written here, and its run would replace {}. Run it only if you "
+                                         "know where it comes from.",
+                                         listedFiles(files)),
+                             {"Replace and Run", "Cancel"}};
+    if (m_services.writesOverOutputs) return true;
+    if (m_outlets.alerts != nullptr) return m_outlets.alerts->runModal(question) == 0;
+    showSheet({question.message, question.informative + " Then give --overwrite-outputs."});
+    return false;
+}
+
+void MyDocument::keepStartedSetup() {
+    m_startedSetup = m_filePath ? StartedSetup(*m_filePath) : StartedSetup();
+    m_gridChoice = {};
+}
+
+void MyDocument::keepPlotChoices() {
     if (PlotChoices choices{m_grid.variables, m_dependentVariables}; choices.chosen()) {
         m_earlierChoices = std::move(choices);
     }
+}
+
+void MyDocument::clearSweepForRun() {
+    keepPlotChoices();
     setIndependentVariables({});
     redrawPlot();
 }
 
 void MyDocument::runStateChanged() {
+    if (m_run.outcome().kind == RunOutcome::Kind::Aborted) clearPlot();
     if (m_runObserver) m_runObserver();
     if (m_historyObserver) m_historyObserver(); // other results, other choices to take back
 }
@@ -120,7 +155,7 @@ void MyDocument::constructDependentVariables() {
     const std::string path = resultTablePath();
     try {
         ResponseVariables built = orrery::constructDependentVariables(m_modelTree, independentVariables(), path);
-        m_tableNotes = std::move(built.notes);
+        std::ranges::move(built.notes, std::back_inserter(m_tableNotes));
         setResponseVariableLabels(std::move(built.labels));
         setDependentVariables(std::move(built.variables));
     } catch (const ResultTableMissing&) {
@@ -159,17 +194,16 @@ void MyDocument::getSimulationData() {
     setSimulationData({});
     const TableShape shape{nRowsOfData(), independentVariables().size() + 1, m_dependentVariables.size()};
     ResultTable table = readTableWhileWaiting(shape);
-    for (std::string& note : table.notes(shape)) {
-        m_tableNotes.push_back(std::move(note));
-    }
+    std::ranges::move(table.notes(shape), std::back_inserter(m_tableNotes));
+    m_rowsFound = table.rowsFound;
     setSimulationData(std::move(table.cells));
     setYMax(std::move(table.maxima));
 }
 
-std::vector<std::string> MyDocument::buildResults() {
+BuiltResults MyDocument::buildResults() {
     m_tableNotes.clear();
     try {
-        constructIndependentVariables();
+        layOutGrid();
         constructDependentVariables();
         getSimulationData();
         restorePlotChoices();
@@ -181,7 +215,29 @@ std::vector<std::string> MyDocument::buildResults() {
         setYMax({});
         throw;
     }
-    return m_tableNotes;
+    return {nRowsOfData(), m_rowsFound, m_dependentVariables.size(), m_tableNotes};
+}
+
+/// By the document's setup, unless the user wants the grid that ran.
+void MyDocument::layOutGrid() {
+    constructIndependentVariables();
+    std::optional<SweepGrid> ran = m_startedSetup.grid(*m_services.calendar);
+    m_gridChoice.difference = ran ? gridDifference(*ran, m_grid) : "";
+    const std::string text = m_gridChoice.text();
+    if (const std::string note = text.empty() ? m_startedSetup.note(m_dictionary) : text; !note.empty()) {
+        m_tableNotes.push_back(note);
+    }
+    if (!m_gridChoice.ofStarted || !ran) return;
+    m_grid.nRowsOfData = ran->nRowsOfData;
+    setIndependentVariables(std::move(ran->variables));
+}
+
+void MyDocument::readByOtherGrid() {
+    if (m_gridChoice.difference.empty()) return;
+    const GridChoice before = m_gridChoice;
+    m_gridChoice.ofStarted = !before.ofStarted;
+    keepPlotChoices();
+    if (!m_run.rebuildResults()) m_gridChoice = before;
 }
 
 void MyDocument::restorePlotChoices() {

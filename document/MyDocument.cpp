@@ -9,6 +9,7 @@
 #include "platform/OrreryError.h"
 #include "platform/Workers.h"
 #include "run/ResponseVariables.h"
+#include "run/SetupTrust.h"
 
 #include <fmt/format.h>
 
@@ -101,6 +102,7 @@ bool MyDocument::loadDataRepresentation(std::string_view bytes, std::string_view
     m_unparsedFault = loaded.parsed ? "" : loaded.fault;
     m_unparsedBytes = loaded.parsed ? "" : bytes;
     if (!loaded.parsed) logLine(loaded.fault);
+    m_isOurs = SetupTrust(m_services.userDefaults).knows(bytes);
     setTheDictionary(std::move(loaded.dictionary));
     observe(observedWhenOpened);
     return true;
@@ -143,6 +145,7 @@ KnownFile MyDocument::writeSetup(const SetupDictionary& setup, const std::string
     const std::string bytes = setupFileBytes(setup, path);
     keepUnparsedFile(path);
     KnownFile written = replaceKnownFile(path, bytes);
+    if (m_isOurs && !outputsOutside(setup, path).empty()) SetupTrust(m_services.userDefaults).add(bytes);
     m_unparsedBytes.clear();
     m_unparsedFault.clear();
     return written;

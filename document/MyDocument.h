@@ -2,6 +2,7 @@
 
 #include "document/DocumentOutlets.h"
 #include "document/EditPlace.h"
+#include "document/StartedSetup.h"
 #include "document/UndoHistory.h"
 #include "document/setup/SetupDictionary.h"
 #include "model/ListController.h"
@@ -43,6 +44,7 @@ struct DocumentServices {
     NamedServices* namedServices = nullptr; // absent: no companion can be reached
     const Calendar* calendar = nullptr;     // absent: the user's current calendar
     TableReadOptions tableReading;
+    bool writesOverOutputs = false; // of setups that were not written here, without asking
 };
 
 /// A change to a document's count of changes.
@@ -192,7 +194,12 @@ public:
     void constructDependentVariables(); // @throws ResultTableMissing after its alert, OrreryError
     void getSimulationData();           // @throws OrreryError
     /// The three in their order. A failure leaves no response variables and no data behind.
-    std::vector<std::string> buildResults() override;
+    BuiltResults buildResults() override;
+    /// By which grid the results are read, and how that differs from the setup which ran.
+    [[nodiscard]] const GridChoice& gridChoice() const { return m_gridChoice; }
+    /// Reads the last run's table again by the other grid: that of the setup which ran, or the document's. Nothing
+    /// while a run is under way or where the two agree.
+    void readByOtherGrid();
     [[nodiscard]] std::string resultTablePath() const;
     [[nodiscard]] std::vector<IndependentVariable>& independentVariables() { return m_grid.variables; }
     [[nodiscard]] const std::vector<IndependentVariable>& independentVariables() const { return m_grid.variables; }
@@ -260,6 +267,8 @@ public:
 
 private:
     void saveDocument(std::function<void(bool)> didSave) override;
+    bool mayRun() override;
+    void keepStartedSetup() override;
     void clearSweepForRun() override;
     void runStateChanged() override;
 
@@ -285,6 +294,9 @@ private:
     void showSheet(const AlertText& text);
     [[nodiscard]] ResultTable readTableWhileWaiting(const TableShape& shape);
     [[nodiscard]] std::string absoluteSetupPath() const; // empty without a file
+    [[nodiscard]] bool asksToWriteOver(const std::vector<std::string>& files);
+    void keepPlotChoices();
+    void layOutGrid();
     void restorePlotChoices();
     void clearPlot();
     [[nodiscard]] std::uint32_t fillVertexMemory(const std::vector<std::uint32_t>& indices);
@@ -309,6 +321,7 @@ private:
     std::optional<std::string> m_filePath;
     KnownFile m_knownFile; // at that path
     bool m_isUnsavedCopy = false;
+    bool m_isOurs = true; // the setup was written here, or the user has allowed its run
     std::string m_unparsedFault;
     std::string m_unparsedBytes; // of the file that was opened, when it was no setup; kept beside the first save
     std::vector<ListController> m_controllers; // indexed by PortList
@@ -317,11 +330,14 @@ private:
     std::size_t m_recorderCount = 0;         // of the tree
     std::optional<Date> m_modelModification; // of the model file at the last import
 
+    StartedSetup m_startedSetup; // of the present or last run
+    GridChoice m_gridChoice;
     SweepGrid m_grid;
     std::vector<ResponseVariable> m_dependentVariables;
     std::vector<std::string> m_responseVariableLabels;
-    CellBlock m_simulationData; // nRowsOfData × response variables, row-major
-    std::vector<float> m_yMax;  // per response variable
+    CellBlock m_simulationData;    // nRowsOfData × response variables, row-major
+    std::vector<float> m_yMax;     // per response variable
+    std::uint32_t m_rowsFound = 0; // of the table
     std::vector<std::string> m_tableNotes;
     PlotChoices m_earlierChoices; // of the last run that had any
     bool m_plotIsOutdated = false;

@@ -17,6 +17,23 @@ namespace orrery {
 /// The file's modification date with the resolution of the file system; std::nullopt when it cannot be read.
 [[nodiscard]] std::optional<Date> modificationDate(const std::string& path);
 
+/// What tells a file from another one at the same path, and from itself before it was written again.
+struct FileIdentity {
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+    std::uint64_t size = 0;
+    Date modified;
+    Date changed; // of its content or its description; no program sets it
+    friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
+};
+
+/// That of the file at the path now, links followed; std::nullopt when there is none.
+[[nodiscard]] std::optional<FileIdentity> fileIdentity(const std::string& path);
+
+/// Waits until a file that is written from now on has another identity, 20 ms at most: files are stamped by a clock
+/// that ticks every few milliseconds.
+void awaitNewStamp(const FileIdentity& identity);
+
 /// A file opened for reading without blocking on a FIFO or device: only regular files are taken. Move-only.
 class ReadableFile {
 public:
@@ -34,6 +51,7 @@ public:
     std::size_t readAt(char* buffer, std::size_t capacity, std::uint64_t offset) const;
     [[nodiscard]] std::uint64_t size() const;    // bytes now; another program may still change it
     [[nodiscard]] Date modificationDate() const; // now, of the file that is open
+    [[nodiscard]] FileIdentity identity() const; // now, of the file that is open
     [[nodiscard]] const std::string& path() const { return m_path; }
     [[nodiscard]] int release(); // the descriptor, now the caller's
 

@@ -144,6 +144,14 @@ std::string sizeText(std::uint64_t bytes) {
     return fmt::format("{} {}", std::floor(amount * steps) / steps, units.at(unit));
 }
 
+std::string groupedThousands(std::uint64_t number) {
+    std::string digits = std::to_string(number);
+    for (auto place = static_cast<std::ptrdiff_t>(digits.size()) - 3; place > 0; place -= 3) {
+        digits.insert(static_cast<std::size_t>(place), ",");
+    }
+    return digits;
+}
+
 Point pointFromString(std::string_view text) {
     const double x = takeCoordinate(text);
     const double y = takeCoordinate(text);

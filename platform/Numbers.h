@@ -43,6 +43,9 @@ struct TypedNumber {
 /// An amount of bytes as "51 GB", "1.2 MB" or "12 bytes", rounded down.
 [[nodiscard]] std::string sizeText(std::uint64_t bytes);
 
+/// The number in groups of three digits: "25,000".
+[[nodiscard]] std::string groupedThousands(std::uint64_t number);
+
 /// A pair of numbers in braces, "{ 1, 1 }".
 struct Point {
     double x = 0;

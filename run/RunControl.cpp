@@ -7,7 +7,7 @@
 
 #include <fmt/format.h>
 
-#include <array>
+#include <cctype>
 #include <chrono>
 #include <exception>
 #include <new>
@@ -40,18 +40,9 @@ AlertText someoneElseRuns(const RunLock::Holder& holder) {
             {"Wait", "Cancel"}};
 }
 
-std::string ageText(std::int64_t seconds) {
-    struct Unit {
-        std::int64_t seconds;
-        const char* name;
-    };
-    static constexpr std::array units{Unit{86400, "day"}, Unit{3600, "hour"}, Unit{60, "minute"}, Unit{1, "second"}};
-    for (const Unit& unit : units) {
-        if (const std::int64_t count = seconds / unit.seconds; count > 0) {
-            return fmt::format("{} {}{}", count, unit.name, count == 1 ? "" : "s");
-        }
-    }
-    return "less than a second";
+std::string sentence(std::string words) {
+    words[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(words[0])));
+    return words + '.';
 }
 
 } // namespace
@@ -115,6 +106,10 @@ void RunControl::doRun() {
     if (!enginePath) {
         logLine("Couldn't find Zephyr");
         showSheet(engineMissing, {});
+        return;
+    }
+    if (!m_host.mayRun()) {
+        setButton(ButtonState::Off);
         return;
     }
     startWhenFree(*enginePath);
@@ -227,9 +222,13 @@ void RunControl::startEngine(const std::string& enginePath, RunLock lock) {
     m_lastRun = lock.holder();
     m_lock = std::move(lock);
     m_isAborted = false;
-    m_resultsBuilt = false;
+    m_outcome = {};
+    m_tableRead.reset();
     try {
-        m_tableDateBefore = modificationDate(resultTablePath(m_services.temporaryDirectory));
+        m_tableBefore = tableNow();
+        if (m_tableBefore) awaitNewStamp(*m_tableBefore);
+        m_started = std::chrono::steady_clock::now();
+        m_host.keepStartedSetup();
         m_host.clearSweepForRun();
         setButton(ButtonState::On);
         makeTask(enginePath);
@@ -264,9 +263,11 @@ void RunControl::appendOutput(std::string_view text) {
 
 void RunControl::processFinished() {
     if (m_isAborted) {
+        m_outcome.kind = RunOutcome::Kind::Aborted;
         appendStatus("Aborted");
     } else {
         appendStatus("Processing output\u2026");
+        if (const std::string how = engineFailure(m_outcome.end); !how.empty()) appendStatus("\n" + sentence(how));
         finishResults();
     }
     m_lock.reset();
@@ -278,31 +279,24 @@ void RunControl::processFinished() {
 }
 
 void RunControl::finishResults() {
-    std::string failure;
+    m_outcome.kind = RunOutcome::Kind::Failed;
     try {
-        requireOwnTable();
-        if (const std::string note = staleTableNote(); !note.empty()) appendStatus("\n" + note);
-        for (const std::string& note : m_host.buildResults()) {
-            appendStatus("\n" + note);
-        }
-        m_resultsBuilt = true;
-        return;
+        if (m_lock) requireOwnTable();
+        buildResults();
     } catch (const ResultTableMissing& missing) {
         // The document has shown its alert already.
+        m_outcome.failure = "the engine left no result table";
         appendStatus(fmt::format("\n{}", missing.what()));
-        return;
     } catch (const ResultsCancelled&) {
         m_isAborted = true;
+        m_outcome.kind = RunOutcome::Kind::Aborted;
         m_host.clearSweepForRun();
         appendStatus("\nAborted");
-        return;
     } catch (const std::bad_alloc&) {
-        failure = "The results need more memory than there is.";
+        failResults("The results need more memory than there is.");
     } catch (const std::exception& error) {
-        failure = error.what();
+        failResults(error.what());
     }
-    appendStatus("\n" + failure);
-    showSheet({"The results could not be read.", failure, {"OK"}}, {});
 }
 
 /// Where the lock was lost, another run may have written the table.
@@ -322,11 +316,51 @@ void RunControl::requireOwnTable() {
     }
 }
 
-std::string RunControl::staleTableNote() const {
-    const std::optional<Date> date = modificationDate(resultTablePath(m_services.temporaryDirectory));
-    if (!date || !m_tableDateBefore || *date != *m_tableDateBefore) return {};
-    const std::int64_t age = currentDate().seconds - date->seconds;
-    return fmt::format("The result table was not written by this run: it is {} old.", ageText(age));
+void RunControl::buildResults() {
+    m_tableRead = tableNow();
+    m_outcome.staleSince.reset();
+    if (m_tableRead && m_tableRead == m_tableBefore) {
+        m_outcome.staleSince = m_tableRead->modified;
+        appendStatus(fmt::format("\nThe result table was not written by this run: it is {} old.",
+                                 ageText(m_tableRead->modified, currentDate())));
+    }
+    takeResults(m_host.buildResults());
+    m_outcome.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - m_started).count();
+}
+
+void RunControl::takeResults(const BuiltResults& built) {
+    for (const std::string& note : built.notes) {
+        appendStatus("\n" + note);
+    }
+    m_outcome.kind = RunOutcome::Kind::Results;
+    m_outcome.rows = built.rows;
+    m_outcome.rowsFound = built.rowsFound;
+    m_outcome.responses = built.responses;
+}
+
+bool RunControl::rebuildResults() {
+    if (m_state != State::Idle || !m_tableRead) return false;
+    if (m_tableRead != tableNow()) {
+        showSheet({"The results cannot be read again.",
+                   "The result table has been written since, by another run. Run the simulation again."},
+                  {});
+        return false;
+    }
+    const RunOutcome before = m_outcome;
+    finishResults();
+    m_outcome.seconds = before.seconds;
+    setState(State::Idle);
+    return true;
+}
+
+void RunControl::failResults(const std::string& reason) {
+    m_outcome.failure = "the results could not be read";
+    appendStatus("\n" + reason);
+    showSheet({"The results could not be read.", reason, {"OK"}}, {});
+}
+
+std::optional<FileIdentity> RunControl::tableNow() const {
+    return fileIdentity(resultTablePath(m_services.temporaryDirectory));
 }
 
 void RunControl::appendStatus(std::string_view text) {

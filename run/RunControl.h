@@ -1,12 +1,16 @@
 #pragma once
 
-#include "platform/Date.h"
+#include "platform/Files.h"
 #include "platform/OrreryError.h"
 #include "platform/Outlets.h"
 #include "platform/RunLock.h"
 #include "platform/RunLoop.h"
+#include "run/RunOutcome.h"
 #include "run/TaskWrapper.h"
 
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -23,6 +27,14 @@ public:
     ResultsCancelled() : OrreryError("The reading of the results was cancelled.", {}, "") {}
 };
 
+/// What a document made of a result table.
+struct BuiltResults {
+    std::uint32_t rows = 0;      // of the sweep
+    std::uint32_t rowsFound = 0; // in the table, whole
+    std::size_t responses = 0;
+    std::vector<std::string> notes; // what the user should know, one line each
+};
+
 /// What run control needs of the document whose setup is run.
 class RunHost {
 public:
@@ -33,11 +45,14 @@ public:
     [[nodiscard]] virtual std::optional<std::string> filePath() const = 0; // none: never saved
     /// A copy that was never saved, and so has no file for the engine.
     [[nodiscard]] virtual bool isUnsavedCopy() const = 0;
+    /// Whether the document's file may be run as it is now; says or asks why not.
+    virtual bool mayRun() = 0;
+    /// The engine is about to be started with the document's file as that is now.
+    virtual void keepStartedSetup() = 0;
     /// Clears the sweep variables and marks the plot view for redisplay.
     virtual void clearSweepForRun() = 0;
-    /// Builds sweep variables, response variables and simulation data, in that order, and returns what the user should
-    /// know of them, one line each. What it throws ends the building.
-    virtual std::vector<std::string> buildResults() = 0;
+    /// Builds sweep variables, response variables and simulation data, in that order. What it throws ends the building.
+    virtual BuiltResults buildResults() = 0;
     virtual void runStateChanged() = 0; // a run was started, waits for its turn or has ended
 };
 
@@ -88,14 +103,18 @@ public:
     void documentDidSave(bool saved);
     void checkForDirtyModelDocument();
     void doRun();
+    /// Has the results of the last run built anew from its table, for a host that now builds them otherwise. Returns
+    /// false, having told why, when the table is no longer the one that was read, or a run is under way.
+    bool rebuildResults();
 
     [[nodiscard]] State state() const { return m_state; }
     [[nodiscard]] bool isAborted() const { return m_isAborted; }
-    /// Whether the last run ended with its results built whole.
-    [[nodiscard]] bool resultsBuilt() const { return m_resultsBuilt; }
+    /// How the last run ended. An abort while waiting for a turn changes nothing of it.
+    [[nodiscard]] const RunOutcome& outcome() const { return m_outcome; }
 
     void appendOutput(std::string_view text) override;
     void processStarted() override;
+    void engineEnded(const ProcessEnd& end) override { m_outcome.end = end; }
     void processFinished() override;
 
 private:
@@ -113,7 +132,10 @@ private:
     void requireOwnTable();
     void askWhetherToAbortRunning();
     void finishResults();
-    [[nodiscard]] std::string staleTableNote() const;
+    void buildResults();
+    void takeResults(const BuiltResults& built);
+    void failResults(const std::string& reason);
+    [[nodiscard]] std::optional<FileIdentity> tableNow() const;
     void appendStatus(std::string_view text);
     void showSheet(const AlertText& text, std::function<void(std::size_t)> answered);
     void setButton(ButtonState state);
@@ -126,10 +148,12 @@ private:
     RunLock::Holder m_lastRun;                 // as the lock's holder
     std::optional<RunLock> m_lock;             // held from the engine's start until the table is read
     std::unique_ptr<RunLoop::Source> m_turn;   // looks now and then whether it is our turn
-    std::optional<Date> m_tableDateBefore;     // of the table that an earlier run left
+    std::optional<FileIdentity> m_tableBefore; // of the table that an earlier run left
+    std::optional<FileIdentity> m_tableRead;   // of the one that the results are from
+    std::chrono::steady_clock::time_point m_started;
+    RunOutcome m_outcome;
     State m_state = State::Idle;
     bool m_isAborted = false;
-    bool m_resultsBuilt = false;
     bool m_waitsForTurn = false;
     std::shared_ptr<int> m_alive = std::make_shared<int>(0); // expires with this object: sheets are answered later
 };

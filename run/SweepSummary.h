@@ -2,12 +2,16 @@
 
 #include "document/setup/SetupDictionary.h"
 #include "platform/Date.h"
+#include "run/SweepVariables.h"
 
 #include <cstddef>
 #include <string>
 #include <vector>
 
 namespace orrery {
+
+/// "12 × 4 × 100 = 4,800 rows"
+[[nodiscard]] std::string gridSizeText(const SweepGrid& grid);
 
 /// What a setup's sweep comes to, before it is run.
 struct SweepSummary {

@@ -15,6 +15,7 @@
 #include <array>
 #include <charconv>
 #include <climits>
+#include <ctime>
 #include <limits>
 #include <utility>
 
@@ -26,6 +27,14 @@ constexpr std::int64_t referenceDateInUnixTime = 978307200;
 
 Date dateOf(const timespec& time) {
     return {time.tv_sec - referenceDateInUnixTime, static_cast<std::int32_t>(time.tv_nsec)};
+}
+
+FileIdentity identityOf(const struct stat& status) {
+    return {.device = status.st_dev,
+            .inode = status.st_ino,
+            .size = static_cast<std::uint64_t>(status.st_size),
+            .modified = dateOf(status.st_mtim),
+            .changed = dateOf(status.st_ctim)};
 }
 
 [[noreturn]] void throwUnreadable(const std::string& path, const std::string& reason) {
@@ -144,6 +153,22 @@ std::optional<Date> modificationDate(const std::string& path) {
     return dateOf(status.st_mtim);
 }
 
+std::optional<FileIdentity> fileIdentity(const std::string& path) {
+    struct stat status {};
+    if (path.find('\0') != std::string::npos || stat(path.c_str(), &status) != 0) return std::nullopt;
+    return identityOf(status);
+}
+
+void awaitNewStamp(const FileIdentity& identity) {
+    constexpr timespec moment{0, 1'000'000};
+    for (int tries = 0; tries < 20; ++tries) {
+        timespec now{};
+        clock_gettime(CLOCK_REALTIME_COARSE, &now);
+        if (dateOf(now) > identity.changed) return;
+        nanosleep(&moment, nullptr);
+    }
+}
+
 ReadableFile::ReadableFile(const std::string& path) : m_path(path) {
     requireNoNul(path);
     FileDescriptor file(
@@ -192,6 +217,10 @@ int ReadableFile::release() {
 
 Date ReadableFile::modificationDate() const {
     return dateOf(statusOf(m_descriptor, m_path).st_mtim);
+}
+
+FileIdentity ReadableFile::identity() const {
+    return identityOf(statusOf(m_descriptor, m_path));
 }
 
 std::string readWholeFile(const std::string& path, std::uint64_t limit) {

@@ -91,7 +91,7 @@ TEST_F(ApplicationTest, ASampleOpensAsACopyThatRunsWhereItIsSaved) {
     EXPECT_FALSE(button.isChecked());
     QTest::mouseClick(&button, Qt::LeftButton);
     choose(*window, "saveSetupPanel", files.path() + "mine.orrery");
-    ASSERT_TRUE(waitFor([&] { return window->document().runControl().resultsBuilt(); }, 60'000));
+    ASSERT_TRUE(waitFor([&] { return window->document().runControl().outcome().isWhole(); }, 60'000));
     EXPECT_TRUE(fileExists(files.path() + "insect-larvae.txt")) << "results beside the user's copy";
     window->close();
     EXPECT_TRUE(waitFor([&] { return window == nullptr; })) << "nothing to ask about";

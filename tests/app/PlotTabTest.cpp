@@ -343,6 +343,35 @@ TEST_F(PlotTabTest, AWindowClosedInTheMiddleOfATurnLeavesNothingBehind) {
     EXPECT_TRUE(controller->documentController().windows().empty());
 }
 
+TEST_F(PlotTabTest, TheStateSpeaksAndAnotherGridThanTheOneThatRanIsTold) {
+    DocumentWindow& window = open(oneStepper);
+    action(window, "actionShowPlot").trigger();
+    MyDocument& document = window.document();
+    const auto& state = find<QLabel>(window, "runState");
+    const auto& tabs = find<QTabWidget>(window, "tabView");
+    auto& otherGrid = find<QPushButton>(window, "plotOtherGrid");
+    EXPECT_EQ(state.text(), "");
+    document.runSimulation();
+    EXPECT_EQ(state.text(), "Running");
+    document.editText(setup_key::runLength, "50");
+    ASSERT_TRUE(waitFor([&] { return document.runControl().state() == RunControl::State::Idle; }, 60'000));
+    EXPECT_TRUE(state.text().startsWith("Done: ")) << state.text().toStdString();
+    EXPECT_EQ(tabs.tabToolTip(1), state.text());
+    EXPECT_FALSE(tabs.tabIcon(1).isNull());
+    EXPECT_TRUE(notice(window).contains("has another grid")) << notice(window).toStdString();
+    const std::uint32_t rows = document.nRowsOfData();
+    QTest::mouseClick(&otherGrid, Qt::LeftButton);
+    EXPECT_GT(document.nRowsOfData(), rows);
+    EXPECT_TRUE(notice(window).contains("by the grid of the setup that ran")) << notice(window).toStdString();
+    EXPECT_TRUE(otherGrid.isVisible());
+
+    document.saveToFile(*document.filePath());
+    document.runSimulation();
+    EXPECT_FALSE(otherGrid.isVisible());
+    QTest::mouseClick(&find<QPushButton>(window, "startStopButton"), Qt::LeftButton);
+    EXPECT_TRUE(waitFor([&] { return state.text() == "Aborted"; })) << state.text().toStdString();
+}
+
 TEST_F(PlotTabTest, ANewRunKeepsTheChoicesAndSaysWhatThePlotShows) {
     DocumentWindow& window = openPlot(oneStepper);
     include(window, 1);

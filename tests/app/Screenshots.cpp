@@ -108,6 +108,18 @@ TEST_F(Screenshots, Running) {
     saveScreenshot("aborted");
 }
 
+TEST_F(Screenshots, StatesOfARun) {
+    DocumentWindow& window = openSized("crop-one-stepper.orrery");
+    MyDocument& document = window.document();
+    action(window, "actionShowPlot").trigger();
+    document.runSimulation();
+    document.editText(setup_key::runLength, "50");
+    ASSERT_TRUE(waitFor([&] { return document.runControl().state() == RunControl::State::Idle; }, 60'000));
+    saveScreenshot("run-other-grid");
+    document.readByOtherGrid();
+    saveScreenshot("run-grid-that-ran");
+}
+
 TEST_F(Screenshots, ImportFailure) {
     DocumentWindow& window = openSized("crop-two-steppers.orrery");
     window.document().useModel(files.write("broken.xml", "<?xml version='1.0'?>\n<database>\n<object type='KSLEVEL'"));

@@ -88,7 +88,7 @@ TEST_F(SessionTest, APortIsDraggedTypedUndoneSavedRunAndSeen) {
     ASSERT_TRUE(waitFor([&] { return !window.isWindowModified(); }));
 
     xdotool({"key", "ctrl+r"});
-    ASSERT_TRUE(waitFor([&] { return document.runControl().resultsBuilt(); }));
+    ASSERT_TRUE(waitFor([&] { return document.runControl().outcome().isWhole(); }));
     xdotool({"key", "ctrl+2"});
     ASSERT_TRUE(waitFor([&] { return find<QComboBox>(window, "sweepRole2").isVisible(); }));
     const QImage empty = picture(window);
@@ -135,7 +135,7 @@ TEST_F(SessionTest, AnEditedSetupAsksBeforeItsRun) {
     EXPECT_EQ(window.document().runControl().state(), RunControl::State::Idle);
     EXPECT_TRUE(window.isWindowModified());
     answer("Return"); // Save
-    ASSERT_TRUE(waitFor([&] { return window.document().runControl().resultsBuilt(); }));
+    ASSERT_TRUE(waitFor([&] { return window.document().runControl().outcome().isWhole(); }));
     EXPECT_FALSE(window.isWindowModified());
 }
 

@@ -182,7 +182,7 @@ DocumentWindow& WindowTest::openNew() {
 void WindowTest::run(DocumentWindow& window) {
     window.document().runSimulation();
     ASSERT_TRUE(waitFor([&] { return window.document().runControl().state() == RunControl::State::Idle; }, 60'000));
-    ASSERT_TRUE(window.document().runControl().resultsBuilt());
+    ASSERT_TRUE(window.document().runControl().outcome().isWhole());
 }
 
 QAction& WindowTest::action(const QWidget& window, const char* name) {

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -33,12 +34,50 @@ TEST_F(Tool, RunsTheEngineAndPrintsTheSummary) {
     EXPECT_THAT(run({"run", "setup.orrery", "--engine", engine, "--report"}).out, HasSubstr("6 rows"));
 }
 
-TEST_F(Tool, SaysHowOldATableIsThatTheEngineDidNotWrite) {
-    (void)m_folder.write("Zephyr.txt", resultTable);
-    const Finished done = run({"run", "setup.orrery", "--engine", makeEngine("exit 3")});
-    EXPECT_EQ(done.exitCode, 0);
-    EXPECT_THAT(done.err, HasSubstr("old."));
+struct EndCase {
+    const char* name;
+    bool earlierTable;  // lies there before the run
+    const char* engine; // a script; empty: it cannot be executed
+    std::vector<std::string> options;
+    int exitCode;
+    bool prints;
+    const char* said; // in standard error
+};
+class ToolEnds : public Tool, public testing::WithParamInterface<EndCase> {};
+
+TEST_P(ToolEnds, With0OnlyForThisRunsOwnWholeTable) {
+    const EndCase& row = GetParam();
+    (void)m_folder.write("ready.txt", resultTable);
+    (void)m_folder.write("short.txt", std::string(resultTable).substr(0, 70));
+    if (row.earlierTable) (void)m_folder.write("Zephyr.txt", resultTable);
+    std::vector<std::string> arguments{"run", "setup.orrery", "--engine", makeEngine(row.engine)};
+    if (*row.engine == 0) (void)m_folder.write("engine", "#!/nowhere/interpreter\n");
+    arguments.insert(arguments.end(), row.options.begin(), row.options.end());
+    const Finished done = run(arguments);
+    EXPECT_EQ(done.exitCode, row.exitCode) << done.err;
+    EXPECT_EQ(!done.out.empty(), row.prints) << done.out;
+    EXPECT_THAT(done.err, HasSubstr(row.said));
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    Runs, ToolEnds,
+    testing::Values(
+        EndCase{"stale", true, "exit 0", {}, 1, false, "an earlier run (less than a second old); not printed"},
+        EndCase{"staleAccepted", true, "exit 0", {"--accept-stale"}, 1, true, "Results of an earlier run"},
+        EndCase{"staleIsNotPartial", true, "exit 0", {"--accept-partial"}, 1, false, "without --accept-stale."},
+        EndCase{"notStarted", true, "", {}, 1, false, "The engine could not be started."},
+        EndCase{"rowsMissing", false, "cp short.txt Zephyr.txt", {}, 1, false, "Incomplete: 2 of 6 rows"},
+        EndCase{"rowsMissingAccepted", false, "cp short.txt Zephyr.txt", {"--accept-partial"}, 1, true, "2 of 6 rows"},
+        EndCase{"sameTableWrittenAgain", true, "cat ready.txt > Zephyr.txt", {}, 0, true, "Processing"},
+        EndCase{"exitCodeDecidesNothing",
+                false,
+                "cp ready.txt Zephyr.txt; exit 3",
+                {},
+                0,
+                true,
+                "The engine ended with exit code 3."},
+        EndCase{"signal", true, "kill -9 $$", {}, 1, false, "The engine was ended by signal 9 (killed)."}),
+    [](const auto& row) { return row.param.name; });
 
 struct FailedRun {
     const char* name;
@@ -89,7 +128,28 @@ TEST_F(Tool, NamesTheRunThatHoldsTheTemporaryDirectoryOrWaitsForIt) {
     (void)m_folder.write("Zephyr.txt", resultTable);
     (void)m_folder.write("go", "");
     EXPECT_EQ(first.finish().exitCode, 0);
-    EXPECT_EQ(waiting.finish().exitCode, 0);
+    EXPECT_EQ(waiting.finish().exitCode, 1) << "it has read the table of the run before its own";
+}
+
+TEST_F(Tool, RefusesASetupFromElsewhereThatWritesOverFilesOutsideItsFolder) {
+    ::setenv("XDG_CONFIG_HOME", m_folder.path().c_str(), 1); // where it is kept which setups were written here
+    (void)m_folder.write("ready.txt", resultTable);
+    (void)m_folder.write("precious.txt", "mine");
+    std::filesystem::create_directory(m_folder.path() + "sub");
+    const std::string engine = makeEngine(goodEngine);
+    ASSERT_EQ(run({"new", "sub/own.orrery", "--model", m_folder.path() + "model.xml", "--set", "dimensions={ 2, 1 }",
+                   "--set", "runLength=2", "--set", "reportStep=10", "--step", "/Field/Crop/water=0:1:2", "--output",
+                   "/Field/Crop/yield=../precious.txt"})
+                  .exitCode,
+              0);
+    EXPECT_EQ(run({"run", "sub/own.orrery", "--engine", engine}).exitCode, 0);
+    (void)m_folder.write("sub/foreign.orrery", readWholeFile(m_folder.path() + "sub/own.orrery") + "\n");
+    const Finished refused = run({"run", "sub/foreign.orrery", "--engine", engine});
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_THAT(refused.err, testing::AllOf(HasSubstr("precious.txt"), HasSubstr("--overwrite-outputs")));
+    EXPECT_THAT(refused.err, Not(HasSubstr("computing")));
+    EXPECT_EQ(run({"run", "sub/foreign.orrery", "--engine", engine, "--overwrite-outputs"}).exitCode, 0);
+    ::unsetenv("XDG_CONFIG_HOME");
 }
 
 TEST_F(Tool, RunsTheTwoStepperSampleThroughTheSampleEngine) {

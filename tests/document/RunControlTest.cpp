@@ -1,4 +1,5 @@
 #include "document/DocumentFixture.h"
+#include "document/setup/SetupWriter.h"
 #include "platform/Files.h"
 
 #include <gmock/gmock.h>
@@ -7,6 +8,10 @@
 
 namespace orrery::test {
 namespace {
+
+constexpr const char* sixRows = "row\train\tday\tbiomass\tyield\n"
+                                "0 0 1\t1\t10\n1 0 2\t2\t20\n2 0 3\t3\t30\n"
+                                "3 1 1\t4\t40\n4 1 2\t5\t50\n5 1 3\t6\t60\n";
 
 /// A saved crop setup of 2 × 3 rows, shown in the window.
 class RunControlTest : public DocumentTest {
@@ -23,11 +28,7 @@ protected:
         document.awakeFromNib();
     }
 
-    void writeTable() {
-        temporary.write("Zephyr.txt", "row\train\tday\tbiomass\tyield\n"
-                                      "0 0 1\t1\t10\n1 0 2\t2\t20\n2 0 3\t3\t30\n"
-                                      "3 1 1\t4\t40\n4 1 2\t5\t50\n5 1 3\t6\t60\n");
-    }
+    void writeTable() { temporary.write("Zephyr.txt", sixRows); }
 
     MyDocument document{services()};
 };
@@ -53,7 +54,7 @@ TEST_F(RunControlTest, ARunGoesFromTheSavedFileToTheResults) {
     EXPECT_EQ(document.responseVariableLabels(), (std::vector<std::string>{"biomass", "yield"}));
     EXPECT_THAT(document.simulationData(), testing::ElementsAre(1, 10, 2, 20, 3, 30, 4, 40, 5, 50, 6, 60));
     EXPECT_EQ(document.yMax(), (std::vector<float>{6, 60}));
-    EXPECT_TRUE(document.runControl().resultsBuilt());
+    EXPECT_TRUE(document.runControl().outcome().isWhole());
 }
 
 TEST_F(RunControlTest, UnsavedChangesAreAskedAbout) {
@@ -107,7 +108,7 @@ TEST_F(RunControlTest, AnAbortedRunLeavesNothingToPlot) {
     EXPECT_TRUE(document.independentVariables().empty());
     EXPECT_TRUE(document.simulationData().empty());
     EXPECT_FALSE(window.wheelTurns);
-    EXPECT_FALSE(document.runControl().resultsBuilt());
+    EXPECT_EQ(document.runControl().outcome().kind, RunOutcome::Kind::Aborted);
 
     window.button = ButtonState::On;
     document.simulationStartOrAbort();
@@ -147,26 +148,167 @@ TEST_F(RunControlTest, AMissingTableIsToldAndTheDocumentStaysUsable) {
     document.runSimulation();
     writeTable();
     launcher.last().end();
-    EXPECT_TRUE(document.runControl().resultsBuilt());
+    EXPECT_TRUE(document.runControl().outcome().isWhole());
 }
 
-TEST_F(RunControlTest, TheStatusTextTellsWhatIsWrongWithATable) {
-    struct Case {
-        const char* name;
-        const char* table; // nullptr: the engine writes none, an old one lies there
-        const char* told;
-    };
-    for (const Case& row :
-         {Case{"tooFewRows", "a\tb\tc\tbiomass\tyield\n0 0 1\t1\t10\n", "1 of 6 rows"},
-          Case{"tooFewLabels", "a\tb\tc\tbiomass\n", "label"}, Case{"old", nullptr, "was not written by this run"}}) {
+struct EndedRun {
+    const char* name;
+    bool earlierTable;
+    const char* table; // that the engine writes; nullptr: none
+    ProcessEnd end;
+    const char* told; // at the end of the status text or in it
+    const char* state;
+};
+
+TEST_F(RunControlTest, TextAndStateTellHowARunEnded) {
+    constexpr auto exited = ProcessEnd::Kind::Exited;
+    const std::string whole = sixRows;
+    for (const EndedRun& row :
+         {EndedRun{"whole", false, whole.c_str(), {exited, 0}, "output\u2026", "Done: 6 rows, 2 responses, less"},
+          EndedRun{
+              "exitCode", true, whole.c_str(), {exited, 3}, "\nThe engine ended with exit code 3.", "; the engine"},
+          EndedRun{"tooFewRows",
+                   true,
+                   "a\tb\tc\tbiomass\tyield\n0 0 1\t1\t10\n",
+                   {},
+                   "1 of 6 rows",
+                   "Incomplete: 1 of 6 rows, 2 responses, "},
+          EndedRun{"tooFewLabels", true, "a\tb\tc\tbiomass\n", {}, "label", "Failed: the results could not be read"},
+          EndedRun{"old",
+                   true,
+                   nullptr,
+                   {exited, 0},
+                   "was not written by this run",
+                   "Results of an earlier run (less than a second old)"},
+          EndedRun{"none", false, nullptr, {exited, 0}, "was not found", "Failed: the engine left no result table"},
+          EndedRun{"crash", false, nullptr, {ProcessEnd::Kind::Signalled, 11}, "signal 11", "Failed: the engine was"},
+          EndedRun{"notStarted",
+                   false,
+                   nullptr,
+                   {ProcessEnd::Kind::NotStarted, 0},
+                   "could not be started",
+                   "Failed: the engine could not be started"}}) {
         SCOPED_TRACE(row.name);
-        writeTable();
+        std::filesystem::remove(temporary.path() + "Zephyr.txt");
+        if (row.earlierTable) writeTable();
         document.runSimulation();
+        EXPECT_EQ(outcomeText(document.runControl().outcome(), currentDate()), "");
         if (row.table != nullptr) temporary.write("Zephyr.txt", row.table);
-        launcher.last().end();
-        EXPECT_NE(window.status.find(row.told), std::string::npos) << window.status;
+        launcher.last().end(row.end);
+        EXPECT_THAT(window.status, testing::HasSubstr(row.told));
+        EXPECT_THAT(outcomeText(document.runControl().outcome(), currentDate()), testing::HasSubstr(row.state));
         EXPECT_EQ(window.button, ButtonState::Off);
     }
+}
+
+TEST_F(RunControlTest, WhatRanIsToldFromTheDocumentsSetupAndCanReadTheTable) {
+    document.editEntry(PortList::Steppers, 0, "stop", "2"); // 3 × 3 rows now
+    window.modalAnswer = 2;                                 // Don't Save: the engine reads 2 × 3
+    document.runSimulation();
+    writeTable();
+    launcher.last().end();
+    const std::string difference = "2 × 3 = 6 rows, not 3 × 3 = 9 rows";
+    EXPECT_EQ(document.gridChoice().difference, difference);
+    EXPECT_THAT(window.status, testing::HasSubstr(difference));
+    EXPECT_EQ(document.nRowsOfData(), 9U);
+    EXPECT_TRUE(document.runControl().outcome().isPartial());
+
+    document.readByOtherGrid();
+    EXPECT_EQ(document.nRowsOfData(), 6U);
+    EXPECT_TRUE(document.runControl().outcome().isWhole());
+    EXPECT_THAT(document.gridChoice().text(), testing::HasSubstr("by the grid of the setup that ran"));
+    document.readByOtherGrid();
+    EXPECT_EQ(document.nRowsOfData(), 9U);
+
+    temporary.write("Zephyr.txt", "another run's");
+    document.readByOtherGrid();
+    EXPECT_EQ(window.sheets.back().message, "The results cannot be read again.");
+    EXPECT_EQ(document.nRowsOfData(), 9U) << "nothing is lost";
+
+    document.runSimulation();
+    document.readByOtherGrid(); // there is nothing to read while another run goes on
+    EXPECT_TRUE(document.independentVariables().empty());
+    EXPECT_TRUE(document.gridChoice().difference.empty());
+}
+
+TEST_F(RunControlTest, AnEditDuringTheRunThatLeavesTheGridIsTold) {
+    document.runSimulation();
+    document.addPort(PortList::Initializations, "/Field/Crop/rain");
+    writeTable();
+    launcher.last().end();
+    EXPECT_THAT(window.status, testing::HasSubstr("The document's setup is not the one that ran"));
+    EXPECT_TRUE(document.gridChoice().difference.empty());
+}
+
+TEST_F(RunControlTest, AnAbortEmptiesThePlot) {
+    document.runSimulation();
+    writeTable();
+    launcher.last().end();
+    document.independentVariables().back().setFunction(1);
+    document.dependentVariables().front().setValue("includep", true);
+    document.setupPlotView();
+    ASSERT_FALSE(plot.ranges().empty());
+    document.runSimulation();
+    EXPECT_FALSE(plot.ranges().empty());
+    document.abortSimulation();
+    EXPECT_TRUE(plot.ranges().empty());
+    EXPECT_EQ(outcomeText(document.runControl().outcome(), currentDate()), "Aborted");
+}
+
+/// A setup in a folder of its own, which writes its result file beside that.
+class ForeignSetup : public RunControlTest {
+protected:
+    void open(const std::string& output) {
+        std::filesystem::create_directory(files.path() + "stranger");
+        SetupDictionary setup = defaultSetup();
+        setup.setText(setup_key::modelPath, "../crop.xml");
+        setup.setText(setup_key::dimensions, "{ 2, 1 }");
+        setup.mutableList(setup_key::outputs) = {Entry{{"portPath", "/Field/Crop/yield"}, {"outputPath", output}}};
+        foreign.readFromFile(files.write("stranger/s.orrery", setupFileBytes(setup, "s")));
+        show(foreign);
+    }
+    /// Whether a run starts. It is aborted.
+    bool runs() {
+        const std::size_t before = launcher.children.size();
+        foreign.runSimulation();
+        foreign.abortSimulation();
+        return launcher.children.size() > before;
+    }
+    MyDocument foreign{services()};
+};
+
+TEST_F(ForeignSetup, AsksOnceBeforeItWritesOverFilesOutsideItsFolder) {
+    const std::string precious = files.write("precious.txt", "mine");
+    open("../precious.txt");
+    window.modalAnswer = 1; // Cancel
+    EXPECT_FALSE(runs());
+    ASSERT_EQ(window.alerts.size(), 1U);
+    EXPECT_THAT(window.alerts[0].informative, testing::HasSubstr("precious.txt"));
+    foreign.editText(setup_key::runLength, "5");
+    foreign.saveToFile(*foreign.filePath()); // which makes it no more trustworthy
+    EXPECT_FALSE(runs());
+    window.modalAnswer = 0;
+    EXPECT_TRUE(runs());
+    EXPECT_TRUE(runs());
+    foreign.editText(setup_key::runLength, "6");
+    foreign.saveToFile(*foreign.filePath());
+    MyDocument again(services());
+    again.readFromFile(*foreign.filePath());
+    again.runSimulation();
+    again.abortSimulation();
+    EXPECT_EQ(window.alerts.size(), 3U) << "asked again of what the user has allowed";
+}
+
+TEST_F(ForeignSetup, RunsUnaskedWhereItReplacesNothingOutside) {
+    files.write("stranger.txt", "");
+    std::filesystem::create_directory(files.path() + "stranger");
+    for (const std::string& output :
+         {files.path() + "stranger/in.txt", std::string("in.txt"), files.path() + "new.txt"}) {
+        files.write("stranger/in.txt", "");
+        open(output);
+        EXPECT_TRUE(runs()) << output;
+    }
+    EXPECT_TRUE(window.alerts.empty());
 }
 
 TEST_F(RunControlTest, ACancelledReadingLeavesNoResults) {

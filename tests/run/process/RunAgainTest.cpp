@@ -17,10 +17,13 @@ struct Host : RunHost {
     void saveDocument(std::function<void(bool)> didSave) override { didSave(true); }
     [[nodiscard]] std::optional<std::string> filePath() const override { return std::nullopt; }
     void clearSweepForRun() override { result.clear(); }
-    std::vector<std::string> buildResults() override {
+    bool mayRun() override { return true; }
+    void keepStartedSetup() override {}
+    BuiltResults buildResults() override {
         result = readWholeFile(table);
         return {};
     }
+    [[nodiscard]] bool isUnsavedCopy() const override { return false; }
     void runStateChanged() override {}
 
     std::string table;
@@ -97,7 +100,7 @@ TEST_F(RunAgain, StartsWhenTheAbortedRunIsReallyOver) {
         m_window.sheet.clear();
         m_run.runSimulation(); // once more: it comes anyway, and is not asked about
         EXPECT_EQ(m_window.sheet + std::to_string(static_cast<int>(agree())), "1");
-        ASSERT_TRUE(waitFor([&] { return m_run.resultsBuilt(); }));
+        ASSERT_TRUE(waitFor([&] { return m_run.outcome().isWhole(); }));
         ASSERT_EQ(m_host.result, "own\n");
         EXPECT_TRUE(agree());
     }
@@ -122,7 +125,7 @@ TEST_F(RunAgain, ReadsNoTableWhereItsLockWasLost) {
     useEngine("echo own >Zephyr.txt; rm orrery-run.lock; cd ..; mv \"$OLDPWD\" \"$OLDPWD-moved\"; mkdir \"$OLDPWD\"");
     m_run.runSimulation();
     ASSERT_TRUE(waitFor([&] { return m_run.state() == RunControl::State::Idle; }));
-    EXPECT_FALSE(m_run.resultsBuilt());
+    EXPECT_FALSE(m_run.outcome().isWhole());
     EXPECT_NE(m_window.log.find("removed or replaced"), std::string::npos) << m_window.log;
     std::string moved = m_folder.path();
     moved.pop_back();
