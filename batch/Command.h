@@ -45,6 +45,6 @@ inline constexpr const char* plotHelp = "Draw a plot of the results as a picture
 /// Writes the text to standard error as it is. What cannot be written is lost: nothing is left to tell it to.
 void writeToStandardError(std::string_view text);
 /// Writes "orrery-batch: " and the message to standard error, as one line in one write.
-void printMessage(const std::string& message);
+void printMessage(std::string_view message);
 
 } // namespace orrery

@@ -3,20 +3,43 @@
 #include "batch/Command.h"
 #include "platform/OrreryError.h"
 
+#include <poll.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
+#include <climits>
 #include <cstring>
+#include <utility>
 
 namespace orrery {
 namespace {
 
 constexpr std::size_t blockSize = 256U << 10U;
 
+bool (*isGivenUp)() = nullptr;
+
+/// Waits until a piece of PIPE_BUF bytes can be written without waiting. @return false when it was given up
+bool awaitRoom(int descriptor) {
+    constexpr int lookIntervalMs = 100;
+    if (isGivenUp == nullptr) return true;
+    for (;;) {
+        const bool givenUp = isGivenUp();
+        pollfd output{descriptor, POLLOUT, 0};
+        const int found = poll(&output, 1, givenUp ? 0 : lookIntervalMs);
+        if (found > 0 || (found < 0 && errno != EINTR)) return true; // a fault is the write's to tell
+        if (givenUp) return false;
+    }
+}
+
 /// Returns 0, or the error number of the write that failed.
 int writeAll(int descriptor, std::string_view text) {
     while (!text.empty()) {
-        const ssize_t written = ::write(descriptor, text.data(), text.size());
+        if (!awaitRoom(descriptor)) {
+            return EINTR;
+        }
+        const std::string_view piece = isGivenUp == nullptr ? text : text.substr(0, PIPE_BUF);
+        const ssize_t written = ::write(descriptor, piece.data(), piece.size());
         if (written >= 0) {
             text.remove_prefix(static_cast<std::size_t>(written));
         } else if (errno != EINTR) {
@@ -27,6 +50,10 @@ int writeAll(int descriptor, std::string_view text) {
 }
 
 } // namespace
+
+void giveUpWritesWhen(bool (*asked)()) {
+    isGivenUp = asked;
+}
 
 Output::Output(const std::string& target) {
     if (target != "-") {
@@ -62,15 +89,19 @@ void writeToStandardError(std::string_view text) {
     (void)writeAll(STDERR_FILENO, text);
 }
 
-void printMessage(const std::string& message) {
-    std::string line = "orrery-batch: " + message;
-    for (char& character : line) {
-        if (static_cast<unsigned char>(character) < ' ') {
-            character = ' ';
+// In a buffer of its own: where memory ran out, that is what is to be told.
+void printMessage(std::string_view message) {
+    constexpr std::string_view prefix = "orrery-batch: ";
+    std::array<char, 1024> line{};
+    std::size_t used = prefix.copy(line.data(), prefix.size());
+    for (const char character : message) {
+        line.at(used++) = static_cast<unsigned char>(character) < ' ' ? ' ' : character;
+        if (used + 1 == line.size()) {
+            writeToStandardError({line.data(), std::exchange(used, 0)});
         }
     }
-    line += '\n';
-    writeToStandardError(line);
+    line.at(used++) = '\n';
+    writeToStandardError({line.data(), used});
 }
 
 } // namespace orrery

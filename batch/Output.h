@@ -8,6 +8,10 @@
 
 namespace orrery {
 
+/// Asked while a write waits for a reader who may never come: from the moment it says yes, what cannot be written at
+/// once is given up. Without it, writes wait as long as it takes.
+void giveUpWritesWhen(bool (*asked)());
+
 /// Where a command's result goes: standard output, or a file that appears whole at the end.
 class Output {
 public:

@@ -7,11 +7,13 @@
 #include "document/MyDocument.h"
 #include "platform/Date.h"
 #include "platform/Files.h"
+#include "platform/Log.h"
 #include "platform/OrreryError.h"
 #include "platform/TemporaryDirectory.h"
 #include "platform/UserDefaults.h"
 #include "platform/native/PosixChildProcess.h"
 #include "platform/qt/QtEventLoop.h"
+#include "platform/qt/TerminationSignals.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -64,6 +66,14 @@ private:
     bool m_lineIsOpen = false;
 };
 
+/// Lets a signal end the reading of a large table, which the loop cannot pass on meanwhile.
+class CancelBySignal final : public WaitPanel {
+public:
+    void begin(std::string_view /*what*/) override {}
+    [[nodiscard]] bool update(double /*fractionDone*/) override { return !terminationAsked(); }
+    void end() override {}
+};
+
 /// One run of one document in a program without a window.
 class HeadlessRun {
 public:
@@ -73,6 +83,7 @@ public:
         m_document.runControl().setWaitsForTurn(options.wait);
         DocumentOutlets outlets;
         outlets.statusView = &m_status;
+        outlets.waitPanel = &m_cancel;
         m_document.setOutlets(outlets);
     }
 
@@ -85,10 +96,12 @@ public:
             m_interrupted = true;
             m_document.abortSimulation(); // which ends the loop, as every end of a run does
         });
+        giveUpWritesWhen(terminationAsked); // nobody may read what the engine writes
+        setLogSink([](std::string_view line) { writeToStandardError(std::string(line) + '\n'); });
         m_document.runSimulation();
         if (m_document.runControl().state() != RunControl::State::Idle) m_loop.run();
         m_status.endLine();
-        if (m_interrupted) return exitInterrupted;
+        if (m_interrupted || terminationAsked()) return exitInterrupted;
         return outcome().isWhole() ? exitDone : exitFailed;
     }
 
@@ -129,6 +142,7 @@ private:
     std::string m_engine;
     FileUserDefaults m_defaults{FileUserDefaults::standardPath()};
     StatusOnStandardError m_status;
+    CancelBySignal m_cancel;
     QtEventLoop m_loop{"orrery-batch"};
     PosixChildProcessLauncher m_launcher;
     MyDocument m_document;

@@ -13,10 +13,12 @@ namespace {
 
 constexpr std::array<int, 3> numbers{SIGINT, SIGTERM, SIGHUP};
 
-std::atomic<int> signalPipe = -1; // writing end; the handler has nothing else
+std::atomic<int> signalPipe = -1; // writing end
+std::atomic<bool> wasAsked = false;
 
 extern "C" void passSignalOn(int number) {
     const int error = errno;
+    wasAsked = true;
     const auto byte = static_cast<unsigned char>(number);
     [[maybe_unused]] const ssize_t written = write(signalPipe.load(), &byte, 1); // full: enough signals wait there
     errno = error;
@@ -32,10 +34,15 @@ void install(int number, struct sigaction& before) {
 
 } // namespace
 
+bool terminationAsked() {
+    return wasAsked;
+}
+
 TerminationSignals::TerminationSignals(RunLoop& loop, std::function<void(int)> callback)
     : m_callback(std::move(callback)) {
     if (pipe2(m_ends.data(), O_CLOEXEC | O_NONBLOCK) != 0) return; // no descriptors left: signals keep their default
     signalPipe = m_ends[1];
+    wasAsked = false;
     m_source = loop.watchReadable(m_ends[0], [this] { deliver(); });
     for (std::size_t i = 0; i < numbers.size(); ++i)
         install(numbers.at(i), m_before.at(i));

@@ -9,6 +9,10 @@
 
 namespace orrery {
 
+/// Whether a signal that asks the program to end has come since one of these was made, also before the loop has passed
+/// it on. Legal at any time, in any thread.
+[[nodiscard]] bool terminationAsked();
+
 /// While it lives, SIGINT, SIGTERM and SIGHUP do not end the program: each is carried into the loop and passed on
 /// there. A SIGHUP that the program was started to ignore stays ignored. One at a time; the old actions come back at
 /// its end.

@@ -66,11 +66,12 @@ std::string Tool::makeEngine(const std::string& script) const {
     return path;
 }
 
-RunningTool::RunningTool(std::string folder, std::vector<std::string> arguments, std::string standardOutput) {
+RunningTool::RunningTool(std::string folder, std::vector<std::string> arguments, std::string standardOutput,
+                         std::string standardError) {
     static int number = 0;
     const std::string captured = folder + "captured-" + std::to_string(++number);
     m_out = standardOutput.empty() ? captured + ".out" : std::move(standardOutput);
-    m_err = captured + ".err";
+    m_err = standardError.empty() ? captured + ".err" : "";
     arguments.insert(arguments.begin(), ORRERY_BIN "/orrery-batch");
     std::vector<char*> command;
     command.reserve(arguments.size() + 1);
@@ -79,7 +80,7 @@ RunningTool::RunningTool(std::string folder, std::vector<std::string> arguments,
     }
     command.push_back(nullptr);
     const int out = openForChild(m_out);
-    const int err = openForChild(m_err);
+    const int err = openForChild(standardError.empty() ? m_err : standardError);
     m_process = ::fork();
     if (m_process == 0) {
         ::dup2(out, STDOUT_FILENO);
@@ -105,7 +106,7 @@ Finished RunningTool::finish() {
     m_process = 0;
     return {.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status),
             .out = m_out == "/dev/full" ? "" : readWholeFile(m_out),
-            .err = readWholeFile(m_err)};
+            .err = m_err.empty() ? "" : readWholeFile(m_err)};
 }
 
 bool RunningTool::hasEnded() const {

@@ -23,8 +23,9 @@ struct Finished {
 /// orrery-batch as a process, with the folder as current and temporary directory. Killed at its end if need be.
 class RunningTool {
 public:
-    /// `standardOutput` is a file's path in place of what is captured. `folder` ends in "/".
-    RunningTool(std::string folder, std::vector<std::string> arguments, std::string standardOutput = {});
+    /// `standardOutput` and `standardError` are files' paths in place of what is captured. `folder` ends in "/".
+    RunningTool(std::string folder, std::vector<std::string> arguments, std::string standardOutput = {},
+                std::string standardError = {});
     RunningTool(const RunningTool&) = delete;
     RunningTool& operator=(const RunningTool&) = delete;
     ~RunningTool();
@@ -37,8 +38,8 @@ public:
 private:
     [[nodiscard]] bool hasEnded() const;
 
-    std::string m_out; // files that take the output
-    std::string m_err;
+    std::string m_out;   // files that take the output
+    std::string m_err;   // empty: not captured
     pid_t m_process = 0; // not yet waited for
 };
 

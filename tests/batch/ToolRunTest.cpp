@@ -2,13 +2,20 @@
 #include "batch/ToolFixture.h"
 #include "platform/Files.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
+#include <chrono>
+#include <climits>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace orrery::test {
@@ -109,6 +116,23 @@ TEST_F(Tool, AbortsTheRunOnAnInterrupt) {
         EXPECT_EQ(done.out, "");
         EXPECT_THAT(done.err, HasSubstr("Aborted"));
         EXPECT_TRUE(std::filesystem::remove(m_folder.path() + "gone")) << "the engine had no time to end";
+    }
+}
+
+TEST_F(Tool, EndsOnASignalAlsoWhenNobodyReadsItsMessages) {
+    const std::string fifo = m_folder.path() + "unread";
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    for (const int number : {SIGINT, SIGTERM}) {
+        const int reader = open(fifo.c_str(), O_RDWR | O_CLOEXEC); // NOLINT(*-vararg)
+        const int capacity = fcntl(reader, F_GETPIPE_SZ);          // NOLINT(*-vararg)
+        RunningTool tool(m_folder.path(), {"run", "setup.orrery", "--engine", makeEngine("exec yes")}, {}, fifo);
+        for (int held = 0; held < capacity - PIPE_BUF;) {
+            ASSERT_EQ(ioctl(reader, FIONREAD, &held), 0); // NOLINT(*-vararg)
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+        tool.sendSignal(number);
+        EXPECT_EQ(tool.finish().exitCode, 130);
+        close(reader);
     }
 }
 
