@@ -27,7 +27,7 @@ public:
 
     [[nodiscard]] DocumentController& documentController() { return m_documents; }
     [[nodiscard]] UserDefaults& defaults() { return m_services.defaults(); }
-    [[nodiscard]] const std::string& temporaryDirectory() { return m_services.temporaryDirectory(); }
+    [[nodiscard]] const ApplicationServices& services() const { return m_services; }
     void openFiles(const std::vector<std::string>& files);
     /// Another start handed over its files: they open here, and a window comes to the front in any case.
     void reopen(const std::vector<std::string>& files);

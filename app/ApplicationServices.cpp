@@ -2,6 +2,7 @@
 
 #include "app/Icons.h"
 #include "platform/Files.h"
+#include "platform/OrreryError.h"
 #include "platform/TemporaryDirectory.h"
 
 #include <QtGlobal>
@@ -14,8 +15,12 @@ static void registerResources() {
 
 namespace orrery {
 
-ApplicationServices::ApplicationServices(std::unique_ptr<UserDefaults> defaults)
-    : m_defaults(std::move(defaults)), m_temporaryDirectory(orrery::temporaryDirectory()) {
+ApplicationServices::ApplicationServices(std::unique_ptr<UserDefaults> defaults) : m_defaults(std::move(defaults)) {
+    try {
+        m_temporaryDirectory = orrery::temporaryDirectory();
+    } catch (const OrreryError& error) {
+        m_temporaryDirectoryFault = error.what();
+    }
     registerResources();
     useOwnIcons();
 }
@@ -26,6 +31,7 @@ DocumentServices ApplicationServices::forDocuments() {
     services.run.runLoop = &m_loop;
     services.run.enginePath = [] { return pathForAuxiliaryExecutable("Zephyr"); };
     services.run.temporaryDirectory = m_temporaryDirectory;
+    services.run.temporaryDirectoryFault = m_temporaryDirectoryFault;
     services.userDefaults = m_defaults.get();
     services.namedServices = &m_namedServices;
     return services;

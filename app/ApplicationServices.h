@@ -18,12 +18,13 @@ namespace orrery {
 /// outlives every window.
 class ApplicationServices {
 public:
-    /// @throws OrreryError when there is no temporary directory to work in
     explicit ApplicationServices(std::unique_ptr<UserDefaults> defaults);
 
     [[nodiscard]] DocumentServices forDocuments();
     [[nodiscard]] UserDefaults& defaults() { return *m_defaults; }
+    /// Empty when there is none to work in; then the fault says why.
     [[nodiscard]] const std::string& temporaryDirectory() const { return m_temporaryDirectory; }
+    [[nodiscard]] const std::string& temporaryDirectoryFault() const { return m_temporaryDirectoryFault; }
     [[nodiscard]] TextRasterizer& rasterizer() { return m_rasterizer; }
     [[nodiscard]] RunLoop& runLoop() { return m_loop; }
 
@@ -34,6 +35,7 @@ private:
     QtTextRasterizer m_rasterizer;
     QtNamedServices m_namedServices;
     std::string m_temporaryDirectory;
+    std::string m_temporaryDirectoryFault;
 };
 
 } // namespace orrery

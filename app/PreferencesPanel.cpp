@@ -6,6 +6,7 @@
 #include "app/LogFont.h"
 #include "app/WindowLayout.h"
 #include "platform/Files.h"
+#include "platform/qt/QtText.h"
 #include "ui_Preferences.h"
 
 namespace orrery {
@@ -45,7 +46,9 @@ void PreferencesPanel::refresh() {
     m_ui->clearRecent->setEnabled(count > 0);
     const auto engine = pathForAuxiliaryExecutable("Zephyr");
     m_ui->enginePath->setText(engine ? shownPath(*engine) : tr("Zephyr was not found beside the program"));
-    m_ui->temporaryDirectory->setText(shownPath(m_application.temporaryDirectory()));
+    const ApplicationServices& services = m_application.services();
+    const std::string& fault = services.temporaryDirectoryFault();
+    m_ui->temporaryDirectory->setText(fault.empty() ? shownPath(services.temporaryDirectory()) : qtText(fault));
     m_ui->defaultsPath->setText(shownPath(FileUserDefaults::standardPath()));
     for (QLineEdit* field : {m_ui->enginePath, m_ui->temporaryDirectory, m_ui->defaultsPath}) {
         field->setToolTip(field->text().toHtmlEscaped());

@@ -2,6 +2,7 @@
 
 #include "app/RunStateWords.h"
 #include "platform/qt/LogView.h"
+#include "platform/qt/QtText.h"
 #include "ui_MainMenu.h"
 #include "ui_MyDocument.h"
 
@@ -18,6 +19,11 @@ RunPanel::RunPanel(MyDocument& document, Ui::MyDocument& ui, Ui::MainMenu& menu)
     m_aging.setInterval(std::chrono::seconds(20));
     connect(&m_aging, &QTimer::timeout, this, &RunPanel::showState);
     connect(menu.actionFindInLog, &QAction::triggered, this, [this] { m_ui.log->showFind(); });
+    if (const std::string& fault = document.runFault(); !fault.empty()) {
+        ui.log->view().setString(fault);
+        for (QWidget* each : {static_cast<QWidget*>(ui.startStopButton), static_cast<QWidget*>(ui.runState)})
+            each->setToolTip(qtText(fault).toHtmlEscaped());
+    }
 }
 
 void RunPanel::addOutlets(DocumentOutlets& outlets) {
@@ -36,7 +42,7 @@ void RunPanel::refresh() {
 
 void RunPanel::showState() {
     const RunControl& run = m_document.runControl();
-    const QString text = runStateText(run);
+    const QString text = m_document.runFault().empty() ? runStateText(run) : tr("No runs: see the log");
     m_ui.runState->setText(text);
     const int tab = m_ui.tabView->indexOf(m_ui.plotTab);
     m_ui.tabView->setTabIcon(tab, runStateIcon(run, *m_ui.tabView->style()));

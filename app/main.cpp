@@ -1,4 +1,5 @@
 #include "app/AppController.h"
+#include "app/GuardedApplication.h"
 #include "app/LaunchOptions.h"
 #include "app/SingleInstance.h"
 #include "app/WindowPicture.h"
@@ -10,7 +11,6 @@
 
 #include <unistd.h>
 
-#include <QApplication>
 #include <array>
 #include <clocale>
 #include <csignal>
@@ -30,13 +30,13 @@ void tellOfNoDisplay(QtMsgType type, const QMessageLogContext& /*context*/, cons
 }
 
 /// The application object keeps references to what it is given, and reads none of the program's arguments.
-std::unique_ptr<QApplication> makeApplication() {
+std::unique_ptr<GuardedApplication> makeApplication() {
     static std::array<char, 7> name{"orrery"};
     static std::array<char*, 2> arguments{name.data(), nullptr};
     static int count = 1;
     QtGlSurface::setApplicationFormat(BasicOpenGLView::basicPixelFormat());
     const QtMessageHandler before = qInstallMessageHandler(tellOfNoDisplay);
-    auto application = std::make_unique<QApplication>(count, arguments.data());
+    auto application = std::make_unique<GuardedApplication>(count, arguments.data());
     qInstallMessageHandler(before);
     std::setlocale(LC_NUMERIC, "C"); // numbers are read and printed alike everywhere
     QApplication::setApplicationName("orrery");
@@ -54,9 +54,10 @@ void pictureAndEnd(AppController& controller, const std::string& path) {
     });
 }
 
-int run(const LaunchOptions& options) {
+int run(GuardedApplication& application, const LaunchOptions& options) {
     ApplicationServices services(std::make_unique<FileUserDefaults>(FileUserDefaults::standardPath()));
     AppController controller(services);
+    application.setFrontWindow([&controller] { return controller.frontWindow(); });
     SingleInstance instance([&controller](const std::vector<std::string>& files) { controller.reopen(files); });
     if (!options.newInstance && instance.handOver(options.files)) return 0;
     const TerminationSignals termination(services.runLoop(), [](int number) { QCoreApplication::exit(128 + number); });
@@ -84,7 +85,7 @@ int main(int argc, char** argv) {
         return 1;
     }
     try {
-        return run(*options);
+        return run(*application, *options);
     } catch (const std::exception& failure) {
         logLine(failure.what());
         (void)QtAlerts(nullptr).runModal({"Orrery cannot start.", failure.what()});

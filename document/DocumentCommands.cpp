@@ -19,7 +19,9 @@ namespace orrery {
 
 bool MyDocument::validateTag(std::int32_t tag) {
     bool enabled = false;
-    if (tag == runTag) {
+    if (!m_services.run.temporaryDirectoryFault.empty()) {
+        enabled = false; // neither a run nor its results have a place
+    } else if (tag == runTag) {
         enabled = m_dictionary.contains(setup_key::modelPath);
     } else if (tag == sendTag) {
         enabled = exportFilesExist(m_dictionary, resultTablePath(), absoluteSetupPath());

@@ -150,6 +150,8 @@ public:
     /// The window closes: nothing calls the document any more.
     void close();
     bool validateTag(std::int32_t tag);
+    /// Why there can be neither a run nor results; empty: there can.
+    [[nodiscard]] const std::string& runFault() const { return m_services.run.temporaryDirectoryFault; }
     [[nodiscard]] bool validateMenuItem(std::int32_t tag);
     void tabViewDidSelectTabViewItem(std::string_view identifier);
 

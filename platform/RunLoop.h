@@ -7,7 +7,8 @@
 namespace orrery {
 
 /// The main thread's loop of events: timers, readable descriptors and posted calls. Everything is called back on the
-/// main thread, one call at a time; an exception that leaves a callback ends the program.
+/// main thread, one call at a time; an exception that leaves a callback goes to the program's
+/// failure handler, and the loop goes on.
 class RunLoop {
 public:
     /// A running timer or a watched descriptor; ends with the object. May be destroyed inside its own callback.

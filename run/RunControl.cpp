@@ -25,6 +25,7 @@ enum SaveAnswer : std::size_t { Save = 0, Cancel = 1, DontSave = 2 };
 
 const AlertText unsavedChanges{
     "The Orrery Document has unsaved changes.", "Save before running simulation?", {"Save", "Cancel", "Don't Save"}};
+constexpr std::string_view noRun = "The simulation cannot be run.";
 const AlertText engineMissing{"Error", "Couldn't find Zephyr.", {"OK"}};
 const AlertText alreadyRunning{"A simulation of this document is running.",
                                "Abort it and start again? Its results will not be read.",
@@ -102,6 +103,11 @@ void RunControl::doRun() {
         askWhetherToAbortRunning();
         return;
     }
+    if (!m_services.temporaryDirectoryFault.empty()) {
+        setButton(ButtonState::Off);
+        showSheet({std::string(noRun), m_services.temporaryDirectoryFault, {"OK"}}, {});
+        return;
+    }
     const std::optional<std::string> enginePath = m_services.enginePath();
     if (!enginePath) {
         logLine("Couldn't find Zephyr");
@@ -173,7 +179,7 @@ std::optional<std::variant<RunLock, RunLock::Holder>> RunControl::tryTurn() {
         failure = error.what();
     }
     endWait();
-    showSheet({"The simulation cannot be run.", failure, {"OK"}}, {});
+    showSheet({std::string(noRun), failure, {"OK"}}, {});
     return std::nullopt;
 }
 

@@ -69,7 +69,8 @@ struct RunServices {
     ChildProcessLauncher* launcher = nullptr;
     RunLoop* runLoop = nullptr;
     std::function<std::optional<std::string>()> enginePath; // absolute path of the executable "Zephyr"
-    std::string temporaryDirectory;                         // ends in "/"
+    std::string temporaryDirectory;                         // ends in "/"; empty: there is none to use
+    std::string temporaryDirectoryFault;                    // then: why, and what to do
     /// Takes the messages of a document without a window, one line each.
     std::function<void(const std::string&)> message;
 };

@@ -1,7 +1,10 @@
 #include "platform/qt/QtEventLoop.h"
 
+#include "platform/qt/FailureEdge.h"
+
 #include <QCoreApplication>
 #include <clocale>
+#include <utility>
 
 namespace orrery {
 namespace {
@@ -19,12 +22,21 @@ std::unique_ptr<QCoreApplication> makeApplication(int& argumentCount, char** arg
 
 QtEventLoop::QtEventLoop(std::string programName)
     : m_programName(std::move(programName)), m_arguments{m_programName.data(), nullptr},
-      m_application(makeApplication(m_argumentCount, m_arguments)) {}
+      m_application(makeApplication(m_argumentCount, m_arguments)) {
+    setFailureHandler([this](const std::exception_ptr& failure) {
+        m_failure = failure;
+        QCoreApplication::exit(1);
+    });
+}
 
-QtEventLoop::~QtEventLoop() = default;
+QtEventLoop::~QtEventLoop() {
+    setFailureHandler({});
+}
 
 int QtEventLoop::run() {
-    return QCoreApplication::exec();
+    const int code = QCoreApplication::exec();
+    if (m_failure) std::rethrow_exception(std::exchange(m_failure, nullptr));
+    return code;
 }
 
 void QtEventLoop::quit(int code) {

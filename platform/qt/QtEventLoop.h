@@ -3,6 +3,7 @@
 #include "platform/qt/QtRunLoop.h"
 #include "platform/qt/TerminationSignals.h"
 
+#include <exception>
 #include <functional>
 #include <memory>
 #include <string>
@@ -23,7 +24,7 @@ public:
 
     [[nodiscard]] RunLoop& runLoop() { return m_runLoop; }
 
-    /// Runs until quit() and returns its code.
+    /// Runs until quit() and returns its code. What a callback throws ends it and is thrown from here.
     int run();
     void quit(int code); // also legal before run()
 
@@ -32,6 +33,7 @@ public:
     void onTerminationSignal(std::function<void(int signalNumber)> callback);
 
 private:
+    std::exception_ptr m_failure;
     std::string m_programName;
     int m_argumentCount = 1;
     char* m_arguments[2];

@@ -1,5 +1,7 @@
 #include "platform/qt/QtRunLoop.h"
 
+#include "platform/qt/FailureEdge.h"
+
 #include <QSocketNotifier>
 #include <QTimer>
 #include <algorithm>
@@ -13,10 +15,14 @@ constexpr auto retryInterval = std::chrono::milliseconds(20);
 /// Shared, so that a callback that destroys its own source runs to its end.
 using Callback = std::shared_ptr<const std::function<void()>>;
 
-/// No exception may cross Qt's loop: one that leaves the callback ends the program here.
+/// No exception may cross Qt's loop.
 void call(const Callback& callback) noexcept {
     const Callback keep = callback; // NOLINT(performance-unnecessary-copy-initialization)
-    (*keep)();
+    try {
+        (*keep)();
+    } catch (...) {
+        reportFailure();
+    }
 }
 
 Callback shared(std::function<void()> callback) {

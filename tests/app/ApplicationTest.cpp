@@ -11,8 +11,11 @@
 #include <QPushButton>
 #include <QSplitter>
 #include <QTextBrowser>
+#include <QTimer>
 #include <csignal>
 #include <filesystem>
+#include <new>
+#include <stdexcept>
 
 namespace orrery::test {
 namespace {
@@ -115,6 +118,34 @@ TEST_F(ApplicationTest, QuitAsksForEachEditedDocumentAndCancelKeepsAll) {
     answer(first, "crop-single", "Don't Save");
     EXPECT_TRUE(windows().empty());
     EXPECT_FALSE(controller->startPanel().isVisible());
+}
+
+TEST_F(ApplicationTest, WithoutATemporaryDirectoryOnlyRunsAndResultsAreOff) {
+    const QByteArray before = qgetenv("TMPDIR");
+    qputenv("TMPDIR", "/nonexistent");
+    ApplicationServices without(std::make_unique<MemoryUserDefaults>());
+    qputenv("TMPDIR", before);
+    AppController other(without);
+    DocumentWindow* window = other.documentController().openDocument(sampleCopy("crop-single.orrery"));
+    ASSERT_NE(window, nullptr);
+    activate(*window);
+    ASSERT_TRUE(waitFor([&] { return !action(*window, "actionRun").isEnabled(); }));
+    EXPECT_FALSE(find<QWidget>(*window, "startStopButton").isEnabled());
+    EXPECT_TRUE(find<QWidget>(*window, "runState").toolTip().contains("/nonexistent"));
+    edit(*window, "42"); // all else works
+    window->document().updateChangeCount(ChangeKind::Cleared);
+}
+
+TEST_F(ApplicationTest, WhatFailsInASlotOrATimerIsASheetAndTheDocumentsStay) {
+    DocumentWindow& window = open("crop-single.orrery");
+    edit(window, "42");
+    QTimer::singleShot(0, qApp, [] { throw std::runtime_error("the slot broke"); });
+    answer(window, "The last operation failed", "OK");
+    const auto timer = services->runLoop().after({}, [] { throw std::bad_alloc(); });
+    ASSERT_TRUE(waitFor([&] { return alertOf(window) != nullptr; }));
+    EXPECT_TRUE(alertOf(window)->informativeText().contains("not enough memory"));
+    answer(window, "The last operation failed", "OK");
+    EXPECT_TRUE(window.isWindowModified());
 }
 
 TEST_F(ApplicationTest, FilesDroppedOnAnyControlOpen) {

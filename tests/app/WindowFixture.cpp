@@ -1,6 +1,7 @@
 #include "app/WindowFixture.h"
 
 #include "app/DocumentWindow.h"
+#include "app/GuardedApplication.h"
 #include "platform/qt/QtGlSurface.h"
 #include "platform/qt/QtText.h"
 #include "plot/BasicOpenGLView.h"
@@ -42,7 +43,7 @@ public:
         startWindowManager();
         QtGlSurface::setApplicationFormat(BasicOpenGLView::basicPixelFormat());
         QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
-        m_application = std::make_unique<QApplication>(m_count, m_arguments);
+        m_application = std::make_unique<GuardedApplication>(m_count, m_arguments);
         std::setlocale(LC_NUMERIC, "C");
         QApplication::setApplicationDisplayName("Orrery");
         QApplication::setApplicationVersion("0.1.0");
@@ -80,7 +81,7 @@ private:
     VirtualDisplay m_display;
     SessionBus m_bus; // before the application: what looks for a bus first settles its address
     QProcess m_windowManager;
-    std::unique_ptr<QApplication> m_application;
+    std::unique_ptr<GuardedApplication> m_application;
 };
 
 /// Leaves the screen of a failed test beside the programs.
