@@ -191,10 +191,15 @@ int runSetup(const RunOptions& options) {
                      (missing.empty() ? "." : fmt::format("; not printed without {}.", missing)));
     }
     if (!missing.empty()) return code;
-    if (options.report) {
-        printReport(run.document());
-    } else if (!options.noResults) {
-        printSummary(run.document());
+    try {
+        if (options.report) {
+            printReport(run.document());
+        } else if (!options.noResults) {
+            printSummary(run.document());
+        }
+    } catch (const OrreryError&) {
+        if (terminationAsked()) return exitInterrupted; // the write was given up
+        throw;
     }
     return code;
 }

@@ -85,7 +85,7 @@ void RunControl::runSimulation() {
 void RunControl::saveCopyAndRun() {
     m_host.saveDocument([this, alive = std::weak_ptr<int>(m_alive)](bool saved) {
         if (alive.expired()) return;
-        saved ? checkForDirtyModelDocument() : setButton(ButtonState::Off);
+        saved ? checkForDirtyModelDocument() : setButton(m_state == State::Idle ? ButtonState::Off : ButtonState::On);
     });
 }
 
