@@ -51,6 +51,7 @@ DocumentWindow::DocumentWindow(ApplicationServices& services, std::unique_ptr<My
     m_document->setSetupObserver([this] {
         m_setupTab->refresh();
         m_files->updateTitle();
+        m_resultFiles.watch(m_document->usedFiles());
         validateCommands();
     });
     m_document->setRunObserver([this] {
@@ -59,12 +60,14 @@ DocumentWindow::DocumentWindow(ApplicationServices& services, std::unique_ptr<My
         validateCommands();
     });
     m_document->setEditShower([this](const EditPlace& place) { showEdit(*m_document, *m_ui, *m_plotTab, place); });
+    connect(&m_resultFiles, &ResultFileWatch::filesChanged, this, &DocumentWindow::lookForFiles);
     m_document->awakeFromNib();
     m_plotTab->setCameraBounds();
     m_setupTab->refresh();
     m_plotTab->refresh();
     m_runPanel->refresh();
     m_files->updateTitle();
+    m_resultFiles.watch(m_document->usedFiles());
     validateCommands();
 }
 
@@ -134,7 +137,13 @@ void DocumentWindow::validateCommands() {
 void DocumentWindow::changeEvent(QEvent* event) {
     QMainWindow::changeEvent(event);
     // Result files come and go while other programs have the screen.
-    if (event->type() == QEvent::ActivationChange && isActiveWindow()) validateCommands();
+    if (event->type() == QEvent::ActivationChange && isActiveWindow()) lookForFiles();
+}
+
+void DocumentWindow::lookForFiles() {
+    m_resultFiles.watch(m_document->usedFiles());
+    validateCommands();
+    m_setupTab->showProblems();
 }
 
 void DocumentWindow::closeUnasked() {

@@ -41,8 +41,8 @@ QString translated(const char* text) {
 
 } // namespace
 
-PortTableModel::PortTableModel(MyDocument& document, PortList list, PortFaults& faults, QObject* parent)
-    : QAbstractTableModel(parent), m_document(document), m_list(list), m_faults(faults),
+PortTableModel::PortTableModel(MyDocument& document, PortList list, QObject* parent)
+    : QAbstractTableModel(parent), m_document(document), m_list(list),
       m_fields(std::ranges::find(setup_form::lists, listKey(list), &setup_form::List::key)->fields) {}
 
 /// Rows come and go at the end and all others are told to be changed: what is current stays where it is, so that Tab
@@ -133,7 +133,7 @@ QVariant PortTableModel::data(const QModelIndex& index, int role) const {
 }
 
 QVariant PortTableModel::portData(const QString& path, int role) const {
-    const QString& fault = m_faults.fault(path, direction());
+    const QString fault = qtText(m_document.portFaults().fault(coreText(path), direction()).words);
     switch (role) {
     case Qt::DisplayRole:
         return path.isEmpty() ? tr("No port yet") : path;

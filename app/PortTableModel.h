@@ -1,6 +1,5 @@
 #pragma once
 
-#include "app/PortFaults.h"
 #include "document/MyDocument.h"
 #include "document/setup/SetupForm.h"
 
@@ -15,7 +14,7 @@ class PortTableModel : public QAbstractTableModel {
     Q_OBJECT
 
 public:
-    PortTableModel(MyDocument& document, PortList list, PortFaults& faults, QObject* parent);
+    PortTableModel(MyDocument& document, PortList list, QObject* parent);
 
     /// The list has changed, or what is known of its ports.
     void reload();
@@ -44,7 +43,6 @@ private:
 
     MyDocument& m_document;
     PortList m_list;
-    PortFaults& m_faults;
     std::span<const setup_form::Field> m_fields;
     int m_rows = 0; // as the views know them
 };

@@ -30,10 +30,10 @@ PortTableView::PortTableView(QWidget* parent) : QTableView(parent) {
     connect(delegate, &PortCellDelegate::refused, this, &PortTableView::showRefusal, Qt::QueuedConnection);
 }
 
-void PortTableView::setDocument(MyDocument& document, PortList list, PortFaults& faults) {
+void PortTableView::setDocument(MyDocument& document, PortList list) {
     m_document = &document;
     m_list = list;
-    m_model = new PortTableModel(document, list, faults, this);
+    m_model = new PortTableModel(document, list, this);
     setModel(m_model);
     layOutColumns();
     reloadData();

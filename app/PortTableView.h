@@ -1,6 +1,5 @@
 #pragma once
 
-#include "app/PortFaults.h"
 #include "document/MyDocument.h"
 #include "platform/Outlets.h"
 
@@ -20,7 +19,7 @@ class PortTableView : public QTableView, public ListView {
 
 public:
     explicit PortTableView(QWidget* parent = nullptr);
-    void setDocument(MyDocument& document, PortList list, PortFaults& faults);
+    void setDocument(MyDocument& document, PortList list);
     void release(); // the document goes
     [[nodiscard]] PortList portList() const { return m_list; }
     [[nodiscard]] bool hasSelection() const;

@@ -4,27 +4,30 @@
 #include "app/EscapeFilter.h"
 #include "app/ModelOutlineView.h"
 #include "app/NodeIcons.h"
+#include "app/PendingEdit.h"
 #include "app/PortTableView.h"
+#include "app/ProblemsView.h"
+#include "app/ShowPlace.h"
 #include "app/UndoPassThrough.h"
 #include "platform/qt/OptionalDateEdit.h"
 #include "platform/qt/QtText.h"
 #include "ui_MainMenu.h"
 #include "ui_MyDocument.h"
 
+#include <algorithm>
 #include <functional>
 
 namespace orrery {
 
 namespace {
 
-/// The outline as the document knows it: when its tree is another one, what is known of the lists' ports is void.
+/// The outline as the document knows it: when its tree is another one, other ports of the lists are in it.
 class ModelOutlet : public ListView {
 public:
-    ModelOutlet(Ui::MyDocument& ui, PortFaults& faults) : m_ui(ui), m_faults(faults) {}
+    explicit ModelOutlet(Ui::MyDocument& ui) : m_ui(ui) {}
 
     void reloadData() override {
         m_ui.outlineView->reloadData();
-        m_faults.forget();
         for (PortTableView* table : {m_ui.outputTable, m_ui.inputTable, m_ui.stepperTable}) {
             table->reloadData();
         }
@@ -33,22 +36,21 @@ public:
 
 private:
     Ui::MyDocument& m_ui;
-    PortFaults& m_faults;
 };
 
 } // namespace
 
 SetupTab::SetupTab(MyDocument& document, Ui::MyDocument& ui, Ui::MainMenu& menu)
-    : m_document(document), m_ui(ui), m_faults(document),
-      m_outline(std::make_unique<ModelOutlet>(ui, m_faults)), m_settings{{setup_key::runLength, ui.runLength},
-                                                                         {setup_key::stepsPerDay, ui.stepsPerDay},
-                                                                         {setup_key::reportStep, ui.reportStep},
-                                                                         {setup_key::dimensions, ui.dimensions},
-                                                                         {setup_key::gcd, ui.gcd}} {
+    : m_document(document), m_ui(ui),
+      m_outline(std::make_unique<ModelOutlet>(ui)), m_settings{{setup_key::runLength, ui.runLength},
+                                                               {setup_key::stepsPerDay, ui.stepsPerDay},
+                                                               {setup_key::reportStep, ui.reportStep},
+                                                               {setup_key::dimensions, ui.dimensions},
+                                                               {setup_key::gcd, ui.gcd}} {
     m_ui.outlineView->setDocument(document);
-    m_ui.outputTable->setDocument(document, PortList::Outputs, m_faults);
-    m_ui.inputTable->setDocument(document, PortList::Initializations, m_faults);
-    m_ui.stepperTable->setDocument(document, PortList::Steppers, m_faults);
+    m_ui.outputTable->setDocument(document, PortList::Outputs);
+    m_ui.inputTable->setDocument(document, PortList::Initializations);
+    m_ui.stepperTable->setDocument(document, PortList::Steppers);
     m_commands = std::make_unique<EditCommands>(document, ui, menu);
     layOut();
     connectSettings();
@@ -100,6 +102,12 @@ void SetupTab::connectSettings() {
     }
     connect(m_ui.startDay, &OptionalDateEdit::edited, this, [this] { m_document.editStartDay(m_ui.startDay->date()); });
     connect(m_ui.selectModel, &QPushButton::clicked, this, [this] { m_document.selectModel(); });
+    connect(m_ui.sweepProblems, &ProblemsView::problemChosen, this, [this](const SetupProblem& problem) {
+        commitPendingEdit(*m_ui.centralWidget->window());
+        showPlace(m_ui, problem.place);
+    });
+    connect(m_ui.sweepProblems, &ProblemsView::mendChosen, this,
+            [this](const SetupProblem& problem, const SetupMend& chosen) { mend(problem, chosen.value); });
     connect(m_ui.modelFilter, &QLineEdit::textChanged, m_ui.outlineView, &ModelOutlineView::setFilter);
 }
 
@@ -149,14 +157,21 @@ void SetupTab::showSettings() {
 }
 
 void SetupTab::showSweep() {
-    const SweepSummary summary = m_document.sweepSummary();
-    m_ui.sweepSize->setText(qtText(summary.size));
-    QStringList problems;
-    for (const std::string& problem : summary.problems) {
-        problems << qtText(problem);
-    }
-    m_ui.sweepProblems->setText(problems.join('\n'));
-    m_ui.problemsPanel->setVisible(!problems.isEmpty());
+    m_ui.sweepSize->setText(qtText(m_document.sweepSummary()));
+    showProblems();
+}
+
+void SetupTab::showProblems() {
+    m_ui.sweepProblems->setProblems(m_document.setupProblems());
+    m_ui.problemsPanel->setVisible(!m_ui.sweepProblems->problems().shown.empty());
+}
+
+/// What is being typed is taken over first, and may have mended it already.
+void SetupTab::mend(const SetupProblem& problem, const std::string& value) {
+    commitPendingEdit(*m_ui.centralWidget->window());
+    const std::vector<SetupProblem> present = m_document.setupProblems().shown;
+    if (std::ranges::find(present, problem) != present.end()) m_document.mend(problem.place, value);
+    showPlace(m_ui, problem.place);
 }
 
 } // namespace orrery

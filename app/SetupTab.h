@@ -1,11 +1,11 @@
 #pragma once
 
 #include "app/InterfaceDescriptions.h"
-#include "app/PortFaults.h"
 #include "document/MyDocument.h"
 
 #include <QObject>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -24,7 +24,8 @@ public:
     SetupTab(MyDocument& document, Ui::MyDocument& ui, Ui::MainMenu& menu);
     ~SetupTab() override;
     void addOutlets(DocumentOutlets& outlets);
-    void refresh(); // the setup or the model changed
+    void refresh();      // the setup or the model changed
+    void showProblems(); // files that the setup names may have come or gone
 
 private:
     struct Setting {
@@ -39,10 +40,10 @@ private:
     void showSettings();
     void showModelPath();
     void showSweep();
+    void mend(const SetupProblem& problem, const std::string& value);
 
     MyDocument& m_document;
     Ui::MyDocument& m_ui;
-    PortFaults m_faults;
     std::unique_ptr<ListView> m_outline; // the outline, and what else depends on the model
     std::vector<Setting> m_settings;
     std::unique_ptr<EditCommands> m_commands;

@@ -133,6 +133,7 @@ private:
         ModelTree tree = loadModel(loadSetup(setupPath), setupPath);
         m_document.readFromFile(setupPath);
         m_document.setModelTree(std::move(tree));
+        printProblems(m_document.setupProblems(), setupPath);
         if (!m_engine.empty() && !isExecutable(m_engine)) {
             throw OrreryError("is no program that can be run.", {.file = m_engine},
                               "Name the engine's executable file with --engine.");

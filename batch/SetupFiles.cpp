@@ -6,6 +6,7 @@
 #include "platform/Files.h"
 #include "platform/OrreryError.h"
 #include "platform/TemporaryDirectory.h"
+#include "run/SetupProblems.h"
 
 #include <fmt/format.h>
 
@@ -63,6 +64,32 @@ ModelTree loadModel(const SetupDictionary& setup, const std::string& setupPath) 
                           "orrery-batch new.");
     }
     return readModelTree(modelPath);
+}
+
+void printProblems(const SetupDictionary& setup, const std::string& setupPath) {
+    const std::string absolute = absolutePath(setupPath);
+    const std::string modelPath = resolvedModelPath(setup.textOrEmpty(setup_key::modelPath), absolute);
+    ModelTree model;
+    try {
+        if (!modelPath.empty() && fileExists(modelPath)) model = readModelTree(modelPath);
+    } catch (const OrreryError& error) {
+        printMessage(error.what());
+    }
+    PortFaults ports(model);
+    printProblems(setupProblems(setup, {.ports = ports,
+                                        .responses = recorderCount(model),
+                                        .calendar = currentCalendar(),
+                                        .setupPath = absolute,
+                                        .fileExists = fileExists,
+                                        .availableMemory = availableMemory}),
+                  setupPath);
+}
+
+void printProblems(const SetupProblems& problems, const std::string& setupPath) {
+    for (const SetupProblem& problem : problems.shown) {
+        printMessage(fmt::format("{}: {}", setupPath, problem.words));
+    }
+    if (problems.more > 0) printMessage(fmt::format("{}: {}", setupPath, problems.moreWords()));
 }
 
 std::string tablePathOr(const std::string& tablePath) {

@@ -4,6 +4,7 @@
 #include "model/ModelTree.h"
 #include "run/ResponseVariables.h"
 #include "run/ResultTable.h"
+#include "run/SetupProblem.h"
 #include "run/SweepVariables.h"
 
 #include <string>
@@ -15,6 +16,10 @@ namespace orrery {
 
 /// The model that the setup in the file names. @throws OrreryError also when it names none
 [[nodiscard]] ModelTree loadModel(const SetupDictionary& setup, const std::string& setupPath);
+
+/// Says on standard error what is known to be wrong with the setup, a line each; nothing fails because of it.
+void printProblems(const SetupDictionary& setup, const std::string& setupPath);
+void printProblems(const SetupProblems& problems, const std::string& setupPath);
 
 /// The result table that a command reads: the one named, or the last run's in the temporary directory.
 [[nodiscard]] std::string tablePathOr(const std::string& tablePath);

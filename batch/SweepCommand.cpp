@@ -4,8 +4,6 @@
 #include "batch/SetupFiles.h"
 
 #include <CLI/CLI.hpp>
-#include <fmt/format.h>
-
 #include <memory>
 #include <string>
 
@@ -28,9 +26,7 @@ void writeVariable(JsonWriter& json, const IndependentVariable& variable) {
 int sweep(const std::string& setupPath) {
     const SetupDictionary setup = loadSetup(setupPath);
     const SweepGrid grid = constructIndependentVariables(setup, currentCalendar());
-    for (const std::string& warning : sweepWarnings(setup, grid)) {
-        printMessage(fmt::format("{}: {}", setupPath, warning));
-    }
+    printProblems(setup, setupPath);
     Output output("-");
     JsonWriter json(output);
     json.beginObject();

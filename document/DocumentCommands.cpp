@@ -1,12 +1,15 @@
 // The document's port lists, results and commands.
 #include "document/MyDocument.h"
+#include "document/setup/ModelPath.h"
 #include "model/PortPaths.h"
 #include "platform/Files.h"
 #include "platform/OrreryError.h"
 #include "run/Export.h"
 #include "run/IndexSet.h"
 #include "run/ResponseVariables.h"
+#include "run/SetupProblems.h"
 #include "run/SetupTrust.h"
+#include "run/SweepSummary.h"
 
 #include <fmt/format.h>
 
@@ -250,8 +253,17 @@ void MyDocument::restorePlotChoices() {
     }
 }
 
-SweepSummary MyDocument::sweepSummary() const {
-    return summarizeSweep(m_dictionary, *m_services.calendar, m_recorderCount);
+std::string MyDocument::sweepSummary() const {
+    return orrery::sweepSummary(m_dictionary, *m_services.calendar, m_recorderCount);
+}
+
+SetupProblems MyDocument::setupProblems() {
+    return orrery::setupProblems(m_dictionary, {.ports = m_portFaults,
+                                                .responses = m_recorderCount,
+                                                .calendar = *m_services.calendar,
+                                                .setupPath = absoluteSetupPath(),
+                                                .fileExists = fileExists,
+                                                .availableMemory = availableMemory});
 }
 
 std::vector<std::uint32_t> MyDocument::makeCurrentIndexSet() const {
@@ -262,11 +274,29 @@ std::string MyDocument::absoluteSetupPath() const {
     return m_filePath ? absolutePath(*m_filePath) : "";
 }
 
+std::vector<std::string> MyDocument::usedFiles() const {
+    std::vector<std::string> files{modelFilePath(), resultTablePath()};
+    if (isSingleRun(m_dictionary)) return files;
+    for (const Entry& output : m_dictionary.entries(setup_key::outputs)) {
+        files.push_back(resolvedModelPath(output.text("outputPath"), absoluteSetupPath()));
+    }
+    return files;
+}
+
 void MyDocument::saveToDorado() {
-    const auto companion = m_services.namedServices == nullptr
-                               ? nullptr
-                               : m_services.namedServices->rootProxy(std::string(companionServiceName));
-    if (!companion) {
+    if (m_services.namedServices == nullptr) return sendTo(nullptr);
+    if (std::exchange(m_looksForCompanion, true)) return;
+    m_services.namedServices->findRootProxy(
+        std::string(companionServiceName),
+        [this, alive = std::weak_ptr<int>(m_alive)](const std::shared_ptr<RemoteObject>& companion) {
+            if (alive.expired()) return;
+            m_looksForCompanion = false;
+            sendTo(companion.get());
+        });
+}
+
+void MyDocument::sendTo(RemoteObject* companion) {
+    if (companion == nullptr) {
         showSheet(
             {"Could not open communication with Dorado.", "Please start Dorado if it is not already running.", {"OK"}});
         return;

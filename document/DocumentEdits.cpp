@@ -82,6 +82,16 @@ void MyDocument::editEntry(PortList list, std::size_t row, std::string_view key,
     edit("Change " + entryFieldWord(list, key), [&] { controller(list).setValue(row, key, std::move(value)); });
 }
 
+void MyDocument::mend(const SetupPlace& place, const std::string& value) {
+    const auto* list = std::ranges::find(setup_form::lists, place.key, &setup_form::List::key);
+    if (list == setup_form::lists.end()) return editText(place.key, value);
+    for (const ListController& each : m_controllers) {
+        const bool isIt = listKey(each.portList()) == place.key && place.row;
+        if (isIt && *place.row < each.arrangedObjects().size())
+            editEntry(each.portList(), *place.row, place.field, value);
+    }
+}
+
 void MyDocument::addPort(PortList list, const std::string& portPath) {
     edit(fmt::format("Add {}", listWord(list)), [&] {
         controller(list).drop(portPath, controller(list).arrangedObjects().size(), DropOperation::Above);

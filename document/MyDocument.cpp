@@ -300,6 +300,7 @@ void MyDocument::whileWaiting(const std::function<void(const ReadProgress&)>& wo
 /// Within a wait. To free the old tree takes long, too, when it is large.
 void MyDocument::installTree(ModelTree tree, std::size_t recorders) {
     std::swap(m_modelTree, tree);
+    m_portFaults.forget();
     m_recorderCount = recorders;
     if (m_outlets.outlineView != nullptr) m_outlets.outlineView->reloadData();
     setupChanged();
@@ -308,6 +309,7 @@ void MyDocument::installTree(ModelTree tree, std::size_t recorders) {
 
 void MyDocument::setModelTree(ModelTree tree) {
     m_modelTree = std::move(tree);
+    m_portFaults.forget();
     m_recorderCount = recorderCount(m_modelTree);
 }
 

@@ -7,6 +7,7 @@
 #include "document/setup/SetupDictionary.h"
 #include "model/ListController.h"
 #include "model/ModelTree.h"
+#include "model/PortFaults.h"
 #include "model/PortLists.h"
 #include "platform/KnownFile.h"
 #include "platform/Pasteboard.h"
@@ -19,7 +20,7 @@
 #include "run/PlotChoices.h"
 #include "run/ResultTable.h"
 #include "run/RunControl.h"
-#include "run/SweepSummary.h"
+#include "run/SetupProblem.h"
 #include "run/SweepVariables.h"
 
 #include <cstddef>
@@ -216,9 +217,14 @@ public:
     [[nodiscard]] const std::vector<float>& yMax() const { return m_yMax; }
     void setYMax(std::vector<float> maxima) { m_yMax = std::move(maxima); }
     [[nodiscard]] std::uint32_t nRowsOfData() const { return m_grid.nRowsOfData; }
-    [[nodiscard]] SweepSummary sweepSummary() const; // of the setup as it stands now
+    [[nodiscard]] std::string sweepSummary() const;                 // of the setup as it stands now
+    [[nodiscard]] SetupProblems setupProblems();                    // as it stands now
+    [[nodiscard]] PortFaults& portFaults() { return m_portFaults; } // of the model
+    /// Sets what a problem's place holds, as the user would.
+    void mend(const SetupPlace& place, const std::string& value);
     [[nodiscard]] std::vector<std::uint32_t> makeCurrentIndexSet() const;
-    void saveToDorado();
+    [[nodiscard]] std::vector<std::string> usedFiles() const; // by commands and problems: absolute, some empty
+    void saveToDorado(); // returns at once, and does nothing while the last one still looks for Dorado
     /// Whether the plot shows an earlier run than the present results.
     [[nodiscard]] bool plotIsOutdated() const { return m_plotIsOutdated; }
 
@@ -294,6 +300,7 @@ private:
     void moveRowsTo(PortList list, const std::vector<std::size_t>& rows, std::size_t row);
     void reportImportFailure(const std::exception& failure);
     void showSheet(const AlertText& text);
+    void sendTo(RemoteObject* companion);
     [[nodiscard]] ResultTable readTableWhileWaiting(const TableShape& shape);
     [[nodiscard]] std::string absoluteSetupPath() const; // empty without a file
     [[nodiscard]] bool asksToWriteOver(const std::vector<std::string>& files);
@@ -329,6 +336,7 @@ private:
     std::vector<ListController> m_controllers; // indexed by PortList
 
     ModelTree m_modelTree;
+    PortFaults m_portFaults{m_modelTree};
     std::size_t m_recorderCount = 0;         // of the tree
     std::optional<Date> m_modelModification; // of the model file at the last import
 
@@ -343,6 +351,7 @@ private:
     std::vector<std::string> m_tableNotes;
     PlotChoices m_earlierChoices; // of the last run that had any
     bool m_plotIsOutdated = false;
+    bool m_looksForCompanion = false;
 
     PlotLayout m_layout;
     BuiltPlot m_builtPlot; // what the view's memory holds of it

@@ -1,9 +1,5 @@
 #include "model/PortPaths.h"
 
-#include "platform/OrreryError.h"
-
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <cstddef>
 #include <functional>
@@ -16,23 +12,6 @@ namespace orrery {
 namespace {
 
 constexpr std::size_t longestSuggestion = 256; // nobody needs a suggestion for a longer path
-
-/// The tops of all that an outline shows: what a path can begin with.
-std::vector<const ModelNode*> tops(const ModelTree& tree) {
-    std::vector<const ModelNode*> found;
-    std::unordered_set<const ModelNode*> seen;
-    const auto add = [&](const ModelNode* node) {
-        while (node->parent != nullptr) {
-            node = node->parent;
-        }
-        if (seen.insert(node).second) found.push_back(node);
-    };
-    if (tree.root() != nullptr) add(tree.root());
-    for (const ModelNode* node : tree.topLevel()) {
-        add(node);
-    }
-    return found;
-}
 
 std::string_view groupName(PortDirection direction) {
     return direction == PortDirection::Input ? "inputs" : "outputs";
@@ -73,7 +52,7 @@ const ModelNode* findFromTop(const ModelTree& tree, std::string_view path, PortD
             steps.emplace_back(*node, rest);
         }
     };
-    push(tops(tree), path);
+    push(treeTops(tree), path);
     while (!steps.empty()) {
         const auto [node, toFind] = steps.back();
         steps.pop_back();
@@ -87,7 +66,7 @@ const ModelNode* findFromTop(const ModelTree& tree, std::string_view path, PortD
 
 /// Calls `visit` for each shown node in tree order until it returns false.
 void visitNodes(const ModelTree& tree, const std::function<bool(const ModelNode&)>& visit) {
-    std::vector<const ModelNode*> waiting = tops(tree);
+    std::vector<const ModelNode*> waiting = treeTops(tree);
     std::reverse(waiting.begin(), waiting.end());
     while (!waiting.empty()) {
         const ModelNode* node = waiting.back();
@@ -159,6 +138,22 @@ private:
 
 } // namespace
 
+std::vector<const ModelNode*> treeTops(const ModelTree& tree) {
+    std::vector<const ModelNode*> found;
+    std::unordered_set<const ModelNode*> seen;
+    const auto add = [&](const ModelNode* node) {
+        while (node->parent != nullptr) {
+            node = node->parent;
+        }
+        if (seen.insert(node).second) found.push_back(node);
+    };
+    if (tree.root() != nullptr) add(tree.root());
+    for (const ModelNode* node : tree.topLevel()) {
+        add(node);
+    }
+    return found;
+}
+
 std::string pathForNode(const ModelNode& node) {
     std::vector<std::string_view> names;
     for (const ModelNode* each = &node; each != nullptr; each = each->parent) {
@@ -196,18 +191,6 @@ std::string nearestPortPath(const ModelTree& tree, std::string_view portPath, Po
         return true;
     });
     return nearest.takePath();
-}
-
-std::string portFault(const ModelTree& tree, std::string_view portPath, PortDirection direction) {
-    if (portPath.empty()) return "No port is chosen: drag one here from the model.";
-    if (tree.empty() || findPort(tree, portPath, direction) != nullptr) return {};
-    std::string fault =
-        fmt::format("The model has no {} port {}.", direction == PortDirection::Input ? "input" : "output",
-                    quotedForMessage(std::string(portPath)));
-    if (const std::string nearest = nearestPortPath(tree, portPath, direction); !nearest.empty()) {
-        fault += fmt::format(" Did you mean {}?", quotedForMessage(nearest));
-    }
-    return fault;
 }
 
 } // namespace orrery

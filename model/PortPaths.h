@@ -5,8 +5,12 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace orrery {
+
+/// The tops of all that an outline shows: what a path can begin with.
+[[nodiscard]] std::vector<const ModelNode*> treeTops(const ModelTree& tree);
 
 /// The names of the node's ancestors and its own, from the top of the tree, joined by "/". The root level comes first.
 [[nodiscard]] std::string pathForNode(const ModelNode& node);
@@ -28,9 +32,5 @@ struct PortReference {
 
 /// The known port path nearest to a wrong one, for "did you mean"; empty when nothing is near.
 [[nodiscard]] std::string nearestPortPath(const ModelTree& tree, std::string_view portPath, PortDirection direction);
-
-/// Why an entry's port cannot be used, in words for the user, with the nearest port where there is one; empty when it
-/// is in the model, or when there is no model to compare with.
-[[nodiscard]] std::string portFault(const ModelTree& tree, std::string_view portPath, PortDirection direction);
 
 } // namespace orrery

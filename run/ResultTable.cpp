@@ -14,10 +14,10 @@ namespace orrery {
 
 namespace {
 
-[[noreturn]] void throwDoesNotFit(const TableShape& shape, std::uint64_t bytes, std::uint64_t available) {
-    throw OrreryError(fmt::format("The results, {} rows of {} values, would need {} of memory, but only {} are free.",
-                                  shape.rows, shape.columns, sizeText(bytes), sizeText(available)),
-                      {}, "Give the steppers fewer values, report less often or record fewer outputs.");
+OrreryError doesNotFit(const TableShape& shape, std::uint64_t bytes, std::uint64_t available) {
+    return OrreryError(fmt::format("The results, {} rows of {} values, would need {} of memory, but only {} are free.",
+                                   shape.rows, shape.columns, sizeText(bytes), sizeText(available)),
+                       {}, "Give the steppers fewer values, report less often or record fewer outputs.");
 }
 
 /// A table whose cells are all 0. Their memory is touched only as rows come in.
@@ -28,7 +28,7 @@ ResultTable emptyTable(const TableShape& shape) {
     try {
         table.cells = CellBlock(shape.rows * shape.columns);
     } catch (const std::bad_alloc&) { // something else took what was free a moment ago
-        throwDoesNotFit(shape, shape.rows * shape.columns * sizeof(float), availableMemory());
+        throw doesNotFit(shape, shape.rows * shape.columns * sizeof(float), availableMemory());
     }
     return table;
 }
@@ -51,15 +51,17 @@ ReadableFile openResultTable(const std::string& path) {
     }
 }
 
-void requireBlockFits(const TableShape& shape) {
+std::optional<OrreryError> blockFault(const TableShape& shape, std::uint64_t available) {
     constexpr std::uint64_t largest = std::numeric_limits<std::ptrdiff_t>::max();
     const std::uint64_t bytesPerRow = std::min<std::uint64_t>(shape.columns, largest / sizeof(float)) * sizeof(float);
     const bool overflows = bytesPerRow > 0 && shape.rows > largest / bytesPerRow;
     const std::uint64_t bytes = overflows ? largest : shape.rows * bytesPerRow;
-    const std::uint64_t available = availableMemory();
-    if (overflows || bytes > available) {
-        throwDoesNotFit(shape, bytes, available);
-    }
+    if (overflows || bytes > available) return doesNotFit(shape, bytes, available);
+    return std::nullopt;
+}
+
+void requireBlockFits(const TableShape& shape) {
+    if (const auto fault = blockFault(shape, availableMemory())) throw OrreryError(*fault);
 }
 
 std::vector<std::string> ResultTable::notes(const TableShape& shape) const {

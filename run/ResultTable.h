@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -62,7 +63,9 @@ struct TableReadOptions {
     const TableKernels* kernels = nullptr; // none: the fastest for this processor
 };
 
-/// Checks that a block of that shape fits into memory. @throws OrreryError with the number of rows and the bytes
+/// Why a block of that shape does not fit into so many bytes of memory; std::nullopt when it does.
+[[nodiscard]] std::optional<OrreryError> blockFault(const TableShape& shape, std::uint64_t available);
+/// Checks that it fits into the memory there is now. @throws OrreryError with the number of rows and the bytes
 void requireBlockFits(const TableShape& shape);
 
 /// Reads the table's bytes, header line first. A cell without a number is 0; a table that ends early leaves 0 in the

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace orrery {
 
@@ -27,12 +28,17 @@ double wholeCount(double count) {
     return std::isfinite(count) && count > 0 ? std::trunc(count) : 0.0;
 }
 
+float reportDays(const SetupDictionary& setup) {
+    return setupFloat(setup, setup_key::reportStep) / setupFloat(setup, setup_key::stepsPerDay);
+}
+
+float runDays(const SetupDictionary& setup) {
+    const float days = setupFloat(setup, setup_key::runLength);
+    return days == 0.0F ? 1.0F : days;
+}
+
 Axis timeAxis(const SetupDictionary& setup, const Calendar& calendar) {
-    const float reportDays = setupFloat(setup, setup_key::reportStep) / setupFloat(setup, setup_key::stepsPerDay);
-    float days = setupFloat(setup, setup_key::runLength);
-    if (days == 0.0F) {
-        days = 1.0F;
-    }
+    const float days = runDays(setup);
     const auto startDay = setup.startDay();
     const float firstDay = startDay ? static_cast<float>(calendar.ordinalDayInYear(*startDay)) : 1.0F;
 
@@ -40,9 +46,9 @@ Axis timeAxis(const SetupDictionary& setup, const Calendar& calendar) {
     axis.variable.setName("day");
     axis.variable.setStart(firstDay);
     axis.variable.setStop((days + firstDay) - 1.0F);
-    axis.variable.setStep(reportDays);
+    axis.variable.setStep(reportDays(setup));
     axis.variable.setConstant(0.5F * days + firstDay);
-    axis.count = wholeCount(days / reportDays); // no + 1: the run ends where the value after the last would be reported
+    axis.count = dayCount(setup);
     return axis;
 }
 
@@ -57,7 +63,7 @@ Axis stepperAxis(const Entry& stepper) {
     axis.variable.setStop(stop);
     axis.variable.setConstant((start + stop) * 0.5F);
     axis.variable.setStep(step);
-    axis.count = wholeCount(static_cast<double>(std::truncf((stop - start) / step)) + 1.0);
+    axis.count = stepperCount(start, stop, step);
     return axis;
 }
 
@@ -84,6 +90,14 @@ void requireGridFits(const std::vector<Axis>& axes) {
 }
 
 } // namespace
+
+double stepperCount(float start, float stop, float step) {
+    return wholeCount(static_cast<double>(std::truncf((stop - start) / step)) + 1.0);
+}
+
+double dayCount(const SetupDictionary& setup) {
+    return wholeCount(runDays(setup) / reportDays(setup)); // no + 1: the run ends where the next would be reported
+}
 
 SweepGrid constructIndependentVariables(const SetupDictionary& setup, const Calendar& calendar) {
     std::vector<Axis> axes;
@@ -112,40 +126,36 @@ float valueAtIndex(const IndependentVariable& variable, std::uint32_t index) {
     return variable.start() + static_cast<float>(index) * variable.step();
 }
 
-namespace {
-
-std::string stepperWarning(const IndependentVariable& stepper) {
-    const std::string subject = fmt::format("Stepper {}: ", quotedForMessage(stepper.name()));
-    if (stepper.step() == 0.0F) {
-        return subject + "its step is 0, so it has no values and the run no rows.";
-    }
-    return subject + fmt::format("steps of {} do not lead from {} to {}, so it has no values and the run no rows.",
-                                 shortestText(stepper.step()), shortestText(stepper.start()),
-                                 shortestText(stepper.stop()));
+std::string noValuesWords(float start, float stop, float step) {
+    if (step == 0.0F) return "its step is 0, so it has no values and the run no rows.";
+    return fmt::format("steps of {} do not lead from {} to {}, so it has no values and the run no rows.",
+                       shortestText(step), shortestText(start), shortestText(stop));
 }
 
-std::string timeWarning(const SetupDictionary& setup) {
-    for (const auto key : {setup_key::stepsPerDay, setup_key::reportStep}) {
-        if (setupFloat(setup, key) == 0.0F) {
-            return fmt::format("{} is 0, so the run has no rows.", key);
+SettingWarning noDaysWarning(const SetupDictionary& setup) {
+    for (const auto& [key, word] :
+         {std::pair(setup_key::stepsPerDay, "Steps per day is"), std::pair(setup_key::reportStep, "Report step is"),
+          std::pair(setup_key::runLength, "Run length is")}) {
+        const float value = setupFloat(setup, key);
+        if (value < 0.0F || (value == 0.0F && key != setup_key::runLength)) {
+            return {key, fmt::format("{} {}, so the run has no rows.", word, shortestText(value))};
         }
     }
-    return fmt::format("The run of {} days is shorter than one report interval ({} time steps at {} a day), so it has "
-                       "no rows.",
-                       shortestText(setupFloat(setup, setup_key::runLength)),
-                       shortestText(setupFloat(setup, setup_key::reportStep)),
-                       shortestText(setupFloat(setup, setup_key::stepsPerDay)));
+    return {setup_key::reportStep,
+            fmt::format("The run of {} days is shorter than one report interval ({} time steps at {} a day), so it has "
+                        "no rows.",
+                        shortestText(runDays(setup)), shortestText(setupFloat(setup, setup_key::reportStep)),
+                        shortestText(setupFloat(setup, setup_key::stepsPerDay)))};
 }
-
-} // namespace
 
 std::vector<std::string> sweepWarnings(const SetupDictionary& setup, const SweepGrid& grid) {
     std::vector<std::string> warnings;
     for (const IndependentVariable& variable : grid.variables) {
-        if (variable.stridesPerCycle() == 0) {
-            const bool isTime = &variable == &grid.variables.back();
-            warnings.push_back(isTime ? timeWarning(setup) : stepperWarning(variable));
-        }
+        if (variable.stridesPerCycle() > 0) continue;
+        const bool isTime = &variable == &grid.variables.back();
+        warnings.push_back(isTime ? noDaysWarning(setup).words
+                                  : fmt::format("Stepper {}: {}", quotedForMessage(variable.name()),
+                                                noValuesWords(variable.start(), variable.stop(), variable.step())));
     }
     return warnings;
 }

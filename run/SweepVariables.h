@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace orrery {
@@ -28,8 +29,22 @@ struct SweepGrid {
 /// The value of the variable at that index: start + index × step.
 [[nodiscard]] float valueAtIndex(const IndependentVariable& variable, std::uint32_t index);
 
-/// What is wrong with a setup's sweep before it is run, one line each (a step of 0, a stop against the step, a report
-/// interval longer than the run); empty when nothing is.
+/// How many values a stepper takes, and a run in time, as the grid counts them; they may lie beyond 32 bits.
+[[nodiscard]] double stepperCount(float start, float stop, float step);
+[[nodiscard]] double dayCount(const SetupDictionary& setup);
+
+/// Why a stepper has no values, to be put behind its name.
+[[nodiscard]] std::string noValuesWords(float start, float stop, float step);
+
+/// A sentence about a setting.
+struct SettingWarning {
+    std::string_view key;
+    std::string words;
+};
+/// Why a run has no values in time.
+[[nodiscard]] SettingWarning noDaysWarning(const SetupDictionary& setup);
+
+/// Which of the grid's variables have no values and why, one line each; empty when all have some.
 [[nodiscard]] std::vector<std::string> sweepWarnings(const SetupDictionary& setup, const SweepGrid& grid);
 
 } // namespace orrery

@@ -1,11 +1,15 @@
 // The setup tab by keyboard, and what it shows.
 #include "app/PendingEdit.h"
+#include "app/ProblemsView.h"
 #include "app/SetupWindow.h"
 #include "platform/Files.h"
+#include "platform/qt/OptionalDateEdit.h"
 
 #include <gmock/gmock.h>
 
+#include <QDateTimeEdit>
 #include <QLabel>
+#include <QTextCursor>
 #include <QToolTip>
 
 namespace orrery::test {
@@ -177,6 +181,82 @@ TEST_F(SetupTabTest, APortThatTheModelHasNotIsMarkedUntilTheModelHasIt) {
     window->document().refreshModel();
     EXPECT_EQ(cell.data(Qt::AccessibleDescriptionRole).toString(), "");
     EXPECT_TRUE(outline().isExpanded(showNode("Moth/Eggs"))) << "what was open stays open";
+}
+
+TEST_F(SetupTabTest, AStartDayIsShownAsItIsStored) {
+    struct Case {
+        const char* zone;
+        const char* stored;
+        const char* shown;
+        const char* meaning;
+    };
+    const Case cases[] = {
+        {"EET-2", "2026-09-15 09:30:15 +0500", "2026-09-15 06:30:15", "day 258, UTC+2"},
+        {"EET-2", "2026-09-15 23:59:59 +0500", "2026-09-15 20:59:59", "day 258, UTC+2"},
+        {"EET-2", "1600-02-29 23:00:00 +0000", "1600-03-01 01:00:00", "day 61, UTC+2"},
+        {"EET-2", "0001-01-01 00:00:00 +0000", "0001-01-01 02:00:00", "day 1, UTC+2"},
+        {"NST3:30", "9999-12-31 23:59:59 +0000", "9999-12-31 20:29:59", "day 365, UTC-3:30"},
+        {"NST3:30", "0001-01-01 00:00:00 +0000", " ", "day 366, UTC-3:30 (0001-01-01 00:00:00 +0000)"},
+        {"EET-2", "9999-12-31 23:59:59 +0000", " ", "day 1, UTC+2 (9999-12-31 23:59:59 +0000)"},
+    };
+    const QByteArray zone = qgetenv("TZ");
+    for (const Case& row : cases) {
+        qputenv("TZ", row.zone);
+        OptionalDateEdit edit;
+        auto& field = find<QDateTimeEdit>(edit, "startDayField");
+        Date stored = dateWithString(row.stored).value();
+        stored.nanoseconds = 7;
+        edit.setDate(stored);
+        EXPECT_EQ(field.text().toStdString(), row.shown) << row.stored;
+        EXPECT_EQ(find<QLabel>(edit, "startDayMeaning").text().toStdString(), row.meaning) << row.stored;
+        EXPECT_EQ(edit.date(), stored) << row.stored;
+        if (row.shown[0] == ' ') continue;
+        field.setSelectedSection(QDateTimeEdit::MonthSection);
+        QTest::keyClick(&field, row.stored[0] == '9' ? Qt::Key_Down : Qt::Key_Up);
+        const Date moved = edit.date().value();
+        EXPECT_NE(moved.seconds, stored.seconds) << row.stored;
+        EXPECT_EQ((moved.seconds - stored.seconds) % 86400, 0) << "the time of day stays, to the second";
+        EXPECT_TRUE(dateWithString(dateDescription(moved))) << "a file can hold it";
+    }
+    zone.isNull() ? qunsetenv("TZ") : qputenv("TZ", zone);
+}
+
+TEST_F(SetupTabTest, ProblemsLeadToTheirPlaceAndAreMendedThere) {
+    openSample("insect-two-steppers.orrery");
+    auto& problems = find<ProblemsView>(*window, "sweepProblems");
+    EXPECT_FALSE(problems.isVisible());
+    window->document().editEntry(PortList::Steppers, 1, "stop", "0.97");
+    window->document().editText("stepsPerDay", "0");
+    ASSERT_TRUE(waitFor([&] { return problems.isVisible() && problems.height() > 20; }));
+    ASSERT_EQ(problems.problems().shown.size(), 2U);
+
+    find<QWidget>(*window, "addStepper").setFocus();
+    press("Tab"); // to the remove button
+    press("Tab"); // to the table
+    table("stepperTable").setCurrentIndex(table("stepperTable").model()->index(1, 3));
+    press("Tab"); // behind its last cell
+    ASSERT_TRUE(waitFor([&] { return problems.hasFocus(); }));
+    press("Tab");
+    press("Return");
+    ASSERT_TRUE(waitFor([&] { return field("stepsPerDay").hasFocus(); }));
+    EXPECT_EQ(field("stepsPerDay").selectedText(), "0");
+
+    const auto click = [&](const char* words) {
+        const QTextCursor link = problems.document()->find(words);
+        ASSERT_FALSE(link.isNull()) << words;
+        const QPoint point = onScreen(*problems.viewport(), problems.cursorRect(link).center() - QPoint(4, 0));
+        xdotool({"mousemove", QString::number(point.x()), QString::number(point.y()), "click", "1"});
+    };
+    click("do not end");
+    ASSERT_TRUE(waitFor([&] { return table("stepperTable").hasFocus(); }));
+    EXPECT_EQ(table("stepperTable").currentIndex(), table("stepperTable").model()->index(1, 3));
+    field("stepsPerDay").setFocus();
+    field("stepsPerDay").selectAll();
+    xdotool({"type", "10"}); // and what is typed is taken over before
+    click("Stop at 1");
+    ASSERT_TRUE(waitFor([&] { return fieldsOf(PortList::Steppers, "stop").back() == "1"; }));
+    EXPECT_EQ(setting("stepsPerDay"), "10");
+    EXPECT_TRUE(waitFor([&] { return !problems.isVisible(); }));
 }
 
 TEST_F(SetupTabTest, AWindowThatGoesWithAnOpenCellEditorTakesItAlong) {
