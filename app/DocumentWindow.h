@@ -2,6 +2,7 @@
 
 #include "app/ApplicationServices.h"
 #include "app/InterfaceDescriptions.h"
+#include "app/ResultFileWatch.h"
 #include "platform/qt/QtAlerts.h"
 #include "platform/qt/QtOpenPanel.h"
 #include "platform/qt/QtWaitPanel.h"
@@ -45,6 +46,7 @@ private:
     void connectMenu();
     void runSimulation();
     void validateCommands();
+    void lookForFiles();
 
     ApplicationServices& m_services;
     std::unique_ptr<MyDocument> m_document;
@@ -57,6 +59,7 @@ private:
     std::unique_ptr<SetupTab> m_setupTab;
     std::unique_ptr<PlotTab> m_plotTab;
     std::unique_ptr<RunPanel> m_runPanel;
+    ResultFileWatch m_resultFiles;
     std::vector<QAction*> m_taggedActions; // follow the enabling rule of their tag
     bool m_closesUnasked = false;
 };

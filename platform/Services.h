@@ -22,9 +22,12 @@ public:
 /// Programs of this machine that published an object under a name.
 class NamedServices {
 public:
+    using Found = std::function<void(std::shared_ptr<RemoteObject>)>;
+
     virtual ~NamedServices() = default;
-    /// The object published under the name; nullptr when there is none. Does not wait for the other program.
-    [[nodiscard]] virtual std::shared_ptr<RemoteObject> rootProxy(const std::string& registeredName) = 0;
+    /// Looks for the object published under the name. Returns at once; `found` comes later, once, on this thread, with
+    /// the object or nullptr when there is none.
+    virtual void findRootProxy(const std::string& registeredName, Found found) = 0;
 };
 
 } // namespace orrery

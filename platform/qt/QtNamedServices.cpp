@@ -10,27 +10,27 @@
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QStringList>
+#include <QTimer>
+#include <functional>
+#include <thread>
 #include <utility>
 
 namespace orrery {
 namespace {
 
-constexpr int busAnswerMs = 2000; // the bus is on this machine and always there to answer
+constexpr auto busAnswerTime = std::chrono::seconds(2); // the bus is on this machine and always there to answer
 
-/// A connection of this name that is in order, made anew when the bus went away.
-QDBusConnection connectedBus(const QString& connectionName) {
-    QDBusConnection known(connectionName);
-    if (known.isConnected()) return known;
-    QDBusConnection::disconnectFromBus(connectionName);
-    return QDBusConnection::connectToBus(QDBusConnection::SessionBus, connectionName);
-}
-
-bool hasOwner(const QDBusConnection& bus, const QString& busName) {
+void askForOwner(const QDBusConnection& bus, const QString& busName, const std::function<void(bool)>& answered) {
     QDBusMessage question = QDBusMessage::createMethodCall("org.freedesktop.DBus", "/org/freedesktop/DBus",
                                                            "org.freedesktop.DBus", "NameHasOwner");
     question << busName;
-    const QDBusMessage answer = bus.call(question, QDBus::Block, busAnswerMs);
-    return answer.type() == QDBusMessage::ReplyMessage && answer.arguments().value(0).toBool();
+    auto* watcher = new QDBusPendingCallWatcher(bus.asyncCall(question), QCoreApplication::instance());
+    QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher,
+                     [bus, answered](QDBusPendingCallWatcher* self) {
+                         self->deleteLater();
+                         const QDBusPendingReply<bool> reply = *self;
+                         answered(!reply.isError() && reply.value());
+                     });
 }
 
 /// D-Bus carries UTF-8 without NUL only; anything else would arrive as another path, or not at all.
@@ -104,25 +104,78 @@ private:
 };
 
 /// Not the connection that Qt shares: that one stays dead once the bus went away.
-std::string newConnectionName() {
+QString newConnectionName() {
     static int count = 0;
-    return "orrery-services-" + std::to_string(++count);
+    return "orrery-services-" + QString::number(++count);
+}
+
+/// Calls once: with what came first, an answer or the end of the time.
+template <class Answer>
+std::function<void(Answer)> onceWithin(std::chrono::milliseconds time, std::function<void(Answer)> call) {
+    auto waiting = std::make_shared<std::function<void(Answer)>>(std::move(call));
+    const auto answer = [waiting](Answer with) {
+        if (const auto then = std::exchange(*waiting, {})) then(std::move(with));
+    };
+    QTimer::singleShot(time, QCoreApplication::instance(), [answer] { answer(Answer()); });
+    return answer;
 }
 
 } // namespace
 
+/// The session bus. To connect to it waits for it, which is another thread's business.
+class QtNamedServices::Bus : public std::enable_shared_from_this<Bus> {
+public:
+    using Connected = std::function<void(const QDBusConnection&)>;
+
+    Bus() = default;
+    Bus(const Bus&) = delete;
+    Bus& operator=(const Bus&) = delete;
+    ~Bus() { QDBusConnection::disconnectFromBus(m_name); }
+
+    /// Calls later with a connection that is in order, or with one that is not when there is no bus.
+    void connect(Connected connected) {
+        m_waiting.push_back(std::move(connected));
+        if (m_waiting.size() > 1) return;
+        if (QDBusConnection known(m_name); known.isConnected()) {
+            post(shared_from_this(), known);
+        } else {
+            QDBusConnection::disconnectFromBus(m_name);
+            std::thread([self = shared_from_this()] {
+                post(self, QDBusConnection::connectToBus(QDBusConnection::SessionBus, self->m_name));
+            }).detach();
+        }
+    }
+
+private:
+    static void post(const std::shared_ptr<Bus>& self, const QDBusConnection& connection) {
+        QObject* application = QCoreApplication::instance();
+        if (application == nullptr) return;
+        const auto answer = [self, connection] {
+            for (const Connected& connected : std::exchange(self->m_waiting, {})) {
+                connected(connection);
+            }
+        };
+        QMetaObject::invokeMethod(application, answer, Qt::QueuedConnection);
+    }
+
+    const QString m_name = newConnectionName();
+    std::vector<Connected> m_waiting;
+};
+
 QtNamedServices::QtNamedServices(std::chrono::milliseconds timeout)
-    : m_timeout(timeout), m_connectionName(newConnectionName()) {}
+    : m_timeout(timeout), m_bus(std::make_shared<Bus>()) {}
 
-QtNamedServices::~QtNamedServices() {
-    QDBusConnection::disconnectFromBus(QString::fromStdString(m_connectionName));
-}
+QtNamedServices::~QtNamedServices() = default;
 
-std::shared_ptr<RemoteObject> QtNamedServices::rootProxy(const std::string& registeredName) {
-    const QDBusConnection bus = connectedBus(QString::fromStdString(m_connectionName));
+void QtNamedServices::findRootProxy(const std::string& registeredName, Found found) {
     const QString busName = QString::fromStdString(registeredName).replace(' ', '.');
-    if (!bus.isConnected() || !hasOwner(bus, busName)) return nullptr;
-    return std::make_shared<BusObject>(bus, busName, m_timeout);
+    const Found answer = onceWithin(busAnswerTime, std::move(found));
+    m_bus->connect([busName, answer, timeout = m_timeout](const QDBusConnection& bus) {
+        if (!bus.isConnected()) return answer(nullptr);
+        askForOwner(bus, busName, [bus, busName, answer, timeout](bool hasOwner) {
+            answer(hasOwner ? std::make_shared<BusObject>(bus, busName, timeout) : nullptr);
+        });
+    });
 }
 
 } // namespace orrery

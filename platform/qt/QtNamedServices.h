@@ -23,13 +23,15 @@ public:
     QtNamedServices& operator=(const QtNamedServices&) = delete;
     ~QtNamedServices() override;
 
-    /// Asks the bus alone whether the name has an owner. nullptr also when there is no bus; the next call tries the
-    /// bus again.
-    [[nodiscard]] std::shared_ptr<RemoteObject> rootProxy(const std::string& registeredName) override;
+    /// Asks the bus alone whether the name has an owner. nullptr also when there is no bus or when it does not answer
+    /// within 2 s; the next call tries the bus again.
+    void findRootProxy(const std::string& registeredName, Found found) override;
 
 private:
+    class Bus;
+
     std::chrono::milliseconds m_timeout;
-    std::string m_connectionName;
+    std::shared_ptr<Bus> m_bus; // its answers may come when this object is gone
 };
 
 } // namespace orrery

@@ -18,6 +18,7 @@
 #include <QTimer>
 #include <QTreeView>
 #include <filesystem>
+#include <fstream>
 
 namespace orrery::test {
 namespace {
@@ -142,11 +143,16 @@ TEST_F(SessionTest, AnEditedSetupAsksBeforeItsRun) {
 TEST_F(SessionTest, ResultsGoToTheCompanionOrASheetTellsThatThereIsNone) {
     DocumentWindow& window = open("crop-single.orrery");
     EXPECT_FALSE(action(window, "actionSendToDorado").isEnabled());
+    const std::string table = window.document().resultTablePath(); // comes and goes by another program's doing
+    std::ofstream(table) << "day\n";
+    EXPECT_TRUE(waitFor([&] { return action(window, "actionSendToDorado").isEnabled(); }));
+    std::filesystem::remove(table);
+    EXPECT_TRUE(waitFor([&] { return !action(window, "actionSendToDorado").isEnabled(); }));
     run(window);
     ASSERT_TRUE(action(window, "actionSendToDorado").isEnabled());
     action(window, "actionSendToDorado").trigger();
-    auto* sheet = window.findChild<QMessageBox*>("alert");
-    ASSERT_NE(sheet, nullptr);
+    QMessageBox* sheet = nullptr;
+    ASSERT_TRUE(waitFor([&] { return (sheet = window.findChild<QMessageBox*>("alert")) != nullptr; }));
     EXPECT_EQ(sheet->text(), "Could not open communication with Dorado.");
     EXPECT_EQ(sheet->informativeText(), "Please start Dorado if it is not already running.");
     sheet->close();
@@ -154,7 +160,12 @@ TEST_F(SessionTest, ResultsGoToTheCompanionOrASheetTellsThatThereIsNone) {
     QProcess receiver;
     receiver.start(ORRERY_BIN "/dorado-receiver", {"--once"});
     ASSERT_TRUE(receiver.waitForStarted());
-    ASSERT_TRUE(waitFor([&] { return QtNamedServices().rootProxy("Dorado Server") != nullptr; }));
+    QtNamedServices names;
+    const auto isThere = std::make_shared<bool>(false);
+    ASSERT_TRUE(waitFor([&] {
+        names.findRootProxy("Dorado Server", [isThere](const auto& found) { *isThere = *isThere || found; });
+        return *isThere;
+    }));
     action(window, "actionSendToDorado").trigger();
     ASSERT_TRUE(waitFor([&] { return receiver.state() == QProcess::NotRunning; }));
     EXPECT_EQ(receiver.readAllStandardOutput().toStdString(), window.document().resultTablePath() + "\n");

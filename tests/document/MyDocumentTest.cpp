@@ -308,8 +308,8 @@ struct FakeCompanion : NamedServices, RemoteObject, std::enable_shared_from_this
     bool running = true;
     std::vector<std::string> received;
     std::function<void(std::string_view)> answer;
-    std::shared_ptr<RemoteObject> rootProxy(const std::string& name) override {
-        return running && name == "Dorado Server" ? shared_from_this() : nullptr;
+    void findRootProxy(const std::string& name, Found found) override {
+        found(running && name == "Dorado Server" ? shared_from_this() : nullptr);
     }
     void importWaves(const std::vector<std::string>& paths, std::function<void(std::string_view)> done) override {
         received = paths;

@@ -36,6 +36,7 @@ public:
         ::close(ends[0]);
         ::setenv("DBUS_SESSION_BUS_ADDRESS", m_address.c_str(), 1);
     }
+    void signal(int number) const { ::kill(m_daemon, number); }
     void stop() {
         if (m_daemon == -1) return;
         ::kill(m_daemon, SIGTERM);

@@ -71,9 +71,17 @@ protected:
         while (!holds())
             QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
+    static std::shared_ptr<RemoteObject> find(NamedServices& services, const std::string& name = companion) {
+        std::optional<std::shared_ptr<RemoteObject>> proxy;
+        services.findRootProxy(name, [&proxy](std::shared_ptr<RemoteObject> found) { proxy = std::move(found); });
+        EXPECT_FALSE(proxy) << "answered before the call returned";
+        waitFor([&proxy] { return proxy.has_value(); });
+        return *proxy;
+    }
     static std::shared_ptr<RemoteObject> proxyOnceThere(NamedServices& services) {
         std::shared_ptr<RemoteObject> proxy;
-        waitFor([&] { return (proxy = services.rootProxy(companion)) != nullptr; });
+        while ((proxy = find(services)) == nullptr) {
+        }
         return proxy;
     }
     /// What `done` was told.
@@ -116,10 +124,10 @@ TEST_F(NamedServicesTest, SecondReceiverSaysThatTheNameIsTaken) {
 
 TEST_F(NamedServicesTest, NobodyThereIsNoProxy) {
     QtNamedServices services;
-    EXPECT_EQ(services.rootProxy(companion), nullptr);
-    EXPECT_EQ(services.rootProxy("no dot"), nullptr);
-    EXPECT_EQ(services.rootProxy("Dorado"), nullptr) << "not a valid bus name";
-    EXPECT_EQ(services.rootProxy(""), nullptr);
+    EXPECT_EQ(find(services), nullptr);
+    EXPECT_EQ(find(services, "no dot"), nullptr);
+    EXPECT_EQ(find(services, "Dorado"), nullptr) << "not a valid bus name";
+    EXPECT_EQ(find(services, ""), nullptr);
 }
 
 TEST_F(NamedServicesTest, NoBusIsNoProxy) {
@@ -129,7 +137,8 @@ TEST_F(NamedServicesTest, NoBusIsNoProxy) {
         Receiver receiver;
         const bool receiverFails = exitCode(receiver) == 1;
         std::fputs(receiver.readAllStandardError().constData(), stderr);
-        std::exit(QtNamedServices().rootProxy(companion) == nullptr && receiverFails ? 0 : 1);
+        QtNamedServices services;
+        std::exit(find(services) == nullptr && receiverFails ? 0 : 1);
     };
     EXPECT_EXIT(askWithoutBus(), testing::ExitedWithCode(0), "There is no session bus");
 }
@@ -138,20 +147,36 @@ TEST_F(NamedServicesTest, BusThatCameBackIsFound) {
     QtNamedServices services;
     {
         const Peer peer(Peer::Manner::Silent);
-        const auto proxy = services.rootProxy(companion);
+        const auto proxy = find(services);
         bus->stop();
         EXPECT_NE(answerTo(*proxy, {"/good"}), "");
-        EXPECT_EQ(services.rootProxy(companion), nullptr);
+        EXPECT_EQ(find(services), nullptr);
     }
     bus->start();
     const Peer peer(Peer::Manner::Silent);
-    EXPECT_NE(services.rootProxy(companion), nullptr);
+    EXPECT_NE(find(services), nullptr);
+}
+
+TEST_F(NamedServicesTest, BusThatHangsKeepsNobodyWaiting) {
+    QtNamedServices connected;
+    EXPECT_EQ(find(connected), nullptr);
+    QtNamedServices fresh; // which has yet to connect
+    bus->signal(SIGSTOP);
+    for (QtNamedServices* services : {&connected, &fresh}) {
+        int ticks = 0;
+        QTimer timer;
+        QObject::connect(&timer, &QTimer::timeout, [&ticks] { ++ticks; });
+        timer.start(10ms);
+        EXPECT_EQ(find(*services), nullptr);
+        EXPECT_GT(ticks, 1) << "the application stood still";
+    }
+    bus->signal(SIGCONT);
 }
 
 TEST_F(NamedServicesTest, PathThatTheBusCannotCarryIsNamedAndNothingIsSent) {
     Peer peer(Peer::Manner::Leaves);
     QtNamedServices services;
-    const auto proxy = services.rootProxy(companion);
+    const auto proxy = find(services);
     for (const std::string& path :
          {std::string("/caf\xe9"), std::string("/a\0b", 4), std::string("\xef\xbb\xbf/bom")}) {
         try {
@@ -168,31 +193,34 @@ TEST_F(NamedServicesTest, PathThatTheBusCannotCarryIsNamedAndNothingIsSent) {
 TEST_F(NamedServicesTest, SilentCompanionIsToldAfterTheTimeout) {
     Peer peer(Peer::Manner::Silent);
     QtNamedServices services(150ms);
-    EXPECT_EQ(answerTo(*services.rootProxy(companion), {"/good"}), "There was no answer within 150 ms.");
+    EXPECT_EQ(answerTo(*find(services), {"/good"}), "There was no answer within 150 ms.");
     EXPECT_EQ(peer.received.size(), 1);
 }
 
 TEST_F(NamedServicesTest, CompanionThatGoesAwayIsToldAtOnce) {
     Peer peer(Peer::Manner::Leaves);
     QtNamedServices services;
-    const auto proxy = services.rootProxy(companion);
+    const auto proxy = find(services);
     EXPECT_EQ(answerTo(*proxy, {"/good"}), "It ended before it answered.");
     EXPECT_EQ(answerTo(*proxy, {"/good"}), "It is not running any more.");
-    EXPECT_EQ(services.rootProxy(companion), nullptr);
+    EXPECT_EQ(find(services), nullptr);
 }
 
 TEST_F(NamedServicesTest, CompanionWithoutTheCallIsTold) {
     QDBusConnection bare = QDBusConnection::connectToBus(QDBusConnection::SessionBus, "bare");
     ASSERT_TRUE(bare.registerService("Dorado.Server"));
     QtNamedServices services;
-    EXPECT_THAT(answerTo(*services.rootProxy(companion), {"/good"}), HasSubstr("does not know the call importWaves"));
+    EXPECT_THAT(answerTo(*find(services), {"/good"}), HasSubstr("does not know the call importWaves"));
     QDBusConnection::disconnectFromBus("bare");
 }
 
 TEST_F(NamedServicesTest, CallOutlivesProxyAndServices) {
     Peer peer(Peer::Manner::Leaves);
     std::optional<std::string> answer;
-    QtNamedServices().rootProxy(companion)->importWaves({"/good"}, [&](std::string_view text) { answer = text; });
+    {
+        QtNamedServices services;
+        find(services)->importWaves({"/good"}, [&](std::string_view text) { answer = text; });
+    }
     waitFor([&answer] { return answer.has_value(); });
     EXPECT_THAT(peer.received, ElementsAre(QStringList("/good")));
 }
