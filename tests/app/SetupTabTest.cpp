@@ -227,7 +227,9 @@ TEST_F(SetupTabTest, ProblemsLeadToTheirPlaceAndAreMendedThere) {
     EXPECT_FALSE(problems.isVisible());
     window->document().editEntry(PortList::Steppers, 1, "stop", "0.97");
     window->document().editText("stepsPerDay", "0");
-    ASSERT_TRUE(waitFor([&] { return problems.isVisible() && problems.height() > 20; }));
+    ASSERT_TRUE(waitFor([&] { // both lines
+        return problems.visibleRegion().boundingRect().height() >= 2 * problems.fontMetrics().lineSpacing();
+    }));
     ASSERT_EQ(problems.problems().shown.size(), 2U);
 
     find<QWidget>(*window, "addStepper").setFocus();
