@@ -66,7 +66,7 @@ int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
         const orrery::SetupDictionary setup =
             orrery::readSetup(orrery::fuzz::asText(data, size), "/folder/input.orrery").dictionary;
         (void)orrery::resolvedModelPath(setup.textOrEmpty(orrery::setup_key::modelPath), "/folder/input.orrery");
-        (void)orrery::summarizeSweep(setup, orrery::currentCalendar(), 3);
+        (void)orrery::sweepSummary(setup, orrery::currentCalendar(), 3);
         orrery::SweepGrid grid = orrery::constructIndependentVariables(setup, orrery::currentCalendar());
         requireGrid(grid);
         (void)orrery::sweepWarnings(setup, grid);
