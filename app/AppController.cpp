@@ -37,9 +37,7 @@ AppController::~AppController() {
 }
 
 void AppController::openFiles(const std::vector<std::string>& files) {
-    for (const std::string& file : files) {
-        m_documents.openDocument(file);
-    }
+    m_documents.openDocuments(files);
 }
 
 void AppController::reopen(const std::vector<std::string>& files) {

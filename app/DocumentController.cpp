@@ -4,6 +4,7 @@
 #include "app/DocumentWindow.h"
 #include "app/FileNames.h"
 #include "app/FrontWindow.h"
+#include "app/OpenReport.h"
 #include "app/Samples.h"
 #include "app/WindowLayout.h"
 #include "platform/Files.h"
@@ -47,33 +48,56 @@ DocumentWindow* DocumentController::openDocument(const QString& path) {
 }
 
 DocumentWindow* DocumentController::openDocument(const std::string& path) {
+    OpenReport report;
+    DocumentWindow* window = open(path, report);
+    tellOf(report, windowForMessages());
+    return window;
+}
+
+void DocumentController::openDocuments(const std::vector<std::string>& paths) {
+    OpenReport report;
+    const std::size_t before = m_windows.size();
+    for (std::size_t i = 0; i < paths.size() && report.leftOut == 0; ++i) {
+        if (m_windows.size() < before + OpenReport::mostWindows) {
+            open(paths[i], report);
+        } else {
+            report.leftOut = paths.size() - i;
+        }
+    }
+    tellOf(report, m_windows.size() > before ? m_windows.back() : windowForMessages());
+}
+
+void DocumentController::tellOf(const OpenReport& report, QWidget* window) {
+    if (const auto alert = report.alert()) QtAlerts(window).beginSheet(*alert, {});
+}
+
+DocumentWindow* DocumentController::open(const std::string& path, OpenReport& report) {
     if (DocumentWindow* window = windowOf(path)) {
         bringToFront(*window);
         return window;
     }
     const std::string absolute = absolutePath(path);
-    if (isSampleSetup(absolute)) return openCopy(absolute);
+    if (isSampleSetup(absolute)) return openCopy(absolute, report);
     auto document = std::make_unique<MyDocument>(m_services.forDocuments());
-    if (!read(absolute, [&] { document->readFromFile(absolute); })) return nullptr;
+    if (!read(absolute, report, [&] { document->readFromFile(absolute); })) return nullptr;
     m_recent.note(absolute);
     DocumentWindow* window = show(std::move(document), tr("Untitled"));
     window->files().tellOfFile();
     return window;
 }
 
-DocumentWindow* DocumentController::openCopy(const std::string& path) {
+DocumentWindow* DocumentController::openCopy(const std::string& path, OpenReport& report) {
     auto document = std::make_unique<MyDocument>(m_services.forDocuments());
-    if (!read(path, [&] { document->readCopyOf(path); })) return nullptr;
+    if (!read(path, report, [&] { document->readCopyOf(path); })) return nullptr;
     const QString name = shownFileName(path);
     return show(std::move(document), tr("%1 copy").arg(name.left(name.lastIndexOf('.'))));
 }
 
-bool DocumentController::read(const std::string& path, const std::function<void()>& reading) {
+bool DocumentController::read(const std::string& path, OpenReport& report, const std::function<void()>& reading) {
     try {
         reading();
     } catch (const std::exception& failure) {
-        QtAlerts(windowForMessages())
-            .beginSheet({"“" + coreText(shownFileName(path)) + "” could not be opened.", failure.what()}, {});
+        report.failures.push_back({coreText(shownFileName(path)), failure.what()});
         return false;
     }
     return true;

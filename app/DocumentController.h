@@ -14,6 +14,8 @@ class QWidget;
 
 namespace orrery {
 
+struct OpenReport;
+
 class DocumentWindow;
 
 /// Makes, opens and closes the setup documents with their windows.
@@ -34,6 +36,8 @@ public:
     /// cannot be opened, which is told. A sample opens as an untitled copy, a new one each time.
     DocumentWindow* openDocument(const std::string& path);
     DocumentWindow* openDocument(const QString& path);
+    /// The same for all of them, up to as many windows as one go may open. One message tells what was not opened.
+    void openDocuments(const std::vector<std::string>& paths);
     void closeAll(); // without asking
 
 signals:
@@ -41,10 +45,12 @@ signals:
     void windowClosed();
 
 private:
+    /// These return null for a failure, which the report has then.
+    DocumentWindow* open(const std::string& path, OpenReport& report);
+    DocumentWindow* openCopy(const std::string& path, OpenReport& report);
+    static bool read(const std::string& path, OpenReport& report, const std::function<void()>& reading);
+    static void tellOf(const OpenReport& report, QWidget* window);
     DocumentWindow* show(std::unique_ptr<MyDocument> document, const QString& untitledName);
-    /// Whether the reading succeeded; if not, that was told.
-    bool read(const std::string& path, const std::function<void()>& reading);
-    DocumentWindow* openCopy(const std::string& path);
     [[nodiscard]] DocumentWindow* windowOf(const std::string& path) const;
     [[nodiscard]] QWidget* windowForMessages() const;
     [[nodiscard]] int freeUntitledNumber(const QString& untitledName) const;

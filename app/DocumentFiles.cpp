@@ -185,7 +185,9 @@ void DocumentFiles::askAboutChanges() {
     }
     m_alerts.beginSheet({"Do you want to save the changes made to " + quoted(displayName()) + "?",
                          "Your changes will be lost if you don't save them.",
-                         {"Save", "Cancel", "Don't Save"}},
+                         {"Save", "Cancel", "Don't Save"},
+                         Severity::Warning,
+                         0},
                         [this](std::size_t button) {
                             if (button == 0) {
                                 save([this](bool saved) { answerClosing(saved); });

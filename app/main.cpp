@@ -88,7 +88,7 @@ int main(int argc, char** argv) {
         return run(*application, *options);
     } catch (const std::exception& failure) {
         logLine(failure.what());
-        (void)QtAlerts(nullptr).runModal({"Orrery cannot start.", failure.what()});
+        (void)QtAlerts(nullptr).runModal({"Orrery cannot start.", failure.what(), {"OK"}, Severity::Critical});
         return 1;
     }
 }

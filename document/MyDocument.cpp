@@ -33,6 +33,11 @@ constexpr std::initializer_list<std::string_view> observedWhenOpened = {setup_ke
 constexpr auto animationInterval =
     std::chrono::nanoseconds(static_cast<std::int64_t>(static_cast<double>(1.0F / 60.0F) * 1e9));
 
+/// A model that stays broken is read again at every activation: its sheet is one and shows the latest.
+AlertText modelSheet(std::string message, std::string informative, Severity severity = Severity::Warning) {
+    return {std::move(message), std::move(informative), {"OK"}, severity, {}, "model"};
+}
+
 } // namespace
 
 MyDocument::MyDocument(DocumentServices services) : m_services(std::move(services)), m_run(*this, m_services.run) {
@@ -234,8 +239,10 @@ bool MyDocument::importModelOfSetup() {
         makeModelTree(path); // an empty path gives an empty tree
         setModelModification(path.empty() ? std::nullopt : modificationDate(path));
     } catch (const ReadingCancelled&) {
-        showSheet({"The model was not imported.",
-                   "The import was cancelled. To import it later, choose it again with Setup > Choose Model\u2026"});
+        showSheet(modelSheet("The model was not imported.",
+                             "The import was cancelled. To import it later, choose it again with "
+                             "Setup > Choose Model\u2026",
+                             Severity::Information));
         return false;
     } catch (const std::exception& failure) {
         reportImportFailure(failure);
@@ -275,7 +282,7 @@ void MyDocument::makeModelTree(const std::string& path) {
         });
         installTree(std::move(imported.tree), recorders);
     }
-    if (!imported.fault.empty()) showSheet({"The model could not be read.", imported.fault});
+    if (!imported.fault.empty()) showSheet(modelSheet("The model could not be read.", imported.fault));
 }
 
 /// On another thread where there is a panel to wait with.
@@ -327,8 +334,9 @@ void MyDocument::refreshModel() {
         updateModelTree();
     } catch (const ReadingCancelled&) {
         leaveModelUnread(true);
-        showSheet({"The model has changed, but was not imported again.",
-                   "The import was cancelled. The window shows the model as it was before."});
+        showSheet(modelSheet("The model has changed, but was not imported again.",
+                             "The import was cancelled. The window shows the model as it was before.",
+                             Severity::Information));
     } catch (const std::exception& failure) {
         reportImportFailure(failure);
     }
@@ -351,7 +359,7 @@ void MyDocument::useModel(const std::string& path) {
 
 void MyDocument::reportImportFailure(const std::exception& failure) {
     logLine(failure.what());
-    showSheet({"The model could not be imported.", failure.what()});
+    showSheet(modelSheet("The model could not be imported.", failure.what()));
 }
 
 void MyDocument::showSheet(const AlertText& text) {

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -86,11 +87,18 @@ private:
     WaitPanel& m_panel;
 };
 
+/// What the icon of an alert says: something to know, a choice without danger, something that failed or may be lost,
+/// something that was lost or ends the program.
+enum class Severity { Information, Question, Warning, Critical };
+
 /// A question or message. Buttons count from 0 in the order given.
 struct AlertText {
     std::string message;
     std::string informative;
     std::vector<std::string> buttons = {"OK"};
+    Severity severity = Severity::Warning;
+    std::optional<std::size_t> safeButton{}; // the one for Return; "Cancel" if there is one, else the last
+    std::string matter{};                    // a window has one sheet about it at a time; by default the message
 };
 
 /// Messages to the person at the window.
@@ -99,7 +107,8 @@ public:
     virtual ~Alerts() = default;
     /// Asks and waits for the answer; the application takes nothing else meanwhile. Returns the button's number.
     [[nodiscard]] virtual std::size_t runModal(const AlertText& text) = 0;
-    /// Shows a sheet on the document's window and returns at once; `answered` comes later with the button's number.
+    /// Shows a sheet on the document's window and returns at once; `answered` comes later with the button's number, and
+    /// with that of Escape when another question about the same matter takes its place.
     virtual void beginSheet(const AlertText& text, std::function<void(std::size_t)> answered) = 0;
     /// Asks for the user's attention once, when the application is not active.
     virtual void requestUserAttention() = 0;

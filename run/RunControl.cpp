@@ -23,8 +23,11 @@ constexpr auto turnInterval = std::chrono::milliseconds(100);
 // Buttons of the unsaved-changes alert, in its order.
 enum SaveAnswer : std::size_t { Save = 0, Cancel = 1, DontSave = 2 };
 
-const AlertText unsavedChanges{
-    "The Orrery Document has unsaved changes.", "Save before running simulation?", {"Save", "Cancel", "Don't Save"}};
+const AlertText unsavedChanges{"The Orrery Document has unsaved changes.",
+                               "Save before running simulation?",
+                               {"Save", "Cancel", "Don't Save"},
+                               Severity::Question,
+                               Save};
 constexpr std::string_view noRun = "The simulation cannot be run.";
 const AlertText engineMissing{"Error", "Couldn't find Zephyr.", {"OK"}};
 const AlertText alreadyRunning{"A simulation of this document is running.",
@@ -36,9 +39,11 @@ AlertText someoneElseRuns(const RunLock::Holder& holder) {
     const std::string process = holder.processId > 0 ? fmt::format(" (process {})", holder.processId) : "";
     return {"Another simulation is running.",
             fmt::format("{}{} uses the temporary directory, which holds one result table. Wait for its turn, or "
-                        "start Orrery with another TMPDIR.",
+                        "start Orrery with another temporary directory (TMPDIR).",
                         who, process),
-            {"Wait", "Cancel"}};
+            {"Wait", "Cancel"},
+            Severity::Question,
+            0};
 }
 
 std::string sentence(std::string words) {

@@ -6,15 +6,12 @@
 
 #include <cerrno>
 #include <string>
-#include <system_error>
 #include <utility>
 
 namespace orrery {
 
-/// The system's words for an error number.
-[[nodiscard]] inline std::string systemReason(int error) {
-    return std::generic_category().message(error);
-}
+/// Why a call failed, in words for its user that go on a sentence; the system's own for a rare error number.
+[[nodiscard]] std::string systemReason(int error);
 
 /// Calls again while a signal interrupts the call.
 template <class Call>

@@ -2,6 +2,7 @@
 
 #include "platform/LogFile.h"
 #include "platform/qt/LogView.h"
+#include "platform/qt/QtAlerts.h"
 #include "platform/qt/QtText.h"
 #include "platform/qt/QtWaitPanel.h"
 
@@ -10,7 +11,6 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMessageBox>
 #include <QStyle>
 #include <QToolButton>
 #include <exception>
@@ -142,17 +142,12 @@ void LogPanel::saveTo(const QString& path) {
         QtWaitPanel panel(window());
         (void)saveLog(m_view->logText(), corePath(path), panel);
     } catch (const std::exception& error) {
-        tell(tr("The log could not be saved."), qtText(error.what()));
+        tell(tr("The log could not be saved."), error.what());
     }
 }
 
-void LogPanel::tell(const QString& message, const QString& details) {
-    auto* box = new QMessageBox(QMessageBox::Warning, {}, message, QMessageBox::Ok, this);
-    box->setObjectName("logMessage");
-    box->setAttribute(Qt::WA_DeleteOnClose);
-    box->setTextFormat(Qt::PlainText);
-    box->setInformativeText(details);
-    box->open();
+void LogPanel::tell(const QString& message, const std::string& details) {
+    QtAlerts(window()).beginSheet({coreText(message), details}, {});
 }
 
 } // namespace orrery

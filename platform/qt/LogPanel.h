@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QWidget>
+#include <string>
 
 class QLabel;
 class QLineEdit;
@@ -31,7 +32,7 @@ private:
     void find(FindStart start);
     bool handleKey(QEvent& event);
     void saveTo(const QString& path);
-    void tell(const QString& message, const QString& details);
+    void tell(const QString& message, const std::string& details);
 
     LogView* m_view;
     QWidget* m_findBar;

@@ -7,7 +7,8 @@
 
 namespace orrery {
 
-/// Alerts and sheets of one window. A sheet is a message box that blocks its window alone; several wait for each other.
+/// Alerts and sheets of one window. A sheet is a message box that blocks its window alone; several wait for each other,
+/// but a matter has one: a later alert about it takes the place of what the open sheet shows.
 class QtAlerts : public Alerts {
 public:
     explicit QtAlerts(QWidget* window) : m_window(window) {}

@@ -246,6 +246,39 @@ TEST_F(DocumentFilesTest, WhatIsNoSetupIsToldAndItsFileKeptWhenSaving) {
     answer(window, "“missing.orrery” could not be opened.", "OK");
 }
 
+TEST_F(DocumentFilesTest, ManyFilesOpenTwentyWindowsAndOneMessage) {
+    std::vector<std::string> paths;
+    for (int number = 0; number < 30; ++number) {
+        const std::string name = files.path() + "many" + std::to_string(number) + ".orrery";
+        std::filesystem::copy(sampleCopy("crop-single.orrery"), name);
+        paths.push_back(files.path() + "missing" + std::to_string(number) + ".orrery");
+        paths.push_back(name);
+    }
+    controller->reopen(paths);
+    EXPECT_EQ(windows().size(), 20U);
+    std::vector<const QMessageBox*> alerts;
+    for (const QWidget* each : QApplication::topLevelWidgets())
+        if (each->objectName() == "alert") alerts.push_back(qobject_cast<const QMessageBox*>(each));
+    ASSERT_EQ(alerts.size(), 1U);
+    const QString text = alerts[0]->text() + alerts[0]->informativeText();
+    for (const char* part :
+         {"20 files could not be opened.", "missing0.orrery", "And 12 more.", "20 files were left out"})
+        EXPECT_TRUE(text.contains(part)) << part << " in " << coreText(text);
+    answer(*windows().back(), "could not be opened", "OK");
+}
+
+TEST_F(DocumentFilesTest, ABrokenModelHasOneSheetHoweverOftenTheWindowComesToTheFront) {
+    DocumentWindow& window = open("crop-single.orrery");
+    const std::string model = window.document().modelFilePath();
+    for (int time = 0; time < 5; ++time) {
+        replaceFile(model, "<database>" + std::string(static_cast<std::size_t>(time), ' '));
+        controller->applicationDidBecomeActive();
+        EXPECT_EQ(window.findChildren<QMessageBox*>("alert").size(), 1);
+    }
+    answer(window, "The model", "OK");
+    EXPECT_EQ(alertOf(window), nullptr);
+}
+
 TEST_F(DocumentFilesTest, RecentSetupsComeMostRecentFirstWithoutMissingOnesAndAreCleared) {
     for (int number = 0; number < 12; ++number) {
         const std::string path = files.write("setup " + std::to_string(number) + "\xff.orrery", "");

@@ -3,11 +3,11 @@
 #include "app/WindowFixture.h"
 #include "platform/qt/QtText.h"
 
-#include <QAbstractButton>
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPointer>
+#include <QPushButton>
 #include <algorithm>
 
 namespace orrery::test {
@@ -25,10 +25,9 @@ protected:
         ASSERT_TRUE(waitFor([&] { return alertOf(window) && alertOf(window)->text().contains(message); }))
             << "no alert: " << coreText(message);
         QMessageBox& box = *alertOf(window);
-        const auto buttons = box.buttons();
-        const auto found = std::ranges::find_if(buttons, [&](auto* each) { return each->text() == button; });
-        ASSERT_NE(found, buttons.end()) << coreText(button);
-        (*found)->click();
+        auto* found = box.findChild<QPushButton*>("alertButton" + button);
+        ASSERT_NE(found, nullptr) << coreText(button);
+        found->click();
         ASSERT_TRUE(waitFor([&] { return alertOf(window) != &box; }));
     }
     /// Waits for the file panel, types the name and accepts; an empty name cancels.

@@ -52,8 +52,8 @@ TEST(ReadableFile, TakesRegularFilesOnlyAndNeverBlocks) {
     const std::vector<std::pair<std::string, std::string>> rows = {{folder.path() + "pipe", "it is a named pipe"},
                                                                    {folder.path(), "it is a directory"},
                                                                    {"/dev/null", "it is a device"},
-                                                                   {folder.path() + "none", "No such file"},
-                                                                   {folder.path() + "loop", "symbolic links"},
+                                                                   {folder.path() + "none", "there is no such file"},
+                                                                   {folder.path() + "loop", "links lead in a circle"},
                                                                    {folder.path() + std::string("a\0b", 3), "NUL"}};
     for (const auto& row : rows) {
         EXPECT_THAT([&] { const ReadableFile file(row.first); }, ThrowsMessage<OrreryError>(HasSubstr(row.second)));
@@ -79,10 +79,10 @@ TEST(ReplaceFile, RefusesWhatIsNoRegularFile) {
         {"dangling", "a file that does not exist"},
         {"circle", "lead in a circle"},
         {"device", "it is a device"},
-        {"none/file", "No such file or directory. No file was made."},
+        {"none/file", "there is no such file or directory. No file was made."},
         {std::string("a\0b", 3), "NUL"},
         {"", "it is a directory"},
-        {std::string(256, 'x'), "File name too long"}};
+        {std::string(256, 'x'), "its name is too long"}};
     for (const auto& row : rows) {
         const auto save = [&] { replaceFile(path + row.first, "new"); };
         EXPECT_THAT(save, ThrowsMessage<OrreryError>(HasSubstr(row.second))) << row.first;

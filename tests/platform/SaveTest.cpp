@@ -98,7 +98,7 @@ TEST_F(Save, KeepsTheOldFileWhateverFailsAndSaysSo) {
     const std::string temporary = ".orrery-";
     const std::string directory = m_folder.path().substr(0, m_folder.path().size() - 1) + ">";
     const std::vector<FaultRow> rows = {
-        {"noSpaceForTheFile", "openat", temporary, "ENOSPC", "No space left on device. The old"},
+        {"noSpaceForTheFile", "openat", temporary, "ENOSPC", "the disk is full. The old"},
         {"readOnlyDirectory", "openat", temporary, "EACCES", "Save it under another name"},
         {"noDescriptorLeft", "openat", temporary, "EMFILE", "Close some documents"},
         {"readOnlyFile", "faccessat", "file", "EROFS", "the file is read-only"},
@@ -150,7 +150,7 @@ TEST_F(Save, SurvivesTheFileSizeLimit) {
     const Outcome outcome = run("( ulimit -f 1; exec SAVE )");
     EXPECT_TRUE(WIFEXITED(outcome.status));
     EXPECT_EQ(WEXITSTATUS(outcome.status), 1);
-    EXPECT_THAT(outcome.error, HasSubstr("File too large. The old file is unchanged. Raise the limit"));
+    EXPECT_THAT(outcome.error, HasSubstr("it would be larger than files may be here. The old file is unchanged. Raise the limit"));
     EXPECT_EQ(contents(), "old");
     EXPECT_EQ(filesInFolder(), 1);
 }

@@ -164,9 +164,9 @@ TEST_F(LogViewTest, SavesTheExactBytesAndTellsWhatFails) {
     EXPECT_EQ(readWholeFile(folder.path() + "log.txt"), bytes);
 
     emit dialog.fileSelected(QString::fromStdString(folder.path() + "none/log.txt"));
-    EXPECT_TRUE(QTest::qWaitFor([&] { return m_panel.findChild<QMessageBox*>("logMessage") != nullptr; }));
-    EXPECT_TRUE(child<QMessageBox>("logMessage").informativeText().contains("none/log.txt"));
-    child<QMessageBox>("logMessage").close();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return m_panel.findChild<QMessageBox*>("alert") != nullptr; }));
+    EXPECT_TRUE(child<QMessageBox>("alert").informativeText().contains("none/log.txt"));
+    child<QMessageBox>("alert").close();
     dialog.close();
 }
 

@@ -1,0 +1,42 @@
+#include "platform/native/SystemCalls.h"
+
+#include <algorithm>
+#include <array>
+#include <system_error>
+
+namespace orrery {
+namespace {
+
+struct Reason {
+    int error;
+    const char* words;
+};
+
+constexpr std::array reasons{
+    Reason{ENOENT, "there is no such file or directory"},
+    Reason{EACCES, "you do not have the permission"},
+    Reason{EPERM, "the system does not permit it"},
+    Reason{EROFS, "the disk is read-only"},
+    Reason{ENOSPC, "the disk is full"},
+    Reason{EDQUOT, "your share of the disk is used up"},
+    Reason{EFBIG, "it would be larger than files may be here"},
+    Reason{EIO, "the disk reports an error"},
+    Reason{EISDIR, "it is a directory"},
+    Reason{ENOTDIR, "a part of its path is no directory"},
+    Reason{ENAMETOOLONG, "its name is too long"},
+    Reason{ELOOP, "its links lead in a circle"},
+    Reason{EMFILE, "Orrery has too many files open"},
+    Reason{ENFILE, "the system has too many files open"},
+    Reason{ENOMEM, "there is not enough memory"},
+    Reason{ENOEXEC, "it is no program for this computer"},
+    Reason{ETXTBSY, "it is being written"},
+};
+
+} // namespace
+
+std::string systemReason(int error) {
+    const auto* const known = std::ranges::find(reasons, error, &Reason::error);
+    return known != reasons.end() ? known->words : std::generic_category().message(error);
+}
+
+} // namespace orrery
