@@ -4,7 +4,6 @@
 #include "app/ModelOutlineView.h"
 #include "app/PendingEdit.h"
 #include "app/PortTableView.h"
-#include "model/PortPaths.h"
 #include "platform/qt/QtText.h"
 #include "ui_MainMenu.h"
 #include "ui_MyDocument.h"
@@ -95,8 +94,9 @@ void EditCommands::nameSteps() {
 
 void EditCommands::validate() {
     nameSteps();
+    const std::optional<PortDirection> direction = selectedDirection();
     for (const PortList list : allLists) {
-        addAction(m_menu, list)->setEnabled(selectedPortsFit(list));
+        addAction(m_menu, list)->setEnabled(direction == portDirection(list));
     }
     const bool hasRows = m_table != nullptr && m_table->hasSelection();
     const auto rows = hasRows ? m_document.controller(m_table->portList()).selection() : std::vector<std::size_t>();
@@ -106,30 +106,20 @@ void EditCommands::validate() {
     m_menu.actionRemoveRows->setEnabled(!rows.empty());
 }
 
-bool EditCommands::selectedPortsFit(PortList list) const {
-    const auto direction = list == PortList::Outputs ? PortDirection::Output : PortDirection::Input;
+std::optional<PortDirection> EditCommands::selectedDirection() const {
     const std::vector<const ModelNode*> nodes = m_ui.outlineView->selectedNodes();
-    return !nodes.empty() && std::ranges::all_of(nodes, [direction](const ModelNode* node) {
-        const std::optional<PortReference> port = portReference(*node);
-        return port && port->direction == direction;
-    });
+    if (nodes.empty()) return std::nullopt;
+    const std::optional<PortDirection> first = portDirection(*nodes.front());
+    const bool agree = std::ranges::all_of(nodes, [&](const ModelNode* node) { return portDirection(*node) == first; });
+    return agree ? first : std::nullopt;
 }
 
 void EditCommands::addSelectedPorts(PortList list) {
-    std::vector<std::size_t> added;
     std::vector<std::string> paths;
     for (const ModelNode* node : m_ui.outlineView->selectedNodes()) {
-        if (const auto port = portReference(*node)) paths.push_back(port->path);
+        if (auto port = portReference(*node)) paths.push_back(std::move(port->path));
     }
-    for (const std::string& path : paths) {
-        m_document.addPort(list, path);
-        added.push_back(m_document.controller(list).arrangedObjects().size() - 1);
-    }
-    PortTableView* table = list == PortList::Outputs           ? m_ui.outputTable
-                           : list == PortList::Initializations ? m_ui.inputTable
-                                                               : m_ui.stepperTable;
-    m_document.controller(list).setSelection(added);
-    table->selectRows(added);
+    m_document.addPorts(list, paths);
 }
 
 void EditCommands::moveRows(int direction) {

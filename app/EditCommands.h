@@ -2,9 +2,11 @@
 
 #include "app/InterfaceDescriptions.h"
 #include "document/MyDocument.h"
+#include "model/PortPaths.h"
 
 #include <QObject>
 #include <QPointer>
+#include <optional>
 
 class QAction;
 
@@ -28,7 +30,8 @@ private:
     void nameSteps();
     void focusChanged(QWidget* now);
     void addSelectedPorts(PortList list);
-    [[nodiscard]] bool selectedPortsFit(PortList list) const;
+    /// Which way all selected nodes face; nothing when they do not agree, or when one is no port.
+    [[nodiscard]] std::optional<PortDirection> selectedDirection() const;
     void moveRows(int direction);
     void removeRows();
     void stepBack(bool redo);

@@ -45,7 +45,21 @@ private:
     bool m_wantsPath;
 };
 
+// Positions are scattered over all numbers: Qt finds the indexes that it keeps by a sum of row and identifier, and
+// where those lie side by side by the thousand, it takes thousands of steps to let one go.
+constexpr std::uint64_t scatter = 0x9E37'79B9'7F4A'7C15;
+constexpr std::uint64_t gather = 0xF1DE'83E1'9937'733D;
+static_assert(scatter * gather == 1);
+
+quintptr identifierOf(std::size_t position) {
+    return static_cast<quintptr>(position * scatter);
+}
+
 } // namespace
+
+std::size_t ModelOutlineModel::position(const QModelIndex& index) {
+    return static_cast<std::size_t>(static_cast<quintptr>(index.internalId() * gather));
+}
 
 void ModelOutlineModel::setTree(const ModelTree& tree) {
     m_items.clear(); // the nodes that it names are gone: nothing may look at them while the views are told
@@ -121,15 +135,32 @@ void ModelOutlineModel::placeItems() {
         if (parent.children == 0) parent.firstChild = static_cast<std::int32_t>(position);
         item.row = parent.children++;
     }
+    countLines();
+}
+
+/// First how many lines a node and all inside it take, from the deepest up; then from the top down where each begins.
+void ModelOutlineModel::countLines() {
+    std::vector<std::int32_t> lines(m_items.size(), 1);
+    for (std::size_t position = m_items.size(); position-- > 0;) {
+        if (const std::int32_t parent = m_items[position].parent; parent >= 0)
+            lines[std::size_t(parent)] += lines[position];
+    }
+    for (std::size_t position = 0; position < m_items.size(); ++position) {
+        Item& item = m_items[position];
+        const bool isFirst = item.row == 0;
+        item.line = !isFirst          ? m_items[position - 1].line + lines[position - 1]
+                    : item.parent < 0 ? 0
+                                      : m_items[std::size_t(item.parent)].line + 1;
+    }
 }
 
 const ModelOutlineModel::Item* ModelOutlineModel::item(const QModelIndex& index) const {
-    return index.isValid() && index.internalId() < m_items.size() ? &m_items[index.internalId()] : nullptr;
+    return index.isValid() && position(index) < m_items.size() ? &m_items[position(index)] : nullptr;
 }
 
 QModelIndex ModelOutlineModel::indexOf(std::int32_t position) const {
     if (position < 0) return {};
-    return createIndex(m_items[std::size_t(position)].row, 0, static_cast<quintptr>(position));
+    return createIndex(m_items[std::size_t(position)].row, 0, identifierOf(std::size_t(position)));
 }
 
 const ModelNode* ModelOutlineModel::node(const QModelIndex& index) const {
@@ -143,6 +174,51 @@ std::vector<QModelIndex> ModelOutlineModel::ancestorsOfMatches() const {
         if (m_items[position].found) found.push_back(indexOf(static_cast<std::int32_t>(position)));
     }
     return found;
+}
+
+std::vector<bool> ModelOutlineModel::positionsOf(const QItemSelection& selection) const {
+    std::vector<bool> positions(m_items.size());
+    for (const QItemSelectionRange& range : selection) {
+        if (!range.isValid()) continue;
+        for (std::size_t each = position(range.topLeft()); each <= position(range.bottomRight()); ++each) {
+            positions[each] = true; // brothers stand together
+        }
+    }
+    return positions;
+}
+
+QItemSelection ModelOutlineModel::selectionOf(const std::vector<bool>& positions) const {
+    QItemSelection selection;
+    const auto indexAt = [this](std::size_t position) { return indexOf(static_cast<std::int32_t>(position)); };
+    for (std::size_t begin = 0; begin < positions.size(); ++begin) {
+        if (!positions[begin]) continue;
+        std::size_t end = begin + 1;
+        while (end < positions.size() && positions[end] && m_items[end].parent == m_items[begin].parent)
+            ++end;
+        selection.append(QItemSelectionRange(indexAt(begin), indexAt(end - 1)));
+        begin = end - 1;
+    }
+    return selection;
+}
+
+std::vector<bool> ModelOutlineModel::inSight(const std::function<bool(const QModelIndex&)>& isExpanded) const {
+    std::vector<bool> shown(m_items.size());
+    std::vector<bool> open(m_items.size());
+    for (std::size_t position = 0; position < m_items.size(); ++position) {
+        const Item& item = m_items[position];
+        shown[position] = item.parent < 0 || open[std::size_t(item.parent)];
+        open[position] = shown[position] && item.children > 0 && isExpanded(indexOf(std::int32_t(position)));
+    }
+    return shown;
+}
+
+std::vector<std::size_t> ModelOutlineModel::inTreeOrder(const std::vector<bool>& positions) const {
+    std::vector<std::size_t> onLine(m_items.size(), m_items.size()); // the size stands for none
+    for (std::size_t position = 0; position < positions.size(); ++position) {
+        if (positions[position]) onLine[std::size_t(m_items[position].line)] = position;
+    }
+    std::erase(onLine, m_items.size());
+    return onLine;
 }
 
 std::string ModelOutlineModel::path(const QModelIndex& index) const {
@@ -173,8 +249,7 @@ QModelIndex ModelOutlineModel::indexForPath(std::string_view path) const {
 QModelIndex ModelOutlineModel::index(int row, int column, const QModelIndex& parent) const {
     if (row < 0 || column != 0 || row >= rowCount(parent)) return {};
     const Item* owner = item(parent);
-    const int position = (owner == nullptr ? 0 : owner->firstChild) + row;
-    return createIndex(row, 0, quintptr(position));
+    return createIndex(row, 0, identifierOf(std::size_t((owner == nullptr ? 0 : owner->firstChild) + row)));
 }
 
 QModelIndex ModelOutlineModel::parent(const QModelIndex& child) const {

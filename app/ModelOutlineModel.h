@@ -3,8 +3,10 @@
 #include "model/ModelTree.h"
 
 #include <QAbstractItemModel>
+#include <QItemSelection>
 #include <QString>
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 namespace orrery {
@@ -31,6 +33,17 @@ public:
     [[nodiscard]] std::size_t shownCount() const { return m_items.size(); }
     /// What a filter has found inside of; to be expanded.
     [[nodiscard]] std::vector<QModelIndex> ancestorsOfMatches() const;
+
+    // Sets of nodes, by their positions in the table.
+    [[nodiscard]] static std::size_t position(const QModelIndex& index);
+    [[nodiscard]] std::vector<bool> positionsOf(const QItemSelection& selection) const;
+    [[nodiscard]] QItemSelection selectionOf(const std::vector<bool>& positions) const;
+    /// What a view shows that has expanded the nodes of which the function says so.
+    [[nodiscard]] std::vector<bool> inSight(const std::function<bool(const QModelIndex&)>& isExpanded) const;
+    /// Those of the nodes that are in the set, from the top of the outline to its end when all is expanded.
+    [[nodiscard]] std::vector<std::size_t> inTreeOrder(const std::vector<bool>& positions) const;
+    [[nodiscard]] const ModelNode& nodeAt(std::size_t position) const { return *m_items[position].node; }
+
     /// The names from the top of the outline down, joined by slashes, and what is shown under them.
     [[nodiscard]] std::string path(const QModelIndex& index) const;
     [[nodiscard]] QModelIndex indexForPath(std::string_view path) const;
@@ -47,6 +60,7 @@ private:
         const ModelNode* node;
         std::int32_t parent; // position in the table, -1 at the top
         std::int32_t row = 0;
+        std::int32_t line = 0; // when all is expanded
         std::int32_t firstChild = 0;
         std::int32_t children = 0;
         bool found = false; // a filter has found something inside
@@ -56,6 +70,7 @@ private:
     [[nodiscard]] std::vector<Item> allItems() const;
     [[nodiscard]] std::vector<Item> filteredItems(std::vector<Item> items) const;
     void placeItems();
+    void countLines();
     [[nodiscard]] const Item* item(const QModelIndex& index) const;
     [[nodiscard]] QModelIndex indexOf(std::int32_t position) const;
 

@@ -3,6 +3,7 @@
 #include "app/DragPicture.h"
 #include "app/EmptyStateText.h"
 #include "app/ModelOutlineModel.h"
+#include "app/OutlineSelection.h"
 #include "document/MyDocument.h"
 #include "platform/qt/QtPasteboard.h"
 #include "platform/qt/QtText.h"
@@ -10,7 +11,9 @@
 #include <QDrag>
 #include <QMimeData>
 #include <QScopedValueRollback>
+#include <QTimer>
 #include <algorithm>
+#include <functional>
 
 namespace orrery {
 
@@ -21,8 +24,11 @@ constexpr std::size_t mostExpandedAtOnce = 2000; // by a filter: nobody reads mo
 
 } // namespace
 
-ModelOutlineView::ModelOutlineView(QWidget* parent) : QTreeView(parent), m_model(new ModelOutlineModel(this)) {
+ModelOutlineView::ModelOutlineView(QWidget* parent)
+    : QTreeView(parent), m_model(new ModelOutlineModel(this)), m_selection(new OutlineSelection(*m_model, this)) {
     setModel(m_model);
+    delete selectionModel(); // the view's own
+    setSelectionModel(m_selection);
     setContextMenuPolicy(Qt::ActionsContextMenu);
     connect(this, &QTreeView::expanded, this, [this](const QModelIndex& index) { rememberExpanded(index, true); });
     connect(this, &QTreeView::collapsed, this, [this](const QModelIndex& index) { rememberExpanded(index, false); });
@@ -34,6 +40,7 @@ void ModelOutlineView::setDocument(const MyDocument& document) {
 }
 
 void ModelOutlineView::release() {
+    m_selection->reset();
     setModel(nullptr);
     m_document = nullptr;
 }
@@ -103,6 +110,7 @@ void ModelOutlineView::expandRemembered(const QModelIndex& parent, const std::st
 }
 
 void ModelOutlineView::rememberExpanded(const QModelIndex& index, bool isNowExpanded) {
+    followExpansion();
     if (m_isRestoring || !m_model->filter().isEmpty()) return;
     if (isNowExpanded) {
         m_expandedPaths.insert(m_model->path(index));
@@ -121,14 +129,56 @@ void ModelOutlineView::selectionChanged(const QItemSelection& selected, const QI
     if (!m_isRestoring) emit selectedNodesChanged();
 }
 
+/// Once for any number of nodes that are expanded together.
+void ModelOutlineView::followExpansion() {
+    if (m_isRestoring || m_tellsSoon || !m_selection->hasSelection()) return;
+    m_tellsSoon = true;
+    QTimer::singleShot(0, this, [this] {
+        m_tellsSoon = false;
+        emit selectedNodesChanged();
+    });
+}
+
+std::vector<bool> ModelOutlineView::inSight() const {
+    return m_model->inSight([this](const QModelIndex& index) { return isExpanded(index); });
+}
+
 std::vector<const ModelNode*> ModelOutlineView::selectedNodes() const {
-    QModelIndexList indexes = selectedIndexes();
-    std::ranges::sort(indexes, {}, [this](const QModelIndex& index) { return visualRect(index).top(); });
+    if (!m_selection->hasSelection()) return {};
+    std::vector<bool> chosen = m_selection->positions();
+    const std::vector<bool> seen = inSight();
+    std::transform(chosen.begin(), chosen.end(), seen.begin(), chosen.begin(), std::logical_and());
     std::vector<const ModelNode*> nodes;
-    for (const QModelIndex& index : indexes) {
-        nodes.push_back(m_model->node(index));
+    for (const std::size_t position : m_model->inTreeOrder(chosen)) {
+        nodes.push_back(&m_model->nodeAt(position));
     }
     return nodes;
+}
+
+void ModelOutlineView::selectAll() {
+    m_selection->select(m_model->selectionOf(inSight()), QItemSelectionModel::ClearAndSelect);
+}
+
+/// From the first node that the rectangle touches to the last, by the mouse or by Shift and a key; what is beside the
+/// rows stands for the first or the last row.
+void ModelOutlineView::setSelection(const QRect& rect, QItemSelectionModel::SelectionFlags command) {
+    const auto [top, bottom] = std::minmax(rect.top(), rect.bottom());
+    const QModelIndex first = indexAt({rect.left(), top});
+    const QModelIndex last = indexAt({rect.left(), bottom});
+    if (rect.isNull() || (!first.isValid() && !last.isValid())) return QTreeView::setSelection(rect, command);
+    std::vector<std::size_t> shown = m_model->inTreeOrder(inSight());
+    const auto place = [&](const QModelIndex& index) { return std::ranges::find(shown, m_model->position(index)); };
+    const auto begin = first.isValid() ? place(first) : shown.begin();
+    const auto end = last.isValid() ? place(last) + 1 : shown.end();
+    std::vector<bool> touched(m_model->shownCount());
+    std::for_each(begin, end, [&touched](std::size_t position) { touched[position] = true; });
+    m_selection->select(m_model->selectionOf(touched), command);
+}
+
+/// Of a large selection all is painted anew: to find its rows takes longer.
+QRegion ModelOutlineView::visualRegionForSelection(const QItemSelection& selection) const {
+    constexpr qsizetype fewRanges = 50;
+    return selection.size() > fewRanges ? viewport()->rect() : QTreeView::visualRegionForSelection(selection);
 }
 
 void ModelOutlineView::startDrag(Qt::DropActions /*supportedActions*/) {

@@ -61,10 +61,6 @@ void PortTableModel::reload() {
     if (rows > 0) emit dataChanged(index(0, 0), index(rows - 1, columnCount() - 1));
 }
 
-PortDirection PortTableModel::direction() const {
-    return m_list == PortList::Outputs ? PortDirection::Output : PortDirection::Input;
-}
-
 bool PortTableModel::holdsNumbers(int column) const {
     constexpr std::array<std::string_view, 4> numbers = {"value", "start", "step", "stop"};
     return std::ranges::find(numbers, field(column).key) != numbers.end();
@@ -133,7 +129,7 @@ QVariant PortTableModel::data(const QModelIndex& index, int role) const {
 }
 
 QVariant PortTableModel::portData(const QString& path, int role) const {
-    const QString fault = qtText(m_document.portFaults().fault(coreText(path), direction()).words);
+    const QString fault = qtText(m_document.portFaults().fault(coreText(path), portDirection(m_list)).words);
     switch (role) {
     case Qt::DisplayRole:
         return path.isEmpty() ? tr("No port yet") : path;
@@ -142,7 +138,7 @@ QVariant PortTableModel::portData(const QString& path, int role) const {
     case Qt::AccessibleDescriptionRole:
         return fault;
     case Qt::DecorationRole:
-        return fault.isEmpty() ? portIcon(direction()) : warningIcon();
+        return fault.isEmpty() ? portIcon(portDirection(m_list)) : warningIcon();
     case Qt::FontRole:
         if (!fault.isEmpty()) {
             QFont italic = QApplication::font("QAbstractItemView");

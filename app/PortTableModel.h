@@ -19,7 +19,6 @@ public:
     /// The list has changed, or what is known of its ports.
     void reload();
     [[nodiscard]] PortList portList() const { return m_list; }
-    [[nodiscard]] PortDirection direction() const;
     /// Whether the column holds single numbers, which the cell formatter reads.
     [[nodiscard]] bool holdsNumbers(int column) const;
     [[nodiscard]] static constexpr int portColumn() { return 0; }

@@ -17,6 +17,23 @@
 
 namespace orrery {
 
+namespace {
+
+/// Rows that follow each other as one stretch: the selection's time grows with the square of the stretches.
+QItemSelection selectionOf(const PortTableModel& model, const std::vector<std::size_t>& rows) {
+    QItemSelection selection;
+    for (std::size_t first = 0, end = 0; first < rows.size(); first = end) {
+        end = first + 1;
+        while (end < rows.size() && rows[end] == rows[end - 1] + 1)
+            ++end;
+        selection.append(QItemSelectionRange(model.index(static_cast<int>(rows[first]), 0),
+                                             model.index(static_cast<int>(rows[end - 1]), 0)));
+    }
+    return selection;
+}
+
+} // namespace
+
 PortTableView::PortTableView(QWidget* parent) : QTableView(parent) {
     auto* delegate = new PortCellDelegate(this);
     setItemDelegate(delegate);
@@ -70,12 +87,8 @@ void PortTableView::selectRows(const std::vector<std::size_t>& rows) {
     if (m_document == nullptr) return;
     if (rows != selectedRowNumbers()) {
         const QScopedValueRollback reloading(m_isReloading, true);
-        QItemSelection selection;
-        for (const std::size_t row : rows) {
-            const QModelIndex index = m_model->index(static_cast<int>(row), 0);
-            selection.select(index, index);
-        }
-        selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+        selectionModel()->select(selectionOf(*m_model, rows),
+                                 QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
         if (!rows.empty() && std::ranges::find(rows, std::size_t(currentIndex().row())) == rows.end()) {
             const int column = std::max(currentIndex().column(), 0);
             selectionModel()->setCurrentIndex(m_model->index(static_cast<int>(rows.front()), column),

@@ -8,6 +8,7 @@
 
 #include <QApplication>
 #include <QImage>
+#include <QKeyEvent>
 #include <array>
 #include <cstddef>
 #include <string>
@@ -68,6 +69,34 @@ BENCHMARK(filter)
     ->ArgName("parts")
     ->Arg(1000)
     ->Arg(7700)
+    ->Unit(benchmark::kMillisecond);
+
+/// All of a model that is wide open, and then from its first to its last row, as Ctrl+A and Shift+End do; with what the
+/// commands ask after each.
+void select(benchmark::State& state) {
+    Outline outline(static_cast<std::size_t>(state.range(0)));
+    outline.view().reloadData();
+    outline.view().expandAll();
+    const bool byStretch = state.range(1) != 0;
+    while (state.KeepRunning()) {
+        if (byStretch) {
+            outline.view().setCurrentIndex(outline.view().model()->index(0, 0));
+            QKeyEvent key(QEvent::KeyPress, Qt::Key_End, Qt::ShiftModifier);
+            QCoreApplication::sendEvent(&outline.view(), &key);
+        } else {
+            outline.view().selectAll();
+        }
+        benchmark::DoNotOptimize(outline.view().selectedNodes());
+        outline.paint();
+    }
+    state.counters["nodes"] = static_cast<double>(outline.view().selectedNodes().size());
+}
+BENCHMARK(select)
+    ->Name("outline, select all rows")
+    ->ArgNames({"parts", "stretched"})
+    ->Args({1000, 0})
+    ->Args({7700, 0})
+    ->Args({7700, 1})
     ->Unit(benchmark::kMillisecond);
 
 } // namespace

@@ -92,9 +92,10 @@ void MyDocument::mend(const SetupPlace& place, const std::string& value) {
     }
 }
 
-void MyDocument::addPort(PortList list, const std::string& portPath) {
-    edit(fmt::format("Add {}", listWord(list)), [&] {
-        controller(list).drop(portPath, controller(list).arrangedObjects().size(), DropOperation::Above);
+void MyDocument::addPorts(PortList list, const std::vector<std::string>& portPaths) {
+    if (portPaths.empty()) return;
+    edit(fmt::format("Add {}{}", listWord(list), portPaths.size() > 1 ? "s" : ""), [&] {
+        controller(list).addPorts(portPaths);
         updateChangeCount(ChangeKind::Done);
     });
 }

@@ -99,8 +99,9 @@ public:
     void editStartDay(std::optional<Date> date);
     /// Sets a field of an entry; an empty value leaves the entry without it.
     void editEntry(PortList list, std::size_t row, std::string_view key, std::string value);
-    /// Appends an entry for the port, as a drop behind the last row does.
-    void addPort(PortList list, const std::string& portPath);
+    /// Appends an entry for each port, as a drop behind the last row does, and selects them.
+    void addPorts(PortList list, const std::vector<std::string>& portPaths);
+    void addPort(PortList list, const std::string& portPath) { addPorts(list, {portPath}); }
     /// Moves the selected rows of the list up (-1) or down (1) by one place; at its end they stay.
     void moveSelected(PortList list, int direction);
     [[nodiscard]] bool canUndo() const { return m_undo.canUndo(); }

@@ -32,6 +32,15 @@ void ListController::addObject(Entry entry) {
     show();
 }
 
+void ListController::addPorts(const std::vector<std::string>& portPaths) {
+    m_selection.clear();
+    for (const std::string& path : portPaths) {
+        m_selection.push_back(entries().size());
+        entries().push_back(entryForPort(path));
+    }
+    show();
+}
+
 void ListController::removeSelected() {
     if (m_selection.empty()) return;
     removeRows(entries(), m_selection);

@@ -27,9 +27,10 @@ public:
     void setView(ListView* view) { m_view = view; } // not owned
     void setSelection(std::vector<std::size_t> rows);
 
-    void add();                  // appends a new empty entry and selects it
-    void addObject(Entry entry); // appends the entry and selects it
-    void removeSelected();       // the controller's remove:
+    void add();                                               // appends a new empty entry and selects it
+    void addObject(Entry entry);                              // appends the entry and selects it
+    void addPorts(const std::vector<std::string>& portPaths); // appends an entry for each and selects them
+    void removeSelected();                                    // the controller's remove:
     void drop(const std::string& portPath, std::size_t row, DropOperation operation); // selection keeps its entries
     void move(const std::vector<std::size_t>& rows, std::size_t row);                 // selects the moved entries
     /// Sets one field of an entry, or removes it when the value is empty; an empty key or a row outside the list is a

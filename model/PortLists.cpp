@@ -67,6 +67,10 @@ std::string_view portPboardType(PortList list) {
     return traitsOf(list).portType;
 }
 
+PortDirection portDirection(PortList list) {
+    return list == PortList::Outputs ? PortDirection::Output : PortDirection::Input;
+}
+
 std::string_view rowPboardType(PortList list) {
     return traitsOf(list).rowType;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "document/setup/SetupDictionary.h"
+#include "model/PortPaths.h"
 #include "platform/Pasteboard.h"
 
 #include <cstddef>
@@ -25,6 +26,8 @@ inline constexpr std::string_view stepperPboardType = "StepperPboardType";
 [[nodiscard]] std::string_view listKey(PortList list);
 /// The type of ports that may be dropped on the list.
 [[nodiscard]] std::string_view portPboardType(PortList list);
+/// Which way the list's ports face.
+[[nodiscard]] PortDirection portDirection(PortList list);
 /// The type of the list's own rows while they are dragged.
 [[nodiscard]] std::string_view rowPboardType(PortList list);
 

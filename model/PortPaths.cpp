@@ -166,12 +166,16 @@ std::string pathForNode(const ModelNode& node) {
     return path;
 }
 
-std::optional<PortReference> portReference(const ModelNode& node) {
+std::optional<PortDirection> portDirection(const ModelNode& node) {
     const ModelNode* group = node.parent;
     if (group == nullptr || group->kind != ModelNodeKind::PortGroup || group->parent == nullptr) return std::nullopt;
-    const bool isInput = group->name() == groupName(PortDirection::Input);
-    return PortReference{("/" + pathForNode(*group->parent) + "/").append(node.name()),
-                         isInput ? PortDirection::Input : PortDirection::Output};
+    return group->name() == groupName(PortDirection::Input) ? PortDirection::Input : PortDirection::Output;
+}
+
+std::optional<PortReference> portReference(const ModelNode& node) {
+    const std::optional<PortDirection> direction = portDirection(node);
+    if (!direction) return std::nullopt;
+    return PortReference{("/" + pathForNode(*node.parent->parent) + "/").append(node.name()), *direction};
 }
 
 const ModelNode* findPort(const ModelTree& tree, std::string_view portPath, PortDirection direction) {

@@ -23,6 +23,9 @@ struct PortReference {
     PortDirection direction = PortDirection::Input;
 };
 
+/// std::nullopt when the node is no port in an "inputs" or "outputs" group.
+[[nodiscard]] std::optional<PortDirection> portDirection(const ModelNode& node);
+
 /// How setups name a port; std::nullopt when the node is no port in an "inputs" or "outputs" group.
 [[nodiscard]] std::optional<PortReference> portReference(const ModelNode& node);
 

@@ -102,6 +102,18 @@ TEST_F(DragAndDrop, OfSeveralSelectedPortsTheFirstShownIsDragged) {
     drag(nodePoint("Moth/Eggs/inputs/delay"), rowPoint(table("inputTable"), 1));
     ASSERT_TRUE(waitFor([&] { return ports(PortList::Initializations).size() == 2; }));
     EXPECT_EQ(ports(PortList::Initializations).back(), "/Orchard/Moth/Eggs/inflow");
+
+    // What lies in a collapsed group is not seen, so it is not taken, nor does it stand before what is.
+    outline().setCurrentIndex(showNode("Moth/Eggs/inputs/inflow"));
+    const QModelIndex seen = showNode("Weather/outputs/mean temperature");
+    outline().selectionModel()->select(seen, QItemSelectionModel::Select);
+    outline().collapse(showNode("Moth"));
+    ASSERT_TRUE(waitFor([&] { return action(*window, "actionAddToOutputs").isEnabled(); }));
+    drag(nodePoint("Weather/outputs/mean temperature"), rowPoint(table("outputTable"), 0));
+    ASSERT_TRUE(waitFor([&] { return ports(PortList::Outputs).size() == 1; }));
+    outline().selectionModel()->select(seen, QItemSelectionModel::Deselect);
+    action(*window, "actionAddToInitializations").trigger();
+    EXPECT_EQ(ports(PortList::Initializations).size(), 2U);
 }
 
 } // namespace

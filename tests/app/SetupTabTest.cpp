@@ -9,8 +9,11 @@
 
 #include <QDateTimeEdit>
 #include <QLabel>
+#include <QSet>
 #include <QTextCursor>
 #include <QToolTip>
+#include <array>
+#include <random>
 
 namespace orrery::test {
 namespace {
@@ -313,6 +316,61 @@ TEST_F(SetupTabTest, AModelOfAHundredThousandNodesIsShownAndFiltered) {
     EXPECT_EQ(model.shownCount(), 3U + 9); // level, part, group, ports
     field("modelFilter").clear();
     EXPECT_GT(model.shownCount(), 100'000U);
+}
+
+TEST_F(SetupTabTest, AHundredThousandNodesAreSelectedInTheOrderOfTheTreeAndAddedInOneStep) {
+    window = &openNew();
+    window->document().useModel(files.write("large.xml", largeModel(830)));
+    outline().expandAll();
+    outline().setFocus();
+    press("ctrl+a");
+    auto& model = static_cast<ModelOutlineModel&>(*outline().model());
+    ASSERT_TRUE(waitFor([&] { return outline().selectedNodes().size() == model.shownCount(); }));
+    EXPECT_FALSE(action(*window, "actionAddToOutputs").isEnabled());
+    press("Home");
+    press("shift+End");
+    ASSERT_TRUE(waitFor([&] { return outline().selectedNodes().size() == model.shownCount(); }));
+    EXPECT_EQ(outline().selectedNodes()[5]->name(), "port l0p0o1"); // behind level, part, two groups and its brother
+    outline().clearSelection();
+    std::vector<bool> outputs(model.shownCount());
+    for (std::size_t position = 0; position < outputs.size(); ++position) {
+        outputs[position] = model.nodeAt(position).kind == ModelNodeKind::Port;
+    }
+    outline().selectionModel()->select(model.selectionOf(outputs), QItemSelectionModel::Select);
+    press("ctrl+shift+o");
+    ASSERT_TRUE(waitFor([&] { return ports(PortList::Outputs).size() == 830U * 90; }));
+    EXPECT_EQ(ports(PortList::Outputs)[9], "/Large/level l0/part l0p1/port l0p1o0");
+    EXPECT_EQ(action(*window, "actionUndo").text(), "&Undo Add Outputs");
+    press("ctrl+z");
+    ASSERT_TRUE(waitFor([&] { return ports(PortList::Outputs).empty(); }));
+}
+
+TEST_F(SetupTabTest, TheOutlineSelectsAsAnyTreeDoes) {
+    openSample("insect-two-steppers.orrery");
+    outline().expandAll();
+    QItemSelectionModel plain(outline().model());
+    std::mt19937 random(7);
+    const auto some = [&random](int count) { return std::uniform_int_distribution(0, count - 1)(random); };
+    for (int step = 0; step < 2000; ++step) {
+        QModelIndex parent;
+        for (int depth = some(4); depth > 0 && outline().model()->rowCount(parent) > 0; --depth) {
+            parent = outline().model()->index(some(outline().model()->rowCount(parent)), 0, parent);
+        }
+        if (outline().model()->rowCount(parent) == 0) parent = parent.parent();
+        const int first = some(outline().model()->rowCount(parent));
+        const int last = first + some(outline().model()->rowCount(parent) - first);
+        const QItemSelection range(outline().model()->index(first, 0, parent),
+                                   outline().model()->index(last, 0, parent));
+        constexpr std::array commands = {QItemSelectionModel::ClearAndSelect, QItemSelectionModel::Select,
+                                         QItemSelectionModel::Deselect,       QItemSelectionModel::Toggle,
+                                         QItemSelectionModel::NoUpdate,       QItemSelectionModel::SelectCurrent,
+                                         QItemSelectionModel::ToggleCurrent,  QItemSelectionModel::Clear};
+        const auto command = commands[std::size_t(some(commands.size()))];
+        plain.select(range, command);
+        outline().selectionModel()->select(range, command);
+        const auto all = [](QModelIndexList list) { return QSet<QModelIndex>(list.begin(), list.end()); };
+        ASSERT_EQ(all(outline().selectionModel()->selectedIndexes()), all(plain.selectedIndexes())) << step;
+    }
 }
 
 } // namespace
