@@ -4,6 +4,7 @@
 #include "platform/Files.h"
 #include "platform/OrreryError.h"
 #include "platform/TemporaryDirectory.h"
+#include "platform/qt/ReadableText.h"
 
 #include <QtGlobal>
 #include <utility>
@@ -23,6 +24,7 @@ ApplicationServices::ApplicationServices(std::unique_ptr<UserDefaults> defaults)
     }
     registerResources();
     useOwnIcons();
+    installAccessibility();
 }
 
 DocumentServices ApplicationServices::forDocuments() {

@@ -9,6 +9,7 @@
 #include "app/ShowEdit.h"
 #include "document/Toolbar.h"
 #include "platform/qt/QtText.h"
+#include "platform/qt/ReadableText.h"
 #include "ui_MainMenu.h"
 #include "ui_MyDocument.h"
 
@@ -38,6 +39,7 @@ DocumentWindow::DocumentWindow(ApplicationServices& services, std::unique_ptr<My
     m_menu->setupUi(this);
     adaptIconsOfMenus(*this);
     m_ui->setupUi(this);
+    readLabelsByTheirText(*this);
     m_openPanel.setWords(tr("Choose a model"), tr("Models"));
     setAcceptDrops(true); // of files
     m_files = std::make_unique<DocumentFiles>(*m_document, *this, m_alerts, m_services.defaults());

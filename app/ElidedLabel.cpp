@@ -1,5 +1,7 @@
 #include "app/ElidedLabel.h"
 
+#include "platform/qt/QtElision.h"
+
 #include <QPainter>
 #include <QStyle>
 
@@ -12,7 +14,7 @@ QSize ElidedLabel::minimumSizeHint() const {
 
 void ElidedLabel::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
-    const QString shown = fontMetrics().elidedText(text(), Qt::ElideLeft, contentsRect().width());
+    const QString shown = elidedName(text(), fontMetrics(), contentsRect().width());
     style()->drawItemText(&painter, contentsRect(), static_cast<int>(alignment() | Qt::TextSingleLine), palette(),
                           isEnabled(), shown, foregroundRole());
 }

@@ -4,7 +4,8 @@
 
 namespace orrery {
 
-/// A label of one line that leaves out the front of a text that is too long; the tool tip has it whole.
+/// A label of one line with a name in it, which is shortened in the middle where it is too long; the tool tip has it
+/// whole.
 class ElidedLabel : public QLabel {
     Q_OBJECT
 

@@ -8,24 +8,34 @@ namespace orrery {
 
 namespace {
 
-class EscapeFilter : public QObject {
+class KeyFilter : public QObject {
 public:
-    EscapeFilter(QObject* parent, std::function<void()> action) : QObject(parent), m_action(std::move(action)) {}
+    KeyFilter(QObject* parent, Qt::Key key, std::function<void()> action)
+        : QObject(parent), m_key(key), m_action(std::move(action)) {}
 
     bool eventFilter(QObject* /*watched*/, QEvent* event) override {
-        if (event->type() != QEvent::KeyPress || static_cast<QKeyEvent*>(event)->key() != Qt::Key_Escape) return false;
+        if (event->type() != QEvent::KeyPress) return false;
+        const auto& pressed =
+            static_cast<QKeyEvent&>(*event); // NOLINT(cppcoreguidelines-pro-type-static-cast-downcast)
+        const bool isAlone = (pressed.modifiers() & ~Qt::KeyboardModifiers(Qt::KeypadModifier)) == Qt::NoModifier;
+        if (pressed.key() != m_key || !isAlone) return false;
         m_action();
         return true;
     }
 
 private:
+    Qt::Key m_key;
     std::function<void()> m_action;
 };
 
 } // namespace
 
+void letKeyDo(QWidget& field, Qt::Key key, std::function<void()> action) {
+    field.installEventFilter(new KeyFilter(&field, key, std::move(action)));
+}
+
 void letEscapeDo(QWidget& field, std::function<void()> action) {
-    field.installEventFilter(new EscapeFilter(&field, std::move(action)));
+    letKeyDo(field, Qt::Key_Escape, std::move(action));
 }
 
 } // namespace orrery

@@ -155,16 +155,27 @@ std::vector<const ModelNode*> ModelOutlineView::selectedNodes() const {
     return nodes;
 }
 
+void ModelOutlineView::enter() {
+    if (!currentIndex().isValid()) setCurrentIndex(m_model->index(0, 0));
+    setFocus(Qt::OtherFocusReason);
+}
+
 void ModelOutlineView::selectAll() {
     m_selection->select(m_model->selectionOf(inSight()), QItemSelectionModel::ClearAndSelect);
+}
+
+/// Also far above what is shown. Qt rounds towards what is shown, and so is one row off there.
+QModelIndex ModelOutlineView::rowAt(int x, int y) {
+    const bool isRounded = y < 0 && verticalScrollMode() == ScrollPerItem;
+    return indexAt({x, isRounded ? y + 1 - rowHeight(m_model->index(0, 0)) : y});
 }
 
 /// From the first node that the rectangle touches to the last, by the mouse or by Shift and a key; what is beside the
 /// rows stands for the first or the last row.
 void ModelOutlineView::setSelection(const QRect& rect, QItemSelectionModel::SelectionFlags command) {
-    const auto [top, bottom] = std::minmax(rect.top(), rect.bottom());
-    const QModelIndex first = indexAt({rect.left(), top});
-    const QModelIndex last = indexAt({rect.left(), bottom});
+    const auto [top, bottom] = std::minmax({rect.top(), rect.bottom()});
+    const QModelIndex first = rowAt(rect.left(), top);
+    const QModelIndex last = rowAt(rect.left(), bottom);
     if (rect.isNull() || (!first.isValid() && !last.isValid())) return QTreeView::setSelection(rect, command);
     std::vector<std::size_t> shown = m_model->inTreeOrder(inSight());
     const auto place = [&](const QModelIndex& index) { return std::ranges::find(shown, m_model->position(index)); };

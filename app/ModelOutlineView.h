@@ -30,6 +30,7 @@ public:
     void selectRows(const std::vector<std::size_t>& /*rows*/) override {} // the document selects nothing here
     void setFilter(const QString& text);
     void selectAll() override; // that can be scrolled to
+    void enter();              // takes the keyboard, with the first row where none was current
 
     /// The selected nodes in the order in which they are shown. What lies in a collapsed node is not among them: it
     /// keeps its selection, for when the node is expanded again, but nobody sees that it has one.
@@ -50,6 +51,7 @@ private:
     void rememberExpanded(const QModelIndex& index, bool isNowExpanded);
     void followExpansion();
     [[nodiscard]] std::vector<bool> inSight() const;
+    [[nodiscard]] QModelIndex rowAt(int x, int y);
     void restoreState();
     void expandRemembered(const QModelIndex& parent, const std::string& prefix);
     void expandAtFirst();

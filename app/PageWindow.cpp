@@ -1,5 +1,6 @@
 #include "app/PageWindow.h"
 
+#include "app/WindowLayout.h"
 #include "ui_ReleaseNotes.h"
 
 #include <QDesktopServices>
@@ -20,6 +21,7 @@ bool exists(const QUrl& page) {
 
 PageWindow::PageWindow(const QString& title, const QUrl& page) : m_ui(std::make_unique<Ui::ReleaseNotes>()) {
     m_ui->setupUi(this);
+    resize(sizeOnScreen(size()));
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowTitle(title);
     setAcceptDrops(true); // of files

@@ -5,6 +5,7 @@
 #include "app/PictureCommands.h"
 #include "app/PlotEdits.h"
 #include "app/PlotMouse.h"
+#include "app/PlotTabOrder.h"
 #include "app/RunStateWords.h"
 #include "app/ShowEdit.h"
 #include "platform/qt/QtGlSurface.h"
@@ -109,6 +110,7 @@ void PlotTab::addOutlets(DocumentOutlets& outlets) {
 void PlotTab::refresh() {
     m_sweepSettings.reloadData();
     m_responseSettings.reloadData();
+    orderPlotTab(m_ui);
     follow();
 }
 

@@ -2,8 +2,10 @@
 
 #include "app/PortTableModel.h"
 #include "app/UndoPassThrough.h"
+#include "platform/qt/QtElision.h"
 
 #include <QLineEdit>
+#include <QStyle>
 
 namespace orrery {
 
@@ -26,7 +28,13 @@ void PortCellDelegate::setModelData(QWidget* editor, QAbstractItemModel* model, 
 
 void PortCellDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const {
     QStyledItemDelegate::initStyleOption(option, index);
-    option->textElideMode = Qt::ElideLeft; // the end of a path tells more than its beginning
+    option->textElideMode = Qt::ElideMiddle;
+    const QWidget* table = option->widget;
+    if (table == nullptr || option->rect.isEmpty()) return; // nothing is drawn: the cell is measured
+    const QStyle* style = table->style();
+    const int margin = style->pixelMetric(QStyle::PM_FocusFrameHMargin, option, table) + 1; // as the style leaves it
+    const int width = style->subElementRect(QStyle::SE_ItemViewItemText, option, table).width() - 2 * margin;
+    option->text = elidedName(option->text, option->fontMetrics, width);
 }
 
 } // namespace orrery

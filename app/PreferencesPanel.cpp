@@ -7,6 +7,7 @@
 #include "app/WindowLayout.h"
 #include "platform/Files.h"
 #include "platform/qt/QtText.h"
+#include "platform/qt/ReadableText.h"
 #include "ui_Preferences.h"
 
 namespace orrery {
@@ -14,6 +15,7 @@ namespace orrery {
 PreferencesPanel::PreferencesPanel(AppController& application)
     : m_application(application), m_ui(std::make_unique<Ui::Preferences>()) {
     m_ui->setupUi(this);
+    readLabelsByTheirText(*this);
     connect(m_ui->restoreLayout, &QCheckBox::toggled, this,
             [this](bool restores) { setRestoresWindowLayout(m_application.defaults(), restores); });
     connect(m_ui->logFontSize, &QSpinBox::valueChanged, this, [this](int points) {

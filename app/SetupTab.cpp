@@ -7,6 +7,7 @@
 #include "app/PendingEdit.h"
 #include "app/PortTableView.h"
 #include "app/ProblemsView.h"
+#include "app/Scrollable.h"
 #include "app/ShowPlace.h"
 #include "app/UndoPassThrough.h"
 #include "platform/qt/OptionalDateEdit.h"
@@ -73,6 +74,7 @@ void SetupTab::addOutlets(DocumentOutlets& outlets) {
 }
 
 void SetupTab::layOut() {
+    makeScrollable(*m_ui.setupTab);
     m_ui.mainSplitter->setStretchFactor(0, 0);
     m_ui.mainSplitter->setStretchFactor(1, 1);
     m_ui.mainSplitter->setSizes({240, 760});
@@ -96,6 +98,7 @@ void SetupTab::connectSettings() {
         connect(setting.field, &QLineEdit::editingFinished, this, [this, setting] { commit(setting); });
     }
     letEscapeDo(*m_ui.modelFilter, [this] { m_ui.modelFilter->clear(); });
+    letKeyDo(*m_ui.modelFilter, Qt::Key_Down, [this] { m_ui.outlineView->enter(); });
     letUndoPassThrough(*m_ui.modelFilter);
     for (QWidget* part : m_ui.startDay->findChildren<QWidget*>()) {
         letUndoPassThrough(*part);

@@ -6,6 +6,9 @@
 #include "app/FrontWindow.h"
 #include "app/Icons.h"
 #include "app/Samples.h"
+#include "app/Scrollable.h"
+#include "app/WindowLayout.h"
+#include "platform/qt/ReadableText.h"
 #include "ui_MainMenu.h"
 #include "ui_StartPanel.h"
 
@@ -47,6 +50,7 @@ StartPanel::StartPanel(AppController& application)
     setAcceptDrops(true); // of files
     m_ui->logo->setPixmap(QApplication::windowIcon().pixmap(96));
     m_ui->version->setText(tr("Version %1").arg(QApplication::applicationVersion()));
+    readLabelsByTheirText(*this);
     hideDocumentItems(*m_menu);
     new ApplicationMenu(application, *m_menu, *this);
     connect(m_menu->actionClose, &QAction::triggered, this, &QWidget::close);
@@ -54,7 +58,8 @@ StartPanel::StartPanel(AppController& application)
     connect(m_ui->openSetup, &QPushButton::clicked, this, [this] { m_application.openDocument(this); });
     connectList(*m_ui->recentSetups);
     connectList(*m_ui->samples);
-    resize(760, 480);
+    makeScrollable(*content);
+    resize(sizeOnScreen({760, 480}));
 }
 
 StartPanel::~StartPanel() = default;

@@ -7,6 +7,7 @@
 #include <QSplitter>
 #include <algorithm>
 #include <optional>
+#include <vector>
 
 namespace orrery {
 
@@ -14,8 +15,10 @@ namespace {
 
 constexpr const char* choiceKey = "restoreWindowLayout";
 constexpr const char* geometryKey = "documentWindow.geometry";
+constexpr QSize firstSize(1180, 820);
 constexpr int cascade = 28;  // pixels between windows that would hide each other
 constexpr int titleBar = 40; // pixels to leave for it
+constexpr int border = 8;    // and on the other sides of a window
 
 std::string splitterKey(const QSplitter& splitter) {
     return "documentWindow." + splitter.objectName().toStdString();
@@ -25,21 +28,57 @@ QByteArray stored(const UserDefaults& defaults, const std::string& key) {
     return QByteArray::fromBase64(QByteArray::fromStdString(defaults.stringForKey(key).value_or("")));
 }
 
-/// The size of a first window, or the whole of a smaller screen.
-QSize defaultSize() {
-    const QScreen* screen = QGuiApplication::primaryScreen();
-    const QSize room = screen == nullptr ? QSize(1024, 700) : screen->availableGeometry().size() - QSize(0, titleBar);
-    return QSize(1180, 820).boundedTo(room);
+/// Where a window and its title bar may lie: the screen without panels.
+QRect roomFor(const QMainWindow& window) {
+    const QScreen* screen = QGuiApplication::screenAt(window.geometry().center());
+    if (screen == nullptr) screen = QGuiApplication::primaryScreen();
+    return screen == nullptr ? window.geometry()
+                             : screen->availableGeometry().adjusted(border, titleBar, -border, -border);
 }
 
-bool hidesAnother(const QMainWindow& window) {
-    return std::ranges::any_of(QApplication::topLevelWidgets(), [&](const QWidget* other) {
-        return other != &window && other->isVisible() && other->isWindow() && other->inherits("QMainWindow") &&
-               other->geometry().topLeft() == window.geometry().topLeft();
-    });
+std::vector<const QWidget*> othersInSight(const QMainWindow& window) {
+    std::vector<const QWidget*> others;
+    for (const QWidget* other : QApplication::topLevelWidgets()) {
+        if (other != &window && other->isVisible() && other->inherits(window.metaObject()->className()))
+            others.push_back(other);
+    }
+    return others;
+}
+
+const QWidget& frontOf(const std::vector<const QWidget*>& windows) {
+    const auto active = std::ranges::find(windows, QApplication::activeWindow());
+    return active == windows.end() ? *windows.back() : **active;
+}
+
+/// Whole on the screen, as far as its parts let it be so small.
+void putIntoSight(QMainWindow& window, const QRect& room) {
+    QRect place(window.pos(), window.size().boundedTo(room.size()));
+    place.moveLeft(std::clamp(place.left(), room.left(), room.right() + 1 - place.width()));
+    place.moveTop(std::clamp(place.top(), room.top(), room.bottom() + 1 - place.height()));
+    window.setGeometry(place);
+}
+
+/// A step right and down from the window that it would hide; from the edge of the screen on, beginning at the corner.
+void stepAside(QMainWindow& window, const QRect& room, const std::vector<const QWidget*>& others) {
+    for (std::size_t step = 0; step < others.size(); ++step) {
+        const bool hidesOne = std::ranges::any_of(
+            others, [&](const QWidget* other) { return other->geometry().topLeft() == window.geometry().topLeft(); });
+        if (!hidesOne) return;
+        QRect place = window.geometry().translated(cascade, cascade);
+        if (place.right() > room.right()) place.moveLeft(room.left() + static_cast<int>(step) % cascade);
+        if (place.bottom() > room.bottom()) place.moveTop(room.top() + static_cast<int>(step) % cascade);
+        window.setGeometry(place);
+    }
 }
 
 } // namespace
+
+QSize sizeOnScreen(QSize wanted) {
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    return screen == nullptr
+               ? wanted
+               : wanted.boundedTo(screen->availableGeometry().size() - QSize(2 * border, titleBar + border));
+}
 
 bool restoresWindowLayout(const UserDefaults& defaults) {
     return defaults.stringForKey(choiceKey) != std::optional<std::string>("no");
@@ -58,16 +97,21 @@ void keepWindowLayout(const QMainWindow& window, UserDefaults& defaults) {
 }
 
 void restoreWindowLayout(QMainWindow& window, const UserDefaults& defaults) {
-    window.resize(defaultSize());
-    if (!restoresWindowLayout(defaults)) return;
-    for (QSplitter* splitter : window.findChildren<QSplitter*>()) {
-        splitter->restoreState(stored(defaults, splitterKey(*splitter)));
+    window.resize(sizeOnScreen(firstSize));
+    bool restored = false;
+    if (restoresWindowLayout(defaults)) {
+        for (QSplitter* splitter : window.findChildren<QSplitter*>()) {
+            splitter->restoreState(stored(defaults, splitterKey(*splitter)));
+        }
+        // Moves and shrinks the window where today's screens are smaller; false when nothing was kept.
+        restored = window.restoreGeometry(stored(defaults, geometryKey));
     }
-    // Moves and shrinks the window where today's screens are smaller; false when nothing was kept.
-    if (!window.restoreGeometry(stored(defaults, geometryKey))) return;
-    while (hidesAnother(window)) {
-        window.setGeometry(window.geometry().translated(cascade, cascade));
-    }
+    const std::vector<const QWidget*> others = othersInSight(window);
+    if (window.isMaximized() || window.isFullScreen() || (others.empty() && !restored)) return;
+    if (!others.empty()) window.move(frontOf(others).geometry().topLeft());
+    const QRect room = roomFor(window);
+    putIntoSight(window, room);
+    stepAside(window, room, others);
 }
 
 } // namespace orrery

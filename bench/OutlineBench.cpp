@@ -26,6 +26,7 @@ public:
         bench::makeOnce(path, [&](std::ostream& file) { bench::writeModel(file, parts, 5); });
         m_view.resize(windowSize);
         m_view.setUniformRowHeights(true);
+        m_view.setSelectionMode(QAbstractItemView::ExtendedSelection);
         m_view.show();
         m_view.setDocument(m_document);
         m_document.makeModelTree(path);

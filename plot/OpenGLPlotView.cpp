@@ -211,7 +211,7 @@ void OpenGLPlotView::drawAxes3() const {
     glEnd();
 }
 
-void OpenGLPlotView::drawLabels3() const {
+void OpenGLPlotView::drawLabels3() {
     drawLabel(0, 1, 0, -1);
     drawLabel(1, -1, 0, 1);
 }
@@ -286,12 +286,13 @@ void OpenGLPlotView::drawCurves2() const {
     glDisableClientState(GL_VERTEX_ARRAY);
 }
 
-void OpenGLPlotView::drawLabel2() const {
+void OpenGLPlotView::drawLabel2() {
     drawLabel(0, 0, -1.1F, -1);
 }
 
-void OpenGLPlotView::drawLabel(std::size_t index, float x, float y, float z) const {
+void OpenGLPlotView::drawLabel(std::size_t index, float x, float y, float z) {
     if (index < m_textures.size()) {
+        m_textures[index].fitInto(TextureString::roomAt(x, y, z), m_rasterizer, labelAttributes(m_scale));
         m_textures[index].drawAtX(x, y, z);
     }
 }

@@ -61,13 +61,13 @@ public:
 private:
     void drawObjects3();
     void drawAxes3() const;
-    void drawLabels3() const;
+    void drawLabels3();
     void drawSurfaces3() const;
     void drawObjects2();
     void drawAxes2() const;
     void drawCurves2() const;
-    void drawLabel2() const;
-    void drawLabel(std::size_t index, float x, float y, float z) const;
+    void drawLabel2();
+    void drawLabel(std::size_t index, float x, float y, float z);
     [[nodiscard]] bool drawable(std::size_t index) const;
 
     void makeTextures();

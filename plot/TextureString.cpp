@@ -3,6 +3,7 @@
 #include "plot/Gl.h"
 #include "plot/GlCheck.h"
 
+#include <algorithm>
 #include <array>
 #include <optional>
 
@@ -64,14 +65,28 @@ TextureString::TextureString(TextRasterizer& rasterizer, const std::string& stri
 }
 
 void TextureString::genTextureFor(TextRasterizer& rasterizer, const std::string& string,
-                                  const TextAttributes& attributes) {
+                                  const TextAttributes& attributes, int room) {
     m_string = string;
+    m_room = room;
     GLint limit = 0;
     glGetIntegerv(GL_MAX_RECTANGLE_TEXTURE_SIZE_ARB, &limit);
-    const Pixels image = rasterizer.rasterize(string, attributes, limit);
+    const Pixels image = rasterizer.rasterize(string, attributes, std::min(limit, room));
     m_texSize = {static_cast<double>(image.width), static_cast<double>(image.height)};
+    if (room == std::numeric_limits<int>::max()) m_wholeWidth = m_texSize.width;
     m_texName.reset();
     m_texName = downloadImageAsTexture(image);
+}
+
+int TextureString::roomAt(float x, float y, float z) {
+    const std::optional<WindowPoint> point = project(x, y, z);
+    if (!point || point->x < 0) return 0;
+    return std::max(0, static_cast<int>(static_cast<double>(point->viewport[2]) - point->x));
+}
+
+void TextureString::fitInto(int room, TextRasterizer& rasterizer, const TextAttributes& attributes) {
+    if (room == 0) return;
+    const int needed = m_wholeWidth <= room ? std::numeric_limits<int>::max() : room;
+    if (needed != m_room) genTextureFor(rasterizer, std::string(m_string), attributes, needed);
 }
 
 GlTexture TextureString::downloadImageAsTexture(const Pixels& image) {

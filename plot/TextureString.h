@@ -3,6 +3,7 @@
 #include "platform/TextRasterizer.h"
 #include "plot/GlObjects.h"
 
+#include <limits>
 #include <string>
 
 namespace orrery {
@@ -18,8 +19,14 @@ public:
 
     TextureString(TextRasterizer& rasterizer, const std::string& string, const TextAttributes& attributes);
 
-    /// Replaces text, size and texture. A text too wide for a rectangle texture is shortened in the middle.
-    void genTextureFor(TextRasterizer& rasterizer, const std::string& string, const TextAttributes& attributes);
+    /// Replaces text, size and texture. A text too wide for a rectangle texture, or for the room, is shortened in the
+    /// middle.
+    void genTextureFor(TextRasterizer& rasterizer, const std::string& string, const TextAttributes& attributes,
+                       int room = std::numeric_limits<int>::max());
+    /// Pixels from the window position of the scene point to the right edge of the window; 0 for a point beside it.
+    [[nodiscard]] static int roomAt(float x, float y, float z);
+    /// Has the text made so wide as there is room for; a text that fits is made once. No room leaves it as it is.
+    void fitInto(int room, TextRasterizer& rasterizer, const TextAttributes& attributes);
 
     /// Draws over what is there at the window position of the scene point (x, y, z); the quad's own depth is z, so a z
     /// outside −1 … 1 shows nothing. All GL state is as before afterwards.
@@ -35,6 +42,8 @@ private:
     [[nodiscard]] GlTexture downloadImageAsTexture(const Pixels& image);
 
     Size m_texSize;
+    double m_wholeWidth = 0; // of the text before it was shortened for the room
+    int m_room = 0;          // that the texture was made for
     GlTexture m_texName;
     std::string m_string;
 };

@@ -4,6 +4,7 @@
 #include "platform/qt/LogRow.h"
 #include "platform/qt/QtText.h"
 
+#include <QAccessible>
 #include <QClipboard>
 #include <QElapsedTimer>
 #include <QEvent>
@@ -16,6 +17,7 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace orrery {
 namespace {
@@ -23,6 +25,7 @@ namespace {
 constexpr int refreshMs = 30;
 constexpr int sliceMs = 8;
 constexpr std::uint64_t clipboardLimit = 1U << 25U;
+constexpr std::uint64_t mostTold = 1U << 12U;
 constexpr std::uint64_t primarySelectionLimit = 1U << 20U;
 
 LogPattern patternFor(const QString& text) {
@@ -52,6 +55,7 @@ LogView::LogView(QWidget* parent) : QAbstractScrollArea(parent) {
 void LogView::setString(std::string_view text) {
     cancelFind();
     m_text.clear();
+    m_told = 0;
     select(0, 0);
     m_dragging = false;
     m_widestSeen = 0;
@@ -73,6 +77,7 @@ void LogView::timerEvent(QTimerEvent* event) {
         m_refreshTimer.stop();
         updateScrollBars();
         viewport()->update();
+        tellReaders();
     } else if (event->timerId() == m_searchTimer.timerId()) {
         searchSlice();
     } else if (event->timerId() == m_dragTimer.timerId()) {
@@ -80,6 +85,15 @@ void LogView::timerEvent(QTimerEvent* event) {
     } else {
         QAbstractScrollArea::timerEvent(event);
     }
+}
+
+/// Of what has come since the last time, its end: nobody listens to more.
+void LogView::tellReaders() {
+    const std::uint64_t known = std::min(std::exchange(m_told, m_text.end()), m_text.end());
+    if (!QAccessible::isActive() || known == m_text.end()) return;
+    const QString added = text(std::min(m_text.end() - known, mostTold));
+    QAccessibleTextInsertEvent event(this, static_cast<int>(text().size() - added.size()), added);
+    QAccessible::updateAccessibility(&event);
 }
 
 bool LogView::find(const QString& text, FindStart start) {

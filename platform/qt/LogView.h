@@ -79,6 +79,7 @@ private:
     [[nodiscard]] int columnOf(LogText::Row row, std::uint64_t offset) const;
     void showColumns(int first, int end);
     void searchSlice();
+    void tellReaders();
     void dragTo(QPoint position);
     void keepPrimarySelection() const;
     [[nodiscard]] int pageRows() const;
@@ -94,6 +95,7 @@ private:
     std::unique_ptr<LogSearch> m_search;
     std::uint64_t m_anchor = 0; // the selection lies between these two
     std::uint64_t m_caret = 0;
+    std::uint64_t m_told = 0; // how much of the text readers of the screen know of
     bool m_follows = true;
     bool m_dragging = false;
     int m_widestSeen = 0; // columns

@@ -51,7 +51,7 @@ QString zoneName(int offsetFromUtc) {
 OptionalDateEdit::OptionalDateEdit(QWidget* parent)
     : QWidget(parent), m_present(new QCheckBox(this)), m_field(new QDateTimeEdit(this)), m_meaning(new QLabel(this)) {
     layOut();
-    connect(m_present, &QCheckBox::toggled, m_field, &QWidget::setEnabled);
+    connect(m_present, &QCheckBox::toggled, this, &OptionalDateEdit::enableField);
     connect(m_present, &QCheckBox::clicked, this, &OptionalDateEdit::userEdited);
     connect(m_field, &QDateTimeEdit::dateTimeChanged, this, &OptionalDateEdit::userEdited);
     setDate(Date());
@@ -74,7 +74,13 @@ void OptionalDateEdit::layOut() {
     m_field->setDateTimeRange(earliest(), latest());
     m_meaning->setObjectName("startDayMeaning");
     m_meaning->setToolTip(tr("The day's number in its year, with which results begin, and the time zone"));
-    setFocusProxy(m_field);
+    setFocusPolicy(Qt::StrongFocus); // for the key of its label
+}
+
+/// The keyboard goes where something can be done with it.
+void OptionalDateEdit::enableField(bool enabled) {
+    m_field->setEnabled(enabled);
+    setFocusProxy(enabled ? static_cast<QWidget*>(m_field) : m_present);
 }
 
 std::optional<Date> OptionalDateEdit::date() const {
@@ -86,7 +92,7 @@ void OptionalDateEdit::setDate(std::optional<Date> date) {
     const QSignalBlocker quietBox(m_present);
     const QSignalBlocker quietField(m_field);
     m_present->setChecked(date.has_value());
-    m_field->setEnabled(date.has_value());
+    enableField(date.has_value());
     if (date) {
         m_shown = *date;
         const bool isShown = canBeShown(*date);

@@ -30,6 +30,7 @@ private:
     void layOut();
     void userEdited();
     void describe();
+    void enableField(bool enabled);
 
     QCheckBox* m_present;
     QDateTimeEdit* m_field;

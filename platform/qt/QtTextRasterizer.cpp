@@ -2,6 +2,7 @@
 
 #include "platform/Log.h"
 #include "platform/OrreryError.h"
+#include "platform/qt/QtElision.h"
 
 #include <QFont>
 #include <QFontMetricsF>
@@ -37,7 +38,7 @@ QString oneLine(std::string_view text, const QFontMetricsF& metrics, int maxWidt
     if (line.size() > longestText) {
         line = line.left(longestText / 2) + QChar(0x2026) + line.right(longestText / 2);
     }
-    return metrics.horizontalAdvance(line) > maxWidth ? metrics.elidedText(line, Qt::ElideMiddle, maxWidth) : line;
+    return metrics.horizontalAdvance(line) > maxWidth ? elidedName(line, metrics, maxWidth) : line;
 }
 
 QImage drawn(const QString& line, const QFont& font, const QColor& color, int maxWidth) {

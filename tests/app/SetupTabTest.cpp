@@ -327,6 +327,8 @@ TEST_F(SetupTabTest, AHundredThousandNodesAreSelectedInTheOrderOfTheTreeAndAdded
     auto& model = static_cast<ModelOutlineModel&>(*outline().model());
     ASSERT_TRUE(waitFor([&] { return outline().selectedNodes().size() == model.shownCount(); }));
     EXPECT_FALSE(action(*window, "actionAddToOutputs").isEnabled());
+    press("End");
+    ASSERT_TRUE(waitFor([&] { return outline().selectedNodes().size() == 1; }));
     press("Home");
     press("shift+End");
     ASSERT_TRUE(waitFor([&] { return outline().selectedNodes().size() == model.shownCount(); }));

@@ -1,3 +1,4 @@
+#include "platform/ElidedName.h"
 #include "platform/MacRoman.h"
 #include "platform/Numbers.h"
 #include "platform/OrreryError.h"
@@ -176,6 +177,29 @@ TEST(Messages, AreOneLineWithPlaceAndRemedy) {
     EXPECT_EQ(quotedForMessage("a\x1B]0;\xFF\t\xE2\x80\xAE"), "a\\x1b]0;\\xff\\t\\u{202e}");
     const std::string shortened = quotedForMessage(std::string(99, 'x') + "€€");
     EXPECT_EQ(shortened, std::string(99, 'x') + "…");
+}
+
+TEST(ElidedName, KeepsTheLastPartWholeAndAsMuchOfTheBeginningAsFits) {
+    struct Row {
+        std::string name;
+        std::size_t room; // bytes, three of them the ellipsis's
+        std::string shown;
+    };
+    const std::vector<Row> rows = {
+        {"/Field/Crop/biomass", 19, "/Field/Crop/biomass"},
+        {"/Field/Crop/biomass", 18, "/Field/…/biomass"}, // "/Field/C" would cost as much as it saves
+        {"/Field/Crop/biomass", 13, "/F…/biomass"},
+        {"/Field/Crop/biomass", 11, "…/biomass"},
+        {"/Field/Crop/biomass", 10, ""},
+        {"/Wiese/Gräser/Höhe", 14, "/Wies…/Höhe"},
+        {"/Gräser/Höhe", 13, "/Gr…/Höhe"}, // not half of an ä
+        {"day", 2, ""},
+        {"", 0, ""},
+    };
+    for (const Row& row : rows) {
+        EXPECT_EQ(elidedName(row.name, [&](const std::string& text) { return text.size() <= row.room; }), row.shown)
+            << row.name << ' ' << row.room;
+    }
 }
 
 } // namespace

@@ -68,6 +68,27 @@ TEST_F(GlTest, TheLabelOfCurvesStandsBelowTheMiddleOfTheAxis) {
     EXPECT_EQ(box->top - box->bottom + 1, BlockRasterizer::height);
 }
 
+TEST_F(GlTest, ALabelIsMadeForTheRoomThatItsViewHas) {
+    struct WideRasterizer : BlockRasterizer {
+        [[nodiscard]] Pixels rasterize(std::string_view /*text*/, const TextAttributes& /*attributes*/,
+                                       int maxWidth) override {
+            const int made = std::min(500, maxWidth);
+            return {made, height, std::vector<std::uint8_t>(std::size_t(made) * height * 4, 255)};
+        }
+    } wide;
+    for (const int width : {300, 1200}) {
+        EglSurface surface(width, 240);
+        OpenGLPlotView view(surface, wide);
+        ASSERT_TRUE(surface.makeCurrent());
+        view.prepareOpenGL();
+        const Scene scene{.axes = {"day"}, .xCount = 2, .responses = {[](auto, auto) { return 1.0F; }}};
+        scene.show(view);
+        view.drawRect();
+        const int room = static_cast<int>(width - (0.8 * 0.1 + 1) / 2 * width);
+        EXPECT_EQ(view.labels().front().texSize().width, std::min(room, 500)) << width;
+    }
+}
+
 class LabelPlace : public GlTest, public ::testing::WithParamInterface<int> {};
 TEST_P(LabelPlace, IsTheProjectedEndOfItsAxisAtEveryRotation) {
     TestView test(400, 300);
