@@ -8,7 +8,6 @@
 #include <exception>
 #include <new>
 #include <string>
-#include <utility>
 
 namespace orrery {
 namespace {
@@ -25,6 +24,13 @@ std::string reasonOf(const std::exception_ptr& failure) {
     } catch (...) {
         return "The reason is not known.";
     }
+}
+
+/// The window at the bottom of a stack of sheets, each of which goes with its answer.
+QWidget* windowBelowSheets(QWidget* window) {
+    while (window != nullptr && window->parentWidget() != nullptr)
+        window = window->parentWidget()->window();
+    return window;
 }
 
 } // namespace
@@ -51,11 +57,12 @@ void GuardedApplication::showFailure(const std::exception_ptr& failure) {
     m_reserve.reset();
     const std::string reason = reasonOf(failure);
     logLine(reason);
-    QWidget* window = activeWindow();
+    QWidget* window = windowBelowSheets(activeWindow());
     if (window == nullptr && m_frontWindow) window = m_frontWindow();
-    if (!std::exchange(m_isTelling, true)) {
+    if (m_tellingOn == nullptr) {
+        m_tellingOn = window;
         QtAlerts(window).beginSheet({"The last operation failed. The documents are as they were.", reason, {"OK"}},
-                                    [this](std::size_t) { m_isTelling = false; });
+                                    [this](std::size_t) { m_tellingOn.clear(); });
     }
     m_reserve.reset(new (std::nothrow) char[reserveSize]);
 }

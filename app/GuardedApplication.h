@@ -26,7 +26,7 @@ private:
 
     std::function<QWidget*()> m_frontWindow;
     std::unique_ptr<char[]> m_reserve; // given up to say that memory ran out
-    bool m_isTelling = false;          // one at a time: a timer that fails would fill the screen
+    QPointer<QWidget> m_tellingOn;     // one at a time: a timer that fails would fill the screen
 };
 
 } // namespace orrery

@@ -75,6 +75,12 @@ void ProblemsView::changeEvent(QEvent* event) {
     if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) fitHeight();
 }
 
+/// Qt would go from the view backwards to its last link first, away from where the keyboard came from.
+bool ProblemsView::focusNextPrevChild(bool next) {
+    const bool atLink = textCursor().hasSelection();
+    return next || atLink ? QTextBrowser::focusNextPrevChild(next) : QTextEdit::focusNextPrevChild(next);
+}
+
 void ProblemsView::fitHeight() {
     constexpr int mostLines = 5;
     const int text = static_cast<int>(document()->size().height()) + 1;

@@ -4,6 +4,7 @@
 #include "batch/SetupFiles.h"
 
 #include <CLI/CLI.hpp>
+
 #include <memory>
 #include <string>
 

@@ -78,11 +78,17 @@ bool hasInputPort(const ModelTree& tree, std::string_view name) {
     return has;
 }
 
-/// UTF-16 has a NUL beside every tab, and so has nearly everything binary soon.
+bool isControl(char byte) {
+    return static_cast<unsigned char>(byte) < 0x20 && byte != '\t' && byte != '\r';
+}
+
+/// UTF-16 has a NUL beside every tab, and binary data are full of bytes that no text has; a stray one in a label is the
+/// engine's business.
 void requireText(std::string_view header, const std::string& fileName) {
     const std::string_view line = header.substr(0, header.find('\n'));
     const bool marked = line.starts_with("\xFE\xFF") || line.starts_with("\xFF\xFE");
-    if (!marked && line.find('\0') == std::string_view::npos) return;
+    const auto controls = static_cast<std::size_t>(std::ranges::count_if(line, isControl));
+    if (!marked && controls * 8 <= line.size()) return;
     throw OrreryError(fmt::format("This is not a result table: it is UTF-16 or binary data and begins with {}.",
                                   quotedForMessage(decodeMacRoman(line.substr(0, 16)))),
                       {fileName, 0, 0}, "Have the engine write plain text, one byte for each character.");

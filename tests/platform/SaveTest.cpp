@@ -150,7 +150,8 @@ TEST_F(Save, SurvivesTheFileSizeLimit) {
     const Outcome outcome = run("( ulimit -f 1; exec SAVE )");
     EXPECT_TRUE(WIFEXITED(outcome.status));
     EXPECT_EQ(WEXITSTATUS(outcome.status), 1);
-    EXPECT_THAT(outcome.error, HasSubstr("it would be larger than files may be here. The old file is unchanged. Raise the limit"));
+    EXPECT_THAT(outcome.error,
+                HasSubstr("it would be larger than files may be here. The old file is unchanged. Raise the limit"));
     EXPECT_EQ(contents(), "old");
     EXPECT_EQ(filesInFolder(), 1);
 }

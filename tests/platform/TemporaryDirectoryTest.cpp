@@ -68,8 +68,9 @@ TEST_F(TemporaryDirectory, MakesARelativeChoiceAbsoluteForTheEngineToo) {
 
 TEST_F(TemporaryDirectory, RefusesAChoiceThatCannotHoldFiles) {
     const std::string file = m_folder.write("file", "");
-    const std::vector<std::pair<std::string, std::string>> rows = {
-        {m_folder.path() + "none", "there is no such file"}, {file, "is no directory"}, {"/proc/self", "cannot be written to"}};
+    const std::vector<std::pair<std::string, std::string>> rows = {{m_folder.path() + "none", "there is no such file"},
+                                                                   {file, "is no directory"},
+                                                                   {"/proc/self", "cannot be written to"}};
     for (const auto& [value, reason] : rows) {
         setenv("TMPDIR", value.c_str(), 1);
         if (value.starts_with("/proc") && access(value.c_str(), W_OK) == 0) continue; // root may write anywhere

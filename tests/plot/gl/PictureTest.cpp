@@ -85,7 +85,7 @@ TEST_F(GlTest, ALabelIsMadeForTheRoomThatItsViewHas) {
         scene.show(view);
         view.drawRect();
         const int room = static_cast<int>(width - (0.8 * 0.1 + 1) / 2 * width);
-        EXPECT_EQ(view.labels().front().texSize().width, std::min(room, 500)) << width;
+        EXPECT_NEAR(view.labels().front().texSize().width, std::min(room, 500), 1) << width; // by a projection
     }
 }
 
