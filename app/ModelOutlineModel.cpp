@@ -52,7 +52,7 @@ constexpr std::uint64_t gather = 0xF1DE'83E1'9937'733D;
 static_assert(scatter * gather == 1);
 
 quintptr identifierOf(std::size_t position) {
-    return static_cast<quintptr>(position * scatter);
+    return quintptr{std::uint64_t{position} * scatter};
 }
 
 } // namespace
@@ -249,7 +249,8 @@ QModelIndex ModelOutlineModel::indexForPath(std::string_view path) const {
 QModelIndex ModelOutlineModel::index(int row, int column, const QModelIndex& parent) const {
     if (row < 0 || column != 0 || row >= rowCount(parent)) return {};
     const Item* owner = item(parent);
-    return createIndex(row, 0, identifierOf(std::size_t((owner == nullptr ? 0 : owner->firstChild) + row)));
+    const auto first = std::size_t(owner == nullptr ? 0 : owner->firstChild);
+    return createIndex(row, 0, identifierOf(first + std::size_t(row)));
 }
 
 QModelIndex ModelOutlineModel::parent(const QModelIndex& child) const {

@@ -8,6 +8,7 @@
 #include "app/PlotTabOrder.h"
 #include "app/RunStateWords.h"
 #include "app/ShowEdit.h"
+#include "platform/qt/Later.h"
 #include "platform/qt/QtGlSurface.h"
 #include "platform/qt/QtText.h"
 #include "plot/OpenGLPlotView.h"
@@ -74,7 +75,7 @@ void PlotTab::makeSurface(TextRasterizer& rasterizer) {
     auto view = std::make_unique<FollowedView<OpenGLPlotView>>([this] { follow(); }, *m_surface, rasterizer);
     m_showsSomething = [drawn = view.get()] { return !drawn->ranges().empty(); };
     view->setFailureHandler( // which a frame calls; the window changes behind it
-        [this] { QMetaObject::invokeMethod(this, &PlotTab::showNotice, Qt::QueuedConnection); });
+        [this] { later(*this, [this] { showNotice(); }); });
     m_view = view.get();
     m_surface->setClient(std::move(view));
 }

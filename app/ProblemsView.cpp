@@ -78,7 +78,8 @@ void ProblemsView::changeEvent(QEvent* event) {
 /// Qt would go from the view backwards to its last link first, away from where the keyboard came from.
 bool ProblemsView::focusNextPrevChild(bool next) {
     const bool atLink = textCursor().hasSelection();
-    return next || atLink ? QTextBrowser::focusNextPrevChild(next) : QTextEdit::focusNextPrevChild(next);
+    if (next || atLink) return QTextBrowser::focusNextPrevChild(next);
+    return QTextEdit::focusNextPrevChild(next); // NOLINT(bugprone-parent-virtual-call): past the browser's own
 }
 
 void ProblemsView::fitHeight() {

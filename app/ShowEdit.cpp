@@ -3,10 +3,10 @@
 #include "app/PlotTab.h"
 #include "app/PortTableView.h"
 #include "app/ShowPlace.h"
+#include "platform/qt/Later.h"
 #include "ui_MyDocument.h"
 
 #include <QScrollArea>
-#include <QTimer>
 
 namespace orrery {
 
@@ -27,7 +27,7 @@ void showEdit(MyDocument& document, Ui::MyDocument& ui, PlotTab& plotTab, const 
 /// The scrolling waits until a tab that has just come to the front has its layout.
 void bringToView(QWidget& control, bool withKeyboard) {
     if (withKeyboard) control.setFocus(Qt::ShortcutFocusReason); // selects a field's text
-    QTimer::singleShot(0, &control, [control = &control] {
+    later(control, [control = &control] {
         for (QWidget* around = control->parentWidget(); around != nullptr; around = around->parentWidget()) {
             if (auto* area = qobject_cast<QScrollArea*>(around)) area->ensureWidgetVisible(control);
         }
