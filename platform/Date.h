@@ -13,7 +13,7 @@ struct Date {
     std::int64_t seconds = 0;
     std::int32_t nanoseconds = 0; // 0 … 999,999,999, added to seconds
 
-    friend auto operator<=>(const Date&, const Date&) = default;
+    friend auto operator<=>(const Date&, const Date&) = default; // NOLINT(modernize-use-nullptr): its 0 is no pointer
 };
 
 /// "yyyy-mm-dd hh:mm:ss +0000": the date in UTC at whole seconds.
