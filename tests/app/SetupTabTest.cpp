@@ -340,7 +340,7 @@ TEST_F(SetupTabTest, AHundredThousandNodesAreSelectedInTheOrderOfTheTreeAndAdded
     }
     outline().selectionModel()->select(model.selectionOf(outputs), QItemSelectionModel::Select);
     press("ctrl+shift+o");
-    ASSERT_TRUE(waitFor([&] { return ports(PortList::Outputs).size() == 830U * 90; }));
+    ASSERT_TRUE(waitFor([&] { return ports(PortList::Outputs).size() == std::size_t{830} * 90; }));
     EXPECT_EQ(ports(PortList::Outputs)[9], "/Large/level l0/part l0p1/port l0p1o0");
     EXPECT_EQ(action(*window, "actionUndo").text(), "&Undo Add Outputs");
     press("ctrl+z");

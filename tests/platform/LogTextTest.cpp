@@ -185,7 +185,7 @@ struct LongLogCase {
     std::string line; // again and again
     std::string gone; // how much of 12 MB, as the first row says
 };
-void PrintTo(const LongLogCase& row, std::ostream* out) {
+void PrintTo(const LongLogCase& row, std::ostream* out) { // NOLINT(readability-identifier-naming): GoogleTest's name
     *out << row.name;
 }
 LogStoreMaker smallDisk(std::size_t blocks, bool makesHoles) {
