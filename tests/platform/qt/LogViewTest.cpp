@@ -185,7 +185,12 @@ TEST_F(LogViewTest, MemoryStaysBelowTheLimit) {
         m_view.appendString(piece);
         QTest::qWait(0); // the window goes on
     }
-    EXPECT_LT(residentBytes() - before, LogText::defaultMemoryLimit * 5 / 4);
+    const std::uint64_t grown = residentBytes() - before;
+#ifndef __SANITIZE_ADDRESS__ // its allocator keeps what was freed
+    EXPECT_LT(grown, LogText::defaultMemoryLimit * 5 / 4);
+#else
+    EXPECT_LT(grown, LogText::defaultMemoryLimit * 2);
+#endif
     EXPECT_EQ(found(QString::fromStdString(piece.substr(0, 1100)), FindStart::Next).size(), 1100) << "on the disk";
     EXPECT_EQ(m_view.text(6), QString::fromStdString(piece.substr(piece.size() - 6)));
 }
