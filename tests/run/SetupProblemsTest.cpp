@@ -28,8 +28,8 @@ protected:
         return setupProblems(setup, {.ports = ports,
                                      .responses = 1,
                                      .calendar = currentCalendar(),
-                                     .setupPath = "/work/a.orrery",
-                                     .fileExists = [](const std::string& path) { return path == "/work/crop.xml"; },
+                                     .setupPath = "/fields/a.orrery",
+                                     .fileExists = [](const std::string& path) { return path == "/fields/crop.xml"; },
                                      .availableMemory = [] { return std::uint64_t(1'000'000'000); }});
     }
     static SetupDictionary soundSetup() {
@@ -64,7 +64,7 @@ const ProblemCase problemCases[] = {
     {{.steppers = {stepper("1", "-0.25", "0")}}, nullptr},
     {{.initializations = {initialization("{ 1, 2 }")}}, nullptr},
     {{.settings = {{"modelPath", ""}}}, "No model is chosen.", {"modelPath"}},
-    {{.settings = {{"modelPath", "x.xml"}}}, "The model file /work/x.xml does not exist.", {"modelPath"}},
+    {{.settings = {{"modelPath", "x.xml"}}}, "The model file /fields/x.xml does not exist.", {"modelPath"}},
     {{.settings = {{"stepsPerDay", "0"}}}, "Steps per day is 0, so the run has no rows.", {"stepsPerDay"}},
     {{.settings = {{"stepsPerDay", " "}}},
      "Steps per day is empty and counts as 0, so the run has no rows.",
@@ -117,11 +117,11 @@ const ProblemCase problemCases[] = {
      "/Farm/Weather/warming is swept by stepper 1 and given a value by initialization 1.",
      {"initializations", 0, "portPath"}},
     {{.settings = {{"dimensions", "{ 2, 1 }"}},
-      .outputs = {output("out/../a.txt"), output("b"), output("/work/a.txt")}},
-     "Outputs 1 and 3 have the same result file, /work/a.txt.",
+      .outputs = {output("out/../a.txt"), output("b"), output("/fields/a.txt")}},
+     "Outputs 1 and 3 have the same result file, /fields/a.txt.",
      {"outputs", 2, "outputPath"}},
     {{.settings = {{"dimensions", "{ 2, 1 }"}}, .outputs = {output("a.orrery")}},
-     "Output 1 would replace the setup file, /work/a.orrery.",
+     "Output 1 would replace the setup file, /fields/a.orrery.",
      {"outputs", 0, "outputPath"}},
     {{.steppers = {stepper("0", "0.3", "1")}},
      "Stepper /Farm/Weather/warming: its last value is 0.90000004, because steps of 0.3 from 0 do not end at its stop "
