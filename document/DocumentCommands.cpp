@@ -106,7 +106,7 @@ bool MyDocument::asksToWriteOver(const std::vector<std::string>& files) {
     const AlertText question{"This setup writes over files outside its folder.",
                              fmt::format("It was not written here, and its run would replace {}. Run it only if you "
                                          "know where it comes from.",
-                                         listedFiles(files)),
+                                         listedForMessage(files)),
                              {"Replace and Run", "Cancel"}};
     if (m_services.writesOverOutputs) return true;
     if (m_outlets.alerts != nullptr) return m_outlets.alerts->runModal(question) == 0;
@@ -277,8 +277,9 @@ std::string MyDocument::absoluteSetupPath() const {
 std::vector<std::string> MyDocument::usedFiles() const {
     std::vector<std::string> files{modelFilePath(), resultTablePath()};
     if (isSingleRun(m_dictionary)) return files;
+    const std::string setupPath = absoluteSetupPath();
     for (const Entry& output : m_dictionary.entries(setup_key::outputs)) {
-        files.push_back(resolvedModelPath(output.text("outputPath"), absoluteSetupPath()));
+        files.push_back(resolvedModelPath(output.text("outputPath"), setupPath));
     }
     return files;
 }

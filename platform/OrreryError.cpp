@@ -2,6 +2,7 @@
 
 #include "platform/Utf8.h"
 
+#include <algorithm>
 #include <string_view>
 #include <utility>
 
@@ -38,6 +39,15 @@ std::string quotedForMessage(const std::string& text) {
     while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U)
         --end; // never inside a character
     return escapedForLine(std::string_view(text).substr(0, end)) + "…";
+}
+
+std::string listedForMessage(const std::vector<std::string>& texts) {
+    constexpr std::size_t most = 8;
+    std::string list;
+    for (std::size_t i = 0; i < std::min(texts.size(), most); ++i) {
+        list += (i == 0 ? "" : ", ") + quotedForMessage(texts[i]);
+    }
+    return texts.size() > most ? list + " and " + std::to_string(texts.size() - most) + " more" : list;
 }
 
 } // namespace orrery

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace orrery {
 
@@ -39,5 +40,8 @@ public:
 
 /// Text from a user's file as it may stand in a one-line message: control characters escaped, long text shortened.
 [[nodiscard]] std::string quotedForMessage(const std::string& text);
+
+/// Such texts in a row, of many only the first: "a, b, c and 12 more".
+[[nodiscard]] std::string listedForMessage(const std::vector<std::string>& texts);
 
 } // namespace orrery

@@ -16,16 +16,6 @@ namespace {
 using Names = std::vector<std::string>;
 using PortsByName = std::map<std::string_view, Names>; // full names, in tree order
 
-/// "a, b, c and 12 more"
-std::string listed(const Names& names) {
-    constexpr std::size_t most = 6;
-    std::string text;
-    for (std::size_t i = 0; i < std::min(names.size(), most); ++i) {
-        text += (i == 0 ? "" : ", ") + quotedForMessage(names[i]);
-    }
-    return names.size() > most ? text + fmt::format(" and {} more", names.size() - most) : text;
-}
-
 Names sweepNames(std::span<const IndependentVariable> variables) {
     Names names;
     for (const IndependentVariable& variable : variables) {
@@ -59,7 +49,7 @@ void noteOtherVariables(const Names& labels, const HeaderExpectation& expected, 
     if (isInOrderOf(known, wanted)) return;
     notes.push_back(fmt::format("The result table's header names the sweep variables {}, but the setup's are {}: the "
                                 "table may be that of another setup.",
-                                listed(known), listed(wanted)));
+                                listedForMessage(known), listedForMessage(wanted)));
 }
 
 /// Labels that are dropped move the responses behind them up: the first that moves shows by example what that means.
@@ -80,7 +70,7 @@ void noteDroppedLabels(const ResponseVariables& matched, const PortsByName& port
     notes.push_back(fmt::format("{} in the result table's header that {} no recorded port of the model: {}. Columns "
                                 "are paired by position{}.",
                                 one ? "There is a label" : fmt::format("There are {} labels", dropped.size()),
-                                one ? "matches" : "match", listed(dropped), example));
+                                one ? "matches" : "match", listedForMessage(dropped), example));
 }
 
 void noteSurplusLabels(const Names& labels, std::size_t needed, Names& notes) {
@@ -103,7 +93,8 @@ void noteSharedRecords(const ResponseVariables& matched, const PortsByName& port
         if (sharing.size() > 1) {
             notes.push_back(fmt::format("{} recorded ports are named {}: {}. Every column of that name stands under "
                                         "{}, with one scale and colour.",
-                                        sharing.size(), quoted, listed(sharing), quotedForMessage(sharing.back())));
+                                        sharing.size(), quoted, listedForMessage(sharing),
+                                        quotedForMessage(sharing.back())));
         } else if (count > 1) {
             notes.push_back(fmt::format("The result table's header has the label {} {} times; its columns share one "
                                         "scale and colour.",

@@ -272,7 +272,24 @@ void RunControl::appendOutput(std::string_view text) {
     appendStatus(text);
 }
 
+/// Whatever fails on the way, the run is over afterwards.
 void RunControl::processFinished() {
+    std::exception_ptr failure;
+    try {
+        takeEnd();
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    m_lock.reset();
+    if (m_outlets.progressWheel != nullptr) m_outlets.progressWheel->stopAnimation();
+    setButton(ButtonState::Off);
+    if (m_outlets.statusView != nullptr) m_outlets.statusView->setNeedsDisplay();
+    if (m_outlets.alerts != nullptr) m_outlets.alerts->requestUserAttention();
+    setState(State::Idle);
+    if (failure) std::rethrow_exception(failure);
+}
+
+void RunControl::takeEnd() {
     if (m_isAborted) {
         m_outcome.kind = RunOutcome::Kind::Aborted;
         appendStatus("Aborted");
@@ -281,12 +298,6 @@ void RunControl::processFinished() {
         if (const std::string how = engineFailure(m_outcome.end); !how.empty()) appendStatus("\n" + sentence(how));
         finishResults();
     }
-    m_lock.reset();
-    if (m_outlets.progressWheel != nullptr) m_outlets.progressWheel->stopAnimation();
-    setButton(ButtonState::Off);
-    if (m_outlets.statusView != nullptr) m_outlets.statusView->setNeedsDisplay();
-    if (m_outlets.alerts != nullptr) m_outlets.alerts->requestUserAttention();
-    setState(State::Idle);
 }
 
 void RunControl::finishResults() {

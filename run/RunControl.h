@@ -132,6 +132,7 @@ private:
     void makeTask(const std::string& enginePath);
     void requireOwnTable();
     void askWhetherToAbortRunning();
+    void takeEnd();
     void finishResults();
     void buildResults();
     void takeResults(const BuiltResults& built);

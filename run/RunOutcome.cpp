@@ -67,8 +67,9 @@ std::string ageText(const Date& date, const Date& now) {
         const char* name;
     };
     static constexpr std::array units{Unit{86400, "day"}, Unit{3600, "hour"}, Unit{60, "minute"}, Unit{1, "second"}};
+    const std::int64_t whole = now.seconds - date.seconds - (now.nanoseconds < date.nanoseconds ? 1 : 0);
     for (const Unit& unit : units) {
-        if (const std::int64_t count = (now.seconds - date.seconds) / unit.seconds; count > 0) {
+        if (const std::int64_t count = whole / unit.seconds; count > 0) {
             return fmt::format("{} {}{}", count, unit.name, count == 1 ? "" : "s");
         }
     }

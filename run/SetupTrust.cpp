@@ -97,13 +97,4 @@ bool mayRunSetup(SetupTrust& trust, const std::string& setupPath,
     return true;
 }
 
-std::string listedFiles(const std::vector<std::string>& files) {
-    constexpr std::size_t most = 8;
-    std::string text;
-    for (std::size_t i = 0; i < std::min(files.size(), most); ++i) {
-        text += (i == 0 ? "" : ", ") + quotedForMessage(files[i]);
-    }
-    return files.size() > most ? text + fmt::format(" and {} more", files.size() - most) : text;
-}
-
 } // namespace orrery

@@ -34,7 +34,4 @@ private:
 [[nodiscard]] bool mayRunSetup(SetupTrust& trust, const std::string& setupPath,
                                const std::function<bool(const std::vector<std::string>& files)>& ask);
 
-/// "a, b and 3 more"
-[[nodiscard]] std::string listedFiles(const std::vector<std::string>& files);
-
 } // namespace orrery

@@ -69,7 +69,7 @@ TEST_P(ToolEnds, With0OnlyForThisRunsOwnWholeTable) {
 INSTANTIATE_TEST_SUITE_P(
     Runs, ToolEnds,
     testing::Values(
-        EndCase{"stale", true, "exit 0", {}, 1, false, "an earlier run (less than a second old); not printed"},
+        EndCase{"stale", true, "exit 0", {}, 1, false, "old); not printed without --accept-stale."},
         EndCase{"staleAccepted", true, "exit 0", {"--accept-stale"}, 1, true, "Results of an earlier run"},
         EndCase{"staleIsNotPartial", true, "exit 0", {"--accept-partial"}, 1, false, "without --accept-stale."},
         EndCase{"notStarted", true, "", {}, 1, false, "The engine could not be started."},

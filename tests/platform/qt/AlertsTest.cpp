@@ -1,6 +1,7 @@
 #include "platform/qt/AlertBox.h"
 #include "platform/qt/QtAlerts.h"
 #include "platform/qt/QtText.h"
+#include "support/OffscreenTest.h"
 
 #include <gmock/gmock.h>
 
@@ -13,17 +14,7 @@
 namespace orrery {
 namespace {
 
-class AlertsTest : public testing::Test {
-public:
-    static void SetUpTestSuite() {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-        static int count = 1;
-        static char name[] = "test";
-        static char* arguments[] = {name, nullptr};
-        application = std::make_unique<QApplication>(count, arguments);
-    }
-    static void TearDownTestSuite() { application.reset(); } // before Qt's own statics go
-
+class AlertsTest : public test::OffscreenTest {
 protected:
     AlertsTest() { m_window.show(); }
     void show(const AlertText& text, const std::string& name) {
@@ -38,7 +29,6 @@ protected:
         return boxes;
     }
 
-    static inline std::unique_ptr<QApplication> application;
     QWidget m_window;
     QtAlerts m_alerts{&m_window};
     std::vector<std::string> m_told; // who was told which answer

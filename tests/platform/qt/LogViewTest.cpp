@@ -4,6 +4,7 @@
 #include "platform/OrreryError.h"
 #include "platform/qt/LogPanel.h"
 #include "platform/qt/LogRow.h"
+#include "support/OffscreenTest.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -31,17 +32,7 @@ std::string numberedLines(int count, int first = 0) {
     return text;
 }
 
-class LogViewTest : public testing::Test {
-public:
-    static void SetUpTestSuite() {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-        static int count = 1;
-        static char name[] = "test";
-        static char* arguments[] = {name, nullptr};
-        application = std::make_unique<QApplication>(count, arguments);
-    }
-    static void TearDownTestSuite() { application.reset(); } // before Qt's own statics go
-
+class LogViewTest : public test::OffscreenTest {
 protected:
     LogViewTest() {
         m_panel.resize(500, 300);
@@ -75,7 +66,6 @@ protected:
         return *m_panel.findChild<Widget*>(name);
     }
 
-    static inline std::unique_ptr<QApplication> application;
     LogPanel m_panel;
     LogView& m_view = m_panel.view();
 };
