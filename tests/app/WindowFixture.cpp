@@ -91,6 +91,11 @@ void saveScreen(const std::string& testName) {
     std::cerr << "The screen: " << path << "\n";
 }
 
+/// Where a failure is told while no window is active, as it is for a moment when a sheet goes.
+void setFrontWindow(std::function<QWidget*()> frontWindow) {
+    static_cast<GuardedApplication*>(qApp)->setFrontWindow(std::move(frontWindow));
+}
+
 /// The desktop lives from the first test to the last: Qt's own statics must outlive the application object.
 class DesktopEnvironment : public testing::Environment {
     void SetUp() override { m_desktop = std::make_unique<Desktop>(); }
@@ -148,10 +153,12 @@ WindowTest::WindowTest() {
     ::setenv("TMPDIR", (files.path() + "tmp").c_str(), 1);
     services = std::make_unique<ApplicationServices>(std::make_unique<MemoryUserDefaults>());
     controller = std::make_unique<AppController>(*services);
+    setFrontWindow([this] { return controller->frontWindow(); });
 }
 
 WindowTest::~WindowTest() {
     if (HasFailure()) saveScreen(std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
+    setFrontWindow({});
     controller.reset();
     services.reset();
     ::unsetenv("TMPDIR"); // the folder goes now
