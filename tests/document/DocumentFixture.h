@@ -135,6 +135,15 @@ struct RecordingWindow : StatusView, ProgressWheel, TwoStateButton, Alerts, Slid
     }
 };
 
+/// Counts the waits that are shown, and cancels them when the test says so.
+struct CancellablePanel : WaitPanel {
+    void begin(std::string_view) override { ++open; }
+    bool update(double) override { return !cancels; }
+    void end() override { --open; }
+    int open = 0;
+    bool cancels = false;
+};
+
 /// A document with a recorded window, a fake engine and folders of its own.
 class DocumentTest : public testing::Test {
 public:
@@ -155,7 +164,7 @@ protected:
         return services;
     }
     /// Shows the document in the recorded window.
-    void show(MyDocument& document) {
+    void show(MyDocument& document, WaitPanel* panel = nullptr) {
         DocumentOutlets outlets;
         outlets.statusView = &window;
         outlets.progressWheel = &window;
@@ -164,6 +173,7 @@ protected:
         outlets.yRotationSlider = &window;
         outlets.independentVariableSettings = &window;
         outlets.glView = &plot;
+        outlets.waitPanel = panel;
         document.setOutlets(outlets);
     }
 
@@ -191,5 +201,24 @@ inline constexpr std::string_view cropModel = R"(<database>
 <object type="KSOUTPUT" id="b"><attribute name="name">yield</attribute><attribute name="varid">2</attribute>
   <attribute name="recordp">yes</attribute><relationship name="parent" idrefs="p"/></object>
 </database>)";
+
+/// A shown document with results of 2 (rain) × 3 (day) rows and two responses.
+class ResultsTest : public DocumentTest {
+protected:
+    ResultsTest() {
+        document.readFromFile(
+            files.write("a.orrery", "<Simulation><ModelPath>" + files.write("crop.xml", cropModel) +
+                                        "</ModelPath><Dimensions>{1,1}</Dimensions><RunLength>3</RunLength>"
+                                        "<ReportStep>10</ReportStep><StepsPerDay>10</StepsPerDay><Steppers><PortPath>"
+                                        "/Field/Crop/rain</PortPath><Start>0</Start><Step>1</Step><Stop>1</Stop>"
+                                        "</Steppers></Simulation>"));
+        show(document);
+        document.awakeFromNib();
+        temporary.write("Zephyr.txt", "a\tb\tc\tbiomass\tyield\n0 0 1\t1\t10\n0 0 2\t2\t20\n0 0 3\t4\t40\n"
+                                      "0 1 1\t1\t5\n0 1 2\t2\t6\n0 1 3\t3\t7\n");
+        document.buildResults();
+    }
+    MyDocument document{services()};
+};
 
 } // namespace orrery::test

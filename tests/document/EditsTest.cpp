@@ -1,6 +1,5 @@
 // The user's edits: what they do, what they count, and how they are taken back.
 #include "document/DocumentFixture.h"
-#include "document/Toolbar.h"
 #include "platform/Files.h"
 #include "platform/OrreryError.h"
 
@@ -127,14 +126,6 @@ TEST_F(EditsTest, UndoingTheChoiceOfAModelBringsItsTreeBack) {
     EXPECT_FALSE(document.modelModification());
 }
 
-struct ImpatientPanel : WaitPanel {
-    void begin(std::string_view) override { ++open; }
-    bool update(double) override { return !cancels; }
-    void end() override { --open; }
-    int open = 0;
-    bool cancels = false;
-};
-
 TEST_F(EditsTest, ACancelledImportLeavesTheModelAsItWas) {
     struct Case {
         const char* name;
@@ -156,11 +147,8 @@ TEST_F(EditsTest, ACancelledImportLeavesTheModelAsItWas) {
     for (const Case& row : cases) {
         MyDocument opened(services());
         opened.initWithType("");
-        ImpatientPanel panel;
-        show(opened);
-        DocumentOutlets outlets = opened.outlets();
-        outlets.waitPanel = &panel;
-        opened.setOutlets(outlets);
+        CancellablePanel panel;
+        show(opened, &panel);
         opened.useModel(insect);
         opened.useModel(ORRERY_SAMPLES "/crop.xml");
         opened.saveToFile(files.path() + "model.orrery");
@@ -182,12 +170,9 @@ TEST_F(EditsTest, ASetupWhoseModelIsNotWantedOpensWithoutOneUntilItIsChosenAgain
     document.saveToFile(files.path() + "model.orrery");
     MyDocument opened(services());
     opened.readFromFile(files.path() + "model.orrery");
-    ImpatientPanel panel;
+    CancellablePanel panel;
     panel.cancels = true;
-    show(opened);
-    DocumentOutlets outlets = opened.outlets();
-    outlets.waitPanel = &panel;
-    opened.setOutlets(outlets);
+    show(opened, &panel);
     opened.awakeFromNib();
     opened.refreshModel();
     EXPECT_TRUE(opened.modelTree().empty());
@@ -249,25 +234,6 @@ TEST_F(EditsTest, ASaveElsewhereKeepsTheModelAndSoDoesUndo) {
     document.undo(); // the run length
     document.undo();
     EXPECT_EQ(document.modelFilePath(), place + "weed.xml");
-}
-
-TEST_F(EditsTest, ARunAsksToSaveFieldsThatCountedNoChange) {
-    document.addPort(PortList::Steppers, "/a");
-    document.saveToFile(files.path() + "run.orrery");
-    show(document);
-    window.modalAnswer = 1;
-    document.editEntry(PortList::Steppers, 0, "stop", "3");
-    EXPECT_FALSE(document.isDocumentEdited());
-    document.runSimulation();
-    EXPECT_EQ(window.alerts.size(), 1U) << "the engine would run another sweep than the window shows";
-    EXPECT_TRUE(launcher.children.empty());
-}
-
-TEST_F(EditsTest, TheToolbarOffersRunAndThenSend) {
-    EXPECT_EQ(toolbarItemIdentifiers(), (std::vector<std::string>{"Run Simulation", "To Dorado"}));
-    EXPECT_EQ(toolbarItem("Run Simulation").tag, runTag);
-    EXPECT_EQ(toolbarItem("To Dorado").label, "Send To Dorado");
-    EXPECT_FALSE(toolbarItem("Print").action.has_value());
 }
 
 } // namespace

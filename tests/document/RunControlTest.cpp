@@ -29,6 +29,12 @@ protected:
     }
 
     void writeTable() { temporary.write("Zephyr.txt", sixRows); }
+    /// A whole run.
+    void run() {
+        document.runSimulation();
+        writeTable();
+        launcher.last().end();
+    }
 
     MyDocument document{services()};
 };
@@ -134,23 +140,6 @@ TEST_F(RunControlTest, AStartDuringARunAsksAndNeverReadsTheInterruptedTable) {
     EXPECT_FALSE(document.runControl().isAborted());
 }
 
-TEST_F(RunControlTest, AMissingTableIsToldAndTheDocumentStaysUsable) {
-    document.runSimulation();
-    launcher.last().end();
-    ASSERT_EQ(window.alerts.size(), 1U);
-    EXPECT_EQ(window.alerts[0].message, "File Not Found");
-    EXPECT_EQ(window.alerts[0].informative, "The data file, " + temporary.path() + "Zephyr.txt, was not found.");
-    EXPECT_EQ(window.button, ButtonState::Off);
-    EXPECT_FALSE(window.wheelTurns);
-    EXPECT_EQ(window.attention, 1U);
-    EXPECT_TRUE(window.sheets.empty());
-
-    document.runSimulation();
-    writeTable();
-    launcher.last().end();
-    EXPECT_TRUE(document.runControl().outcome().isWhole());
-}
-
 struct EndedRun {
     const char* name;
     bool earlierTable;
@@ -164,8 +153,7 @@ TEST_F(RunControlTest, TextAndStateTellHowARunEnded) {
     constexpr auto exited = ProcessEnd::Kind::Exited;
     const std::string whole = sixRows;
     for (const EndedRun& row :
-         {EndedRun{"whole", false, whole.c_str(), {exited, 0}, "output\u2026", "Done: 6 rows, 2 responses, less"},
-          EndedRun{
+         {EndedRun{
               "exitCode", true, whole.c_str(), {exited, 3}, "\nThe engine ended with exit code 3.", "; the engine"},
           EndedRun{"tooFewRows",
                    true,
@@ -187,7 +175,8 @@ TEST_F(RunControlTest, TextAndStateTellHowARunEnded) {
                    nullptr,
                    {ProcessEnd::Kind::NotStarted, 0},
                    "could not be started",
-                   "Failed: the engine could not be started"}}) {
+                   "Failed: the engine could not be started"},
+          EndedRun{"whole", false, whole.c_str(), {exited, 0}, "output\u2026", "Done: 6 rows, 2 responses, less"}}) {
         SCOPED_TRACE(row.name);
         std::filesystem::remove(temporary.path() + "Zephyr.txt");
         if (row.earlierTable) writeTable();
@@ -197,16 +186,26 @@ TEST_F(RunControlTest, TextAndStateTellHowARunEnded) {
         launcher.last().end(row.end);
         EXPECT_THAT(window.status, testing::HasSubstr(row.told));
         EXPECT_THAT(outcomeText(document.runControl().outcome(), currentDate()), testing::HasSubstr(row.state));
+        const bool failed = std::string_view(row.state).starts_with("Failed");
+        EXPECT_EQ(document.simulationData().empty(), failed);
+        EXPECT_EQ(document.dependentVariables().empty(), failed);
         EXPECT_EQ(window.button, ButtonState::Off);
+        EXPECT_FALSE(window.wheelTurns);
+        EXPECT_EQ(std::exchange(window.attention, 0), 1U);
     }
+    ASSERT_EQ(window.alerts.size(), 3U) << "tables that are missing";
+    EXPECT_EQ(window.alerts[0].message, "File Not Found");
+    EXPECT_EQ(window.alerts[0].informative, "The data file, " + temporary.path() + "Zephyr.txt, was not found.");
+    ASSERT_EQ(window.sheets.size(), 1U);
+    EXPECT_EQ(window.sheets[0].message, "The results could not be read.");
 }
 
 TEST_F(RunControlTest, WhatRanIsToldFromTheDocumentsSetupAndCanReadTheTable) {
     document.editEntry(PortList::Steppers, 0, "stop", "2"); // 3 × 3 rows now
-    window.modalAnswer = 2;                                 // Don't Save: the engine reads 2 × 3
-    document.runSimulation();
-    writeTable();
-    launcher.last().end();
+    EXPECT_FALSE(document.isDocumentEdited());
+    window.modalAnswer = 2; // Don't Save: the engine reads 2 × 3
+    run();
+    EXPECT_EQ(window.alerts.size(), 1U) << "asked to save although no change is counted";
     const std::string difference = "2 × 3 = 6 rows, not 3 × 3 = 9 rows";
     EXPECT_EQ(document.gridChoice().difference, difference);
     EXPECT_THAT(window.status, testing::HasSubstr(difference));
@@ -238,21 +237,6 @@ TEST_F(RunControlTest, AnEditDuringTheRunThatLeavesTheGridIsTold) {
     launcher.last().end();
     EXPECT_THAT(window.status, testing::HasSubstr("The document's setup is not the one that ran"));
     EXPECT_TRUE(document.gridChoice().difference.empty());
-}
-
-TEST_F(RunControlTest, AnAbortEmptiesThePlot) {
-    document.runSimulation();
-    writeTable();
-    launcher.last().end();
-    document.independentVariables().back().setFunction(1);
-    document.dependentVariables().front().setValue("includep", true);
-    document.setupPlotView();
-    ASSERT_FALSE(plot.ranges().empty());
-    document.runSimulation();
-    EXPECT_FALSE(plot.ranges().empty());
-    document.abortSimulation();
-    EXPECT_TRUE(plot.ranges().empty());
-    EXPECT_EQ(outcomeText(document.runControl().outcome(), currentDate()), "Aborted");
 }
 
 /// A setup in a folder of its own, which writes its result file beside that.
@@ -312,67 +296,54 @@ TEST_F(ForeignSetup, RunsUnaskedWhereItReplacesNothingOutside) {
 }
 
 TEST_F(RunControlTest, ACancelledReadingLeavesNoResults) {
-    struct CancellingPanel : WaitPanel {
-        void begin(std::string_view) override { open = true; }
-        bool update(double) override { return false; }
-        void end() override { open = false; }
-        bool open = false;
-    } panel;
-    DocumentOutlets outlets = document.outlets();
-    outlets.waitPanel = &panel;
-    document.setOutlets(outlets);
-    document.runSimulation();
-    writeTable();
-    launcher.last().end();
+    CancellablePanel panel;
+    panel.cancels = true;
+    show(document, &panel);
+    run();
     EXPECT_EQ(window.status, "Processing output\u2026\nAborted");
     EXPECT_TRUE(document.runControl().isAborted());
     EXPECT_TRUE(document.independentVariables().empty());
     EXPECT_TRUE(document.dependentVariables().empty());
-    EXPECT_FALSE(panel.open);
+    EXPECT_EQ(panel.open, 0);
     EXPECT_TRUE(window.sheets.empty());
 }
 
-TEST_F(RunControlTest, ARunOfTheSameVariablesKeepsWhatWasChosenToBeSeen) {
-    const auto run = [this] {
-        document.runSimulation();
-        writeTable();
-        launcher.last().end();
-    };
+TEST_F(RunControlTest, ARunOfTheSameVariablesKeepsWhatWasChosenToBeSeenAndAnAbortEmptiesThePlot) {
     run();
     document.independentVariables().back().setFunction(1);
     document.dependentVariables().front().setValue("includep", true);
     document.setupPlotView();
     const std::vector<VertexRange> shown = plot.ranges();
+    ASSERT_FALSE(shown.empty());
     run();
     EXPECT_EQ(document.independentVariables().back().function(), 1U);
     EXPECT_TRUE(document.dependentVariables().front().includep());
     EXPECT_TRUE(document.plotIsOutdated());
+    document.runSimulation();
     EXPECT_EQ(plot.ranges(), shown) << "drawn when the user next changes the plot";
+    document.abortSimulation();
+    EXPECT_TRUE(plot.ranges().empty());
+    EXPECT_EQ(outcomeText(document.runControl().outcome(), currentDate()), "Aborted");
 }
 
-TEST_F(RunControlTest, AFailureLeavesNoResultsOfAnEarlierRun) {
-    document.runSimulation();
-    writeTable();
-    launcher.last().end();
-    ASSERT_FALSE(document.simulationData().empty());
-    document.runSimulation();
-    temporary.write("Zephyr.txt", "too\tfew\n");
-    launcher.last().end();
-    EXPECT_TRUE(document.simulationData().empty());
-    EXPECT_TRUE(document.dependentVariables().empty());
-    EXPECT_EQ(window.sheets.back().message, "The results could not be read.");
-}
+/// An untitled document beside the one that runs, with a window of its own.
+struct SecondDocument {
+    explicit SecondDocument(DocumentServices services) : document(std::move(services)) {
+        document.setTheDictionary(defaultSetup());
+        DocumentOutlets outlets;
+        outlets.alerts = &window;
+        outlets.startStopButton = &window;
+        document.setOutlets(outlets);
+    }
+    RecordingWindow window;
+    MyDocument document;
+};
 
 TEST_F(RunControlTest, OneRunAtATimeUsesTheTemporaryDirectory) {
     document.runSimulation();
-    MyDocument second(services());
-    second.setTheDictionary(defaultSetup());
-    RecordingWindow otherWindow;
-    DocumentOutlets outlets;
-    outlets.alerts = &otherWindow;
-    outlets.startStopButton = &otherWindow;
-    second.setOutlets(outlets);
-
+    SecondDocument other(services());
+    MyDocument& second = other.document;
+    RecordingWindow& otherWindow = other.window;
     otherWindow.button = ButtonState::On;
     second.simulationStartOrAbort();
     ASSERT_EQ(otherWindow.sheets.size(), 1U);
@@ -403,29 +374,25 @@ TEST_F(RunControlTest, EveryAnswerWhileWaitingLeavesButtonAndStateInAgreement) {
     };
     using State = RunControl::State;
     for (const Case& row :
-         {Case{"cancel", "1ft", State::Idle}, Case{"waitTwice", "0ft", State::Running},
-          Case{"cancelAfterTheTurnCame", "ft1", State::Running}, Case{"waitAfterTheTurnCame", "ft0t", State::Running},
-          Case{"abortThenCancel", "a1ft", State::Idle}, Case{"abortThenWait", "a0ft", State::Running}}) {
+         {Case{"abort", "aft", State::Idle}, Case{"cancel", "1ft", State::Idle},
+          Case{"waitTwice", "0ft", State::Running}, Case{"cancelAfterTheTurnCame", "ft1", State::Running},
+          Case{"waitAfterTheTurnCame", "ft0t", State::Running}, Case{"abortThenCancel", "a1ft", State::Idle},
+          Case{"abortThenWait", "a0ft", State::Running}}) {
         SCOPED_TRACE(row.name);
         document.runSimulation();
-        RecordingWindow other;
-        MyDocument second(services());
-        second.setTheDictionary(defaultSetup());
-        DocumentOutlets outlets;
-        outlets.alerts = &other;
-        outlets.startStopButton = &other;
-        second.setOutlets(outlets);
+        SecondDocument other(services());
+        MyDocument& second = other.document;
         second.runSimulation();
-        other.sheetAnswer(0); // Wait
+        other.window.sheetAnswer(0); // Wait
         second.runSimulation();
         for (const char step : std::string_view(row.doing)) {
             if (step == 'a') second.abortSimulation();
             if (step == 'f') document.abortSimulation();
             if (step == 't') loop.tick();
-            if (step == '0' || step == '1') other.sheetAnswer(step == '0' ? 0 : 1);
+            if (step == '0' || step == '1') other.window.sheetAnswer(step == '0' ? 0 : 1);
         }
         EXPECT_EQ(second.runControl().state(), row.state);
-        EXPECT_EQ(other.button, row.state == State::Idle ? ButtonState::Off : ButtonState::On);
+        EXPECT_EQ(other.window.button, row.state == State::Idle ? ButtonState::Off : ButtonState::On);
         second.abortSimulation();
     }
 }
@@ -445,24 +412,11 @@ TEST_F(RunControlTest, ALockThatCannotBeTakenIsToldAndNothingElseChanges) {
     second.setTheDictionary(defaultSetup());
     second.runControl().setWaitsForTurn(true);
     second.runSimulation();
+    EXPECT_EQ(second.runControl().state(), RunControl::State::Waiting);
     std::filesystem::remove_all(temporary.path());
     loop.tick();
     EXPECT_EQ(second.runControl().state(), RunControl::State::Idle);
     EXPECT_EQ(document.runControl().state(), RunControl::State::Running);
-}
-
-TEST_F(RunControlTest, AnAbortEndsTheWaitForATurn) {
-    document.runSimulation();
-    MyDocument second(services());
-    second.setTheDictionary(defaultSetup());
-    second.runControl().setWaitsForTurn(true);
-    second.runSimulation();
-    EXPECT_EQ(second.runControl().state(), RunControl::State::Waiting);
-    second.abortSimulation();
-    document.abortSimulation();
-    loop.tick();
-    EXPECT_EQ(second.runControl().state(), RunControl::State::Idle);
-    EXPECT_EQ(launcher.children.size(), 1U);
 }
 
 TEST_F(RunControlTest, ADocumentThatGoesEndsItsEngineSilently) {
