@@ -202,23 +202,30 @@ inline constexpr std::string_view cropModel = R"(<database>
   <attribute name="recordp">yes</attribute><relationship name="parent" idrefs="p"/></object>
 </database>)";
 
-/// A shown document with results of 2 (rain) × 3 (day) rows and two responses.
-class ResultsTest : public DocumentTest {
+/// A shown document: a crop setup of 2 (rain) × 3 (day) rows.
+class CropTest : public DocumentTest {
 protected:
-    ResultsTest() {
-        document.readFromFile(
-            files.write("a.orrery", "<Simulation><ModelPath>" + files.write("crop.xml", cropModel) +
-                                        "</ModelPath><Dimensions>{1,1}</Dimensions><RunLength>3</RunLength>"
-                                        "<ReportStep>10</ReportStep><StepsPerDay>10</StepsPerDay><Steppers><PortPath>"
-                                        "/Field/Crop/rain</PortPath><Start>0</Start><Step>1</Step><Stop>1</Stop>"
-                                        "</Steppers></Simulation>"));
+    CropTest() {
+        document.readFromFile(files.write(
+            "crop.orrery", "<Simulation><ModelPath>" + files.write("crop.xml", cropModel) +
+                               "</ModelPath><Dimensions>{1,1}</Dimensions><RunLength>3</RunLength>"
+                               "<ReportStep>10</ReportStep><StepsPerDay>10</StepsPerDay><Steppers><PortPath>"
+                               "/Field/Crop/rain</PortPath><Start>0</Start><Step>1</Step><Stop>1</Stop>"
+                               "</Steppers></Simulation>"));
         show(document);
         document.awakeFromNib();
+    }
+    MyDocument document{services()};
+};
+
+/// With results of two responses.
+class ResultsTest : public CropTest {
+protected:
+    ResultsTest() {
         temporary.write("Zephyr.txt", "a\tb\tc\tbiomass\tyield\n0 0 1\t1\t10\n0 0 2\t2\t20\n0 0 3\t4\t40\n"
                                       "0 1 1\t1\t5\n0 1 2\t2\t6\n0 1 3\t3\t7\n");
         document.buildResults();
     }
-    MyDocument document{services()};
 };
 
 } // namespace orrery::test

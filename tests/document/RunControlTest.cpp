@@ -13,30 +13,14 @@ constexpr const char* sixRows = "row\train\tday\tbiomass\tyield\n"
                                 "0 0 1\t1\t10\n1 0 2\t2\t20\n2 0 3\t3\t30\n"
                                 "3 1 1\t4\t40\n4 1 2\t5\t50\n5 1 3\t6\t60\n";
 
-/// A saved crop setup of 2 × 3 rows, shown in the window.
-class RunControlTest : public DocumentTest {
+class RunControlTest : public CropTest {
 protected:
-    RunControlTest() {
-        SetupDictionary setup = defaultSetup();
-        setup.setText(setup_key::modelPath, files.write("crop.xml", cropModel));
-        setup.setText(setup_key::runLength, "3");
-        setup.mutableList(setup_key::steppers) = {
-            Entry{{"portPath", "/Field/Crop/rain"}, {"start", "0"}, {"step", "1"}, {"stop", "1"}}};
-        document.setTheDictionary(std::move(setup));
-        document.saveToFile(files.path() + "crop.orrery");
-        show(document);
-        document.awakeFromNib();
-    }
-
     void writeTable() { temporary.write("Zephyr.txt", sixRows); }
-    /// A whole run.
     void run() {
         document.runSimulation();
         writeTable();
         launcher.last().end();
     }
-
-    MyDocument document{services()};
 };
 
 TEST_F(RunControlTest, ARunGoesFromTheSavedFileToTheResults) {
@@ -140,43 +124,29 @@ TEST_F(RunControlTest, AStartDuringARunAsksAndNeverReadsTheInterruptedTable) {
     EXPECT_FALSE(document.runControl().isAborted());
 }
 
-struct EndedRun {
-    const char* name;
-    bool earlierTable;
-    const char* table; // that the engine writes; nullptr: none
-    ProcessEnd end;
-    const char* told; // at the end of the status text or in it
-    const char* state;
-};
-
 TEST_F(RunControlTest, TextAndStateTellHowARunEnded) {
-    constexpr auto exited = ProcessEnd::Kind::Exited;
-    const std::string whole = sixRows;
-    for (const EndedRun& row :
-         {EndedRun{
-              "exitCode", true, whole.c_str(), {exited, 3}, "\nThe engine ended with exit code 3.", "; the engine"},
-          EndedRun{"tooFewRows",
-                   true,
-                   "a\tb\tc\tbiomass\tyield\n0 0 1\t1\t10\n",
-                   {},
-                   "1 of 6 rows",
-                   "Incomplete: 1 of 6 rows, 2 responses, "},
-          EndedRun{"tooFewLabels", true, "a\tb\tc\tbiomass\n", {}, "label", "Failed: the results could not be read"},
-          EndedRun{"old",
-                   true,
-                   nullptr,
-                   {exited, 0},
-                   "was not written by this run",
-                   "Results of an earlier run (less than a second old)"},
-          EndedRun{"none", false, nullptr, {exited, 0}, "was not found", "Failed: the engine left no result table"},
-          EndedRun{"crash", false, nullptr, {ProcessEnd::Kind::Signalled, 11}, "signal 11", "Failed: the engine was"},
-          EndedRun{"notStarted",
-                   false,
-                   nullptr,
-                   {ProcessEnd::Kind::NotStarted, 0},
-                   "could not be started",
-                   "Failed: the engine could not be started"},
-          EndedRun{"whole", false, whole.c_str(), {exited, 0}, "output\u2026", "Done: 6 rows, 2 responses, less"}}) {
+    struct EndedRun {
+        const char* name;
+        bool earlierTable;
+        const char* table; // that the engine writes; nullptr: none
+        ProcessEnd end;
+        const char* told; // at the end of the status text or in it
+        const char* state;
+    };
+    using Kind = ProcessEnd::Kind;
+    const char* const oneRow = "a\tb\tc\tbiomass\tyield\n0 0 1\t1\t10\n";
+    const char* const oneLabel = "a\tb\tc\tbiomass\n";
+    const EndedRun cases[] = {
+        {"exitCode", true, sixRows, {Kind::Exited, 3}, "\nThe engine ended with exit code 3.", "; the engine"},
+        {"tooFewRows", true, oneRow, {}, "1 of 6 rows", "Incomplete: 1 of 6 rows, 2 responses, "},
+        {"tooFewLabels", true, oneLabel, {}, "label", "Failed: the results could not be read"},
+        {"old", true, nullptr, {}, "was not written by this run", "Results of an earlier run (less than a second old)"},
+        {"none", false, nullptr, {}, "was not found", "Failed: the engine left no result table"},
+        {"crash", false, nullptr, {Kind::Signalled, 11}, "signal 11", "Failed: the engine was"},
+        {"notStarted", false, nullptr, {Kind::NotStarted}, "not be started", "Failed: the engine could not be started"},
+        {"whole", false, sixRows, {}, "output\u2026", "Done: 6 rows, 2 responses, less"},
+    };
+    for (const EndedRun& row : cases) {
         SCOPED_TRACE(row.name);
         std::filesystem::remove(temporary.path() + "Zephyr.txt");
         if (row.earlierTable) writeTable();
