@@ -8,7 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <cstdint>
 #include <functional>
 #include <limits>
 #include <string>
@@ -23,25 +22,6 @@ std::string written(const std::function<void(JsonWriter&)>& write) {
     write(json);
     output.finish();
     return readWholeFile(folder.path() + "out.json");
-}
-
-TEST(JsonWriter, PutsCommasBetweenItemsAndNoneElsewhere) {
-    EXPECT_EQ(written([](JsonWriter& json) {
-                  json.beginObject();
-                  json.member("a", true);
-                  json.key("empty");
-                  json.beginArray();
-                  json.endArray();
-                  json.key("nested");
-                  json.beginArray();
-                  json.values(std::array<std::uint32_t, 2>{1, 4294967295U});
-                  json.beginObject();
-                  json.endObject();
-                  json.endArray();
-                  json.member("b", "text");
-                  json.endObject();
-              }),
-              R"({"a":true,"empty":[],"nested":[[1,4294967295],{}],"b":"text"})");
 }
 
 TEST(JsonWriter, WritesTheShortestNumberThatReadsBackAsTheSameSingle) {

@@ -139,39 +139,10 @@ TEST_F(Tool, RewritesEverySetupToTheSameBytesTheSecondTime) {
     }
 }
 
-TEST_F(Tool, PrintsModelAndSweep) {
-    const json model = run({"model", "model.xml"}).json();
-    ASSERT_EQ(model.size(), 1U);
-    EXPECT_EQ(model[0]["record"]["name"], "Crop");
-    EXPECT_EQ(model[0]["children"][1]["record"], json({{"name", "outputs"}}));
-    EXPECT_EQ(model[0]["children"][1]["children"][0]["record"],
-              json({{"class", "KSOUTPUT"}, {"id", "5"}, {"name", "biomass"}, {"recordp", "1"}, {"varid", "1"}}));
-
-    const json sweep = run({"sweep", "setup.orrery"}).json();
-    EXPECT_EQ(sweep["nRowsOfData"], 6);
-    EXPECT_EQ(sweep["independentVariables"][0], json({{"name", "/Field/Crop/water"},
-                                                      {"start", 0},
-                                                      {"stop", 2},
-                                                      {"step", 1},
-                                                      {"constant", 1},
-                                                      {"stride", 2},
-                                                      {"stridesPerCycle", 3},
-                                                      {"function", 0}}));
-}
-
 TEST_F(Tool, PrintsResultsAsJsonAndCsv) {
     (void)m_folder.write("Zephyr.txt", resultTable);
-    const json results = run({"results", "setup.orrery"}).json();
-    EXPECT_EQ(results["responseVariableLabels"], json({"biomass", "yield"}));
-    EXPECT_EQ(results["nRowsOfData"], 6);
-    EXPECT_EQ(results["yMax"], json({6, 6}));
-    EXPECT_EQ(results["simulationData"], json::parse("[1.5,-1,2.5,-2,3,3,0.1,4,5,5,6,6]"));
-    EXPECT_EQ(
-        results["dependentVariables"][0],
-        json(
-            {{"name", "Field/Crop/biomass"}, {"id", "5"}, {"includep", false}, {"scale", 1}, {"color", {1, 0, 0, 1}}}));
-    json summary = results;
-    summary.erase("simulationData");
+    json summary = run({"results", "setup.orrery"}).json();
+    EXPECT_EQ(summary.erase("simulationData"), 1U);
     EXPECT_EQ(run({"results", "setup.orrery", "--summary"}).json(), summary);
 
     EXPECT_EQ(run({"results", "setup.orrery", "--csv", "data.csv"}).out, "");
@@ -188,24 +159,13 @@ TEST_F(Tool, NotesATableThatEndsEarly) {
     EXPECT_EQ(done.json()["simulationData"].size(), 12U);
 }
 
-TEST_F(Tool, PlotsWhatIsChosen) {
+TEST_F(Tool, PlotsTheResponseThatIsNamedOrNothing) {
     (void)m_folder.write("Zephyr.txt", resultTable);
     const json curve = run({"plot", "setup.orrery", "--axis1", "/Field/Crop/water", "--hold", "day=167", "--include",
-                            "#1", "--scale", "Field/Crop/yield=0.5", "--json", "-"})
+                            "Field/Crop/yield", "--scale", "Field/Crop/yield=0.5", "--json", "-"})
                            .json();
-    EXPECT_EQ(curve["dimensions"], 2);
-    EXPECT_EQ(curve["labels"], json({"/Field/Crop/water"}));
     EXPECT_EQ(curve["ranges"], json({{0, 3}}));
-    EXPECT_EQ(curve["indices"], json({1, 3, 5}));
-    EXPECT_EQ(curve["vertices"].size(), 9U);
     EXPECT_EQ(curve["vertices"][7], 0) << "6 of at most 6, halved, lies in the middle";
-
-    const json surface = run({"plot", "setup.orrery", "--axis1", "#0", "--axis2", "#1", "--include", "#0", "--include",
-                              "#1", "--json", "-"})
-                             .json();
-    EXPECT_EQ(surface["ranges"], json({{0, 12}, {12, 12}}));
-    EXPECT_EQ(surface["vertices"].size(), 144U);
-    EXPECT_EQ(surface["colors"].size(), 2U);
 
     const json nothing = run({"plot", "setup.orrery", "--include", "#0", "--json", "-"}).json();
     EXPECT_EQ(nothing["dimensions"], 0);

@@ -25,9 +25,7 @@ namespace orrery {
 namespace {
 
 using testing::ElementsAre;
-using testing::FloatEq;
 using testing::IsEmpty;
-using testing::Pointwise;
 
 constexpr float nan = std::numeric_limits<float>::quiet_NaN();
 constexpr float inf = std::numeric_limits<float>::infinity();
@@ -73,34 +71,6 @@ struct Results {
     std::vector<std::uint32_t> rows;
 };
 
-struct LayoutCase {
-    const char* name;
-    std::vector<IndependentVariable> axes;
-    std::uint32_t dimensions;
-    std::vector<std::int32_t> counts; // xEdges, xQuads, zEdges, zQuads
-    std::uint64_t vertices;
-    std::vector<std::string> labels;
-};
-
-TEST(Layout, PutsTheAxisVariablesInListOrder) {
-    const LayoutCase cases[] = {
-        {"none", {axis("a", 0, 3), axis("day", 0, 5)}, 0, {0, 0, 0, 0}, 0, {}},
-        {"curve", {axis("a", 0, 3), axis("day", 2, 5)}, 2, {5, 4, 0, 0}, 5, {"day"}},
-        {"surface", {axis("a", 2, 3), axis("b", 0, 9), axis("c", 1, 4)}, 3, {3, 2, 4, 3}, 36, {"a", "c"}},
-        {"singleValueLeavesX", {axis("a", 1, 1), axis("b", 2, 4)}, 2, {4, 3, 0, 0}, 4, {"a", "b"}},
-        {"surfaceWithoutCells", {axis("a", 1, 3), axis("b", 2, 1)}, 3, {3, 2, 1, 0}, 0, {"a", "b"}},
-        {"noValuesOnEither", {axis("a", 1, 0), axis("b", 2, 0)}, 3, {0, -1, 0, -1}, 0, {"a", "b"}}};
-    for (const LayoutCase& row : cases) {
-        SCOPED_TRACE(row.name);
-        const PlotLayout layout = plotLayout(row.axes, responses({true, false, true}));
-        EXPECT_EQ(layout.dimensions, row.dimensions);
-        EXPECT_EQ((std::vector{layout.xEdges, layout.xQuads, layout.zEdges, layout.zQuads}), row.counts);
-        EXPECT_EQ(layout.verticesPerSurface(), row.vertices);
-        EXPECT_EQ(layout.labels, row.labels);
-        EXPECT_EQ(layout.nSurfaces, row.dimensions == 0 ? 0 : 2);
-    }
-}
-
 TEST(AxisRole, IsHeldByOneVariableAtATime) {
     std::vector<IndependentVariable> variables = {axis("a", 1, 3), axis("b", 2, 3), axis("day", 1, 3)};
     RoleChange change = claimAxisRole(variables, 2);
@@ -136,13 +106,6 @@ std::vector<float> writtenInPieces(decltype(write3DVertexData) write, const Plot
     return joined;
 }
 
-TEST(Curves, RunFromMinusOneAndReachOneAtTheMaximum) {
-    const Results results({9, 0, 0, 9, 0, 1, 9, 0, 2, 9, 0, 3, 9, 0, 4}, {false, false, true});
-    const auto vertices = make2DVertexData(results.layout({axis("day", 1, 5)}), results.source());
-    EXPECT_THAT(vertices, Pointwise(FloatEq(), {-1.0F, -1.0F, 0.0F, -0.6F, -0.5F, 0.0F, -0.2F, 0.0F, 0.0F, //
-                                                0.2F, 0.5F, 0.0F, 0.6F, 1.0F, 0.0F}));
-}
-
 TEST(Curves, GoOnOverTheBorderOfTwoPieces) {
     const Results results({1, 5, 2, 4, 3, 3, 4, 2, 5, 1}, {true, true});
     const PlotLayout layout = results.layout({axis("day", 1, 5)});
@@ -160,46 +123,6 @@ TEST(Curves, NeverReadPastTheRowsOrTheBlock) {
     results.rows = {0, 999};
     const auto vertices = make2DVertexData(layout, results.source());
     EXPECT_THAT((std::vector{vertices[1], vertices[4], vertices[7], vertices[10]}), ElementsAre(1, -1, -1, -1));
-}
-
-TEST(Surfaces, HaveTwoTrianglesACellWithFlatNormals) {
-    // One cell; along x from 0 to 1, along z from 0 to 2 on the far side only; scale 2 doubles the heights.
-    const Results results({0, 1, 2, 4}, {true}, 2);
-    const PlotLayout layout = results.layout({axis("a", 1, 2), axis("b", 2, 2)});
-    const auto vertices = make3DVertexData(layout, results.source());
-    const auto vertex = [&](std::size_t n) { return std::vector(&vertices[n * 6], &vertices[n * 6 + 6]); };
-    // Corners (x, y, z): (-1, 0, -1), (-1, 0.5, 1), (1, 2, 1), (1, 1, -1)
-    const float first = std::sqrt(3 * 3 + 4 * 4 + 1 * 1.0F);
-    const float second = std::sqrt(2 * 2 + 4 * 4 + 2 * 2.0F);
-    ASSERT_EQ(vertices.size(), 36U);
-    EXPECT_THAT(vertex(0), Pointwise(FloatEq(), {-3 / first, 4 / first, -1 / first, -1.0F, 0.0F, -1.0F}));
-    EXPECT_THAT(vertex(1), Pointwise(FloatEq(), {-3 / first, 4 / first, -1 / first, -1.0F, 0.5F, 1.0F}));
-    EXPECT_THAT(vertex(2), Pointwise(FloatEq(), {-3 / first, 4 / first, -1 / first, 1.0F, 2.0F, 1.0F}));
-    EXPECT_THAT(vertex(3), Pointwise(FloatEq(), {-2 / second, 4 / second, -2 / second, -1.0F, 0.0F, -1.0F}));
-    EXPECT_THAT(vertex(4), Pointwise(FloatEq(), {-2 / second, 4 / second, -2 / second, 1.0F, 2.0F, 1.0F}));
-    EXPECT_THAT(vertex(5), Pointwise(FloatEq(), {-2 / second, 4 / second, -2 / second, 1.0F, 1.0F, -1.0F}));
-}
-
-TEST(Surfaces, FollowOneAnotherWithCellsXMajor) {
-    std::vector<float> cells;
-    for (int point = 0; point < 12; ++point) {
-        cells.insert(cells.end(), {static_cast<float>(point), -1.0F, 11.0F});
-    }
-    const Results results(cells, {true, false, true});
-    const PlotLayout layout = results.layout({axis("a", 1, 3), axis("b", 2, 4)});
-    const auto vertices = make3DVertexData(layout, results.source());
-    ASSERT_EQ(vertices.size(), 2U * 216U);
-    EXPECT_THAT(vertexRanges(layout), ElementsAre(VertexRange{0, 36}, VertexRange{36, 36}));
-    for (std::size_t cell = 0; cell < 6; ++cell) {
-        const std::size_t i = cell / 3;
-        const std::size_t k = cell % 3;
-        const float* corner = &vertices[cell * 36];
-        EXPECT_FLOAT_EQ(corner[3], static_cast<float>(i) - 1);
-        EXPECT_FLOAT_EQ(corner[4], static_cast<float>(i * 4 + k) / 11);
-        EXPECT_FLOAT_EQ(corner[5], static_cast<float>(k) / 1.5F - 1);
-        EXPECT_THAT(std::vector(corner + 216, corner + 219), ElementsAre(0, 1, 0)); // the flat one
-        EXPECT_LT(corner[0], 0);                                                    // rises along x
-    }
 }
 
 /// The vertices cell by cell, from the heights of the only response.
