@@ -8,7 +8,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <map>
@@ -139,18 +138,6 @@ TEST(RunLock, TellsASecondOneWhoHoldsIt) {
         EXPECT_TRUE(std::holds_alternative<RunLock::Holder>(RunLock::tryAcquire(folder.path(), "")));
     }
     EXPECT_TRUE(std::holds_alternative<RunLock>(RunLock::tryAcquire(folder.path(), "")));
-}
-
-TEST(RunLock, TakesOverTheFileOfADeadProcess) {
-    const test::TemporaryFolder folder;
-    const pid_t child = fork();
-    if (child == 0) {
-        const auto lock = RunLock::tryAcquire(folder.path(), "killed");
-        (void)kill(getpid(), SIGKILL);
-    }
-    ASSERT_EQ(waitpid(child, nullptr, 0), child);
-    EXPECT_THAT(readWholeFile(folder.path() + "orrery-run.lock"), HasSubstr("killed"));
-    EXPECT_TRUE(std::holds_alternative<RunLock>(RunLock::tryAcquire(folder.path(), "next")));
 }
 
 TEST(RunLock, IsKeptByTheDirectoryWhereItsFileIsClearedAway) {
