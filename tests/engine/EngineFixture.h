@@ -2,14 +2,15 @@
 
 #include "engine/EngineRun.h"
 #include "engine/ModelText.h"
+#include "platform/Files.h"
+#include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <atomic>
+#include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <locale>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -24,41 +25,24 @@ struct TableText {
     [[nodiscard]] double number(std::size_t row, const std::string& label) const {
         for (std::size_t column = 0; column < labels.size(); ++column) {
             if (labels[column] == label) {
-                return numberOf(rows.at(row).at(column));
+                return std::strtod(rows.at(row).at(column).c_str(), nullptr);
             }
         }
         ADD_FAILURE() << "no column " << label;
         return 0;
     }
     [[nodiscard]] const std::string& cells(std::size_t row) const { return rows.at(row).back(); } // the last column
-    static double numberOf(const std::string& word) {
-        std::istringstream stream(word);
-        stream.imbue(std::locale::classic());
-        double value = 0;
-        stream >> value;
-        return value;
-    }
 };
 
 /// Runs small setups inside the test, each in a directory of its own.
 class EngineFixture : public testing::Test {
 protected:
-    void SetUp() override {
-        std::string pattern = testing::TempDir() + "orrery-engine-XXXXXX";
-        m_directory = mkdtemp(pattern.data());
-    }
-    void TearDown() override { std::filesystem::remove_all(m_directory); }
-
-    [[nodiscard]] std::string path(const std::string& name) const { return m_directory + "/" + name; }
-    void write(const std::string& name, const std::string& text) const { std::ofstream(path(name)) << text; }
-    [[nodiscard]] std::string read(const std::string& name) const {
-        std::ostringstream text;
-        text << std::ifstream(path(name)).rdbuf();
-        return text.str();
-    }
+    [[nodiscard]] std::string path(const std::string& name) const { return m_folder.path() + name; }
+    void write(const std::string& name, const std::string& text) const { (void)m_folder.write(name, text); }
+    [[nodiscard]] std::string read(const std::string& name) const { return readWholeFile(path(name)); }
     [[nodiscard]] std::vector<std::string> files() const {
         std::vector<std::string> names;
-        for (const auto& entry : std::filesystem::directory_iterator(m_directory)) {
+        for (const auto& entry : std::filesystem::directory_iterator(m_folder.path())) {
             names.push_back(entry.path().filename().string());
         }
         std::ranges::sort(names);
@@ -72,17 +56,17 @@ protected:
 
     void runFiles() {
         Progress progress([this](std::string_view line) { m_lines.append(line).append("\n"); }, m_stop);
-        runSetup(path("setup.orrery"), m_directory + "/", FirstDay(), progress);
+        runSetup(path("setup.orrery"), m_folder.path(), FirstDay(), progress);
     }
     TableText run(const ModelText& model, const std::string& setup) {
         write("model.xml", model.text());
         write("setup.orrery", setup);
         runFiles();
-        return table("Zephyr.txt");
+        return table();
     }
-    [[nodiscard]] TableText table(const std::string& name) const {
+    [[nodiscard]] TableText table() const {
         TableText table;
-        std::istringstream stream(read(name));
+        std::istringstream stream(read("Zephyr.txt"));
         std::string line;
         while (std::getline(stream, line)) {
             std::istringstream words(line);
@@ -99,7 +83,7 @@ protected:
         return table;
     }
 
-    std::string m_directory;
+    test::TemporaryFolder m_folder;
     std::string m_lines; // what the engine said
     std::atomic<bool> m_stop = false;
 };

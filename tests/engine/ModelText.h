@@ -50,11 +50,7 @@ private:
         std::string text = "<object type=\"" + className + "\" id=\"" + identifier + "\">";
         text += "<attribute name=\"name\">" + name + "</attribute>";
         for (const auto& [key, value] : attributes) {
-            text.append("<attribute name=\"")
-                .append(key)
-                .append("\"><![CDATA[")
-                .append(value)
-                .append("]]></attribute>");
+            text += "<attribute name=\"" + key + "\"><![CDATA[" + value + "]]></attribute>";
         }
         return text + relationships + "</object>\n";
     }

@@ -2,7 +2,6 @@
 #include "document/setup/SetupReader.h"
 #include "engine/EngineFixture.h"
 #include "model/ModelTree.h"
-#include "platform/Files.h"
 #include "run/ResponseVariables.h"
 #include "run/ResultTable.h"
 #include "run/SweepVariables.h"
@@ -24,10 +23,7 @@ using testing::HasSubstr;
 /// Starts the program on copies of the samples, with the test's directory as temporary directory.
 class Zephyr : public EngineFixture {
 protected:
-    void SetUp() override {
-        EngineFixture::SetUp();
-        std::filesystem::copy(ORRERY_SAMPLES, path("samples"), std::filesystem::copy_options::recursive);
-    }
+    Zephyr() { std::filesystem::copy(ORRERY_SAMPLES, path("samples"), std::filesystem::copy_options::recursive); }
 
     struct Ended {
         int status = -1;
@@ -35,7 +31,7 @@ protected:
     };
     [[nodiscard]] Ended shell(const std::string& script) const {
         const std::string environment =
-            "export TMPDIR='" + m_directory + "' Z='" ORRERY_BIN "/Zephyr'\ncd \"$TMPDIR\"\n";
+            "export TMPDIR='" + m_folder.path() + "' Z='" ORRERY_BIN "/Zephyr'\ncd \"$TMPDIR\"\n";
         write("script.sh", environment + script);
         std::FILE* const pipe = popen(("sh '" + path("script.sh") + "' 2>&1").c_str(), "r");
         Ended ended;
