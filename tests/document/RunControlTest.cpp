@@ -134,17 +134,19 @@ TEST_F(RunControlTest, TextAndStateTellHowARunEnded) {
         const char* state;
     };
     using Kind = ProcessEnd::Kind;
+    const ProcessEnd well{Kind::Exited, 0};
     const char* const oneRow = "a\tb\tc\tbiomass\tyield\n0 0 1\t1\t10\n";
     const char* const oneLabel = "a\tb\tc\tbiomass\n";
     const EndedRun cases[] = {
         {"exitCode", true, sixRows, {Kind::Exited, 3}, "\nThe engine ended with exit code 3.", "; the engine"},
         {"tooFewRows", true, oneRow, {}, "1 of 6 rows", "Incomplete: 1 of 6 rows, 2 responses, "},
         {"tooFewLabels", true, oneLabel, {}, "label", "Failed: the results could not be read"},
-        {"old", true, nullptr, {}, "was not written by this run", "Results of an earlier run (less than a second old)"},
-        {"none", false, nullptr, {}, "was not found", "Failed: the engine left no result table"},
+        {"old", true, nullptr, well, "was not written by this run",
+         "Results of an earlier run (less than a second old)"},
+        {"none", false, nullptr, well, "was not found", "Failed: the engine left no result table"},
         {"crash", false, nullptr, {Kind::Signalled, 11}, "signal 11", "Failed: the engine was"},
         {"notStarted", false, nullptr, {Kind::NotStarted}, "not be started", "Failed: the engine could not be started"},
-        {"whole", false, sixRows, {}, "output\u2026", "Done: 6 rows, 2 responses, less"},
+        {"whole", false, sixRows, well, "output\u2026", "Done: 6 rows, 2 responses, less"},
     };
     for (const EndedRun& row : cases) {
         SCOPED_TRACE(row.name);

@@ -2,7 +2,7 @@
 
 #include "model/ModelTree.h"
 
-#include <map>
+#include <ranges>
 #include <string>
 #include <utility>
 #include <vector>
@@ -18,15 +18,11 @@ struct ObjectText {
 };
 
 inline std::vector<std::string> words(const std::string& text) {
-    std::vector<std::string> found(1);
-    for (const char each : text) {
-        if (each == ' ') {
-            found.emplace_back();
-        } else {
-            found.back() += each;
-        }
+    std::vector<std::string> found;
+    for (const auto word : std::views::split(" " + text, ' ')) {
+        found.emplace_back(word.begin(), word.end());
     }
-    return found;
+    return {found.begin() + 1, found.end()};
 }
 
 inline std::vector<ModelRecord> records(const std::vector<ObjectText>& objects) {

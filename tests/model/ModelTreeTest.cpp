@@ -43,73 +43,67 @@ std::string outline(const ModelTree& tree) {
     return text;
 }
 
+const ObjectText rootLevel = {"KSLEVEL", "r", {{"name", "R"}}, {{"children", "a b"}}};
+const std::pair<std::string, std::string> inRoot = {"parent", "r"};
+
 struct TreeCase {
     const char* name;
     std::vector<ObjectText> objects;
     const char* outline;
 };
-class BuiltTree : public testing::TestWithParam<TreeCase> {
-protected:
-    void SetUp() override {
-        setLogSink([](std::string_view) {});
-    }
-    void TearDown() override { setLogSink({}); }
+const TreeCase treeCases[] = {
+    {"children in their order, top level in record order",
+     {{"KSHTL", "b", {{"name", "B"}}, {inRoot}}, rootLevel, {"KSTVDD", "a", {{"name", "A"}}, {inRoot}}},
+     "R[A B] shown: B A"},
+    {"outputs by varid's text, absent first, equal in record order",
+     {{"KSLEVEL", "r", {}, {{"outputs", "p q s t u v"}, {"inputs", "y x"}}},
+      {"KSOUTPUT", "v", {{"name", "v9"}, {"varid", "9"}}},
+      {"KSOUTPUT", "p", {{"name", "p10"}, {"varid", "10"}}},
+      {"KSOUTPUT", "q", {{"name", "q2"}, {"varid", "2"}}},
+      {"KSOUTPUT", "u", {{"name", "u"}}},
+      {"KSOUTPUT", "s", {{"name", "s2"}, {"varid", "2"}}},
+      {"KSOUTPUT", "t", {{"name", "t"}, {"varid", ""}}},
+      {"KSINPUT", "x", {{"varid", "1"}}},
+      {"KSINPUT", "y", {{"name", "y"}, {"varid", "2"}}}},
+     "KSLEVEL[<y <KSINPUT >u >t >p10 >q2 >s2 >v9] shown:"},
+    {"last owner wins",
+     {{"KSLEVEL", "r", {{"name", "R"}}, {{"children", "a b a"}, {"inputs", "p"}, {"outputs", "p"}}},
+      {"KSRANDOM", "a", {{"name", "A"}}, {{"inputs", "p q"}, inRoot}},
+      {"KSFILE", "b", {{"name", "B"}}, {{"inputs", "q"}}},
+      {"KSINPUT", "p", {{"name", "p"}}},
+      {"KSINPUT", "q", {{"name", "q"}}}},
+     "R[B[<q] A[<p]] shown: A"},
+    {"last parentless level is the root",
+     {{"KSLEVEL", "o", {{"name", "O"}}, {{"children", "a"}}},
+      {"KSWEATHER", "w"},
+      {"KSLEVEL", "r", {{"name", "R"}}},
+      {"KSLOOKUP", "a", {{"name", "A"}}, {inRoot}}},
+     "R shown: A"},
+    {"templates are left out",
+     {{"KSTEMPLATE", "t", {{"name", "T"}}, {inRoot}}, {"KSLEVEL", "r", {{"name", "R"}}}},
+     "R shown:"},
+    {"only levels have children",
+     {{"KSLEVEL", "r", {{"name", "R"}}, {{"children", "a"}}},
+      {"KSEXPRESSION", "a", {{"name", "A"}}, {{"children", "missing"}}},
+      {"KSINPUT", "p", {}, {{"inputs", "missing"}, inRoot}}},
+     "R[A] shown:"},
+    {"identifier used twice means the later",
+     {{"KSLEVEL", "r", {{"name", "R"}}, {{"children", "a"}}},
+      {"KS2DTVDD", "a", {{"name", "A"}}, {inRoot}},
+      {"KSINPUTSPLITTER", "a", {{"name", "A2"}}, {inRoot}}},
+     "R[A2] shown: A A2"},
+    {"later attribute wins",
+     {{"KSLEVEL", "r", {{"name", "R"}, {"name", "S"}}}, {"KSRANDOM", nullptr, {}, {inRoot}}},
+     "S shown: KSRANDOM"},
 };
 
-TEST_P(BuiltTree, FollowsTheRelationships) {
-    EXPECT_EQ(outline(nodesFromDictionaries(records(GetParam().objects), "m.xml")), GetParam().outline);
+TEST(ModelTree, FollowsTheRelationships) {
+    setLogSink([](std::string_view) {});
+    for (const TreeCase& row : treeCases) {
+        EXPECT_EQ(outline(nodesFromDictionaries(records(row.objects), "m.xml")), row.outline) << row.name;
+    }
+    setLogSink({});
 }
-
-const ObjectText rootLevel = {"KSLEVEL", "r", {{"name", "R"}}, {{"children", "a b"}}};
-const std::pair<std::string, std::string> inRoot = {"parent", "r"};
-
-INSTANTIATE_TEST_SUITE_P(
-    Models, BuiltTree,
-    testing::Values(
-        TreeCase{"childrenInTheirOrderTopLevelInRecordOrder",
-                 {{"KSHTL", "b", {{"name", "B"}}, {inRoot}}, rootLevel, {"KSTVDD", "a", {{"name", "A"}}, {inRoot}}},
-                 "R[A B] shown: B A"},
-        TreeCase{"outputsByVaridTextAbsentFirstEqualInRecordOrder",
-                 {{"KSLEVEL", "r", {}, {{"outputs", "p q s t u v"}, {"inputs", "y x"}}},
-                  {"KSOUTPUT", "v", {{"name", "v9"}, {"varid", "9"}}},
-                  {"KSOUTPUT", "p", {{"name", "p10"}, {"varid", "10"}}},
-                  {"KSOUTPUT", "q", {{"name", "q2"}, {"varid", "2"}}},
-                  {"KSOUTPUT", "u", {{"name", "u"}}},
-                  {"KSOUTPUT", "s", {{"name", "s2"}, {"varid", "2"}}},
-                  {"KSOUTPUT", "t", {{"name", "t"}, {"varid", ""}}},
-                  {"KSINPUT", "x", {{"varid", "1"}}},
-                  {"KSINPUT", "y", {{"name", "y"}, {"varid", "2"}}}},
-                 "KSLEVEL[<y <KSINPUT >u >t >p10 >q2 >s2 >v9] shown:"},
-        TreeCase{"lastOwnerWins",
-                 {{"KSLEVEL", "r", {{"name", "R"}}, {{"children", "a b a"}, {"inputs", "p"}, {"outputs", "p"}}},
-                  {"KSRANDOM", "a", {{"name", "A"}}, {{"inputs", "p q"}, inRoot}},
-                  {"KSFILE", "b", {{"name", "B"}}, {{"inputs", "q"}}},
-                  {"KSINPUT", "p", {{"name", "p"}}},
-                  {"KSINPUT", "q", {{"name", "q"}}}},
-                 "R[B[<q] A[<p]] shown: A"},
-        TreeCase{"lastParentlessLevelIsTheRoot",
-                 {{"KSLEVEL", "o", {{"name", "O"}}, {{"children", "a"}}},
-                  {"KSWEATHER", "w", {}, {}},
-                  {"KSLEVEL", "r", {{"name", "R"}}, {}},
-                  {"KSLOOKUP", "a", {{"name", "A"}}, {inRoot}}},
-                 "R shown: A"},
-        TreeCase{"templatesAreLeftOut",
-                 {{"KSTEMPLATE", "t", {{"name", "T"}}, {inRoot}}, {"KSLEVEL", "r", {{"name", "R"}}}},
-                 "R shown:"},
-        TreeCase{"onlyLevelsHaveChildren",
-                 {{"KSLEVEL", "r", {{"name", "R"}}, {{"children", "a"}}},
-                  {"KSEXPRESSION", "a", {{"name", "A"}}, {{"children", "missing"}}},
-                  {"KSINPUT", "p", {}, {{"inputs", "missing"}, inRoot}}},
-                 "R[A] shown:"},
-        TreeCase{"identifierUsedTwiceMeansTheLater",
-                 {{"KSLEVEL", "r", {{"name", "R"}}, {{"children", "a"}}},
-                  {"KS2DTVDD", "a", {{"name", "A"}}, {inRoot}},
-                  {"KSINPUTSPLITTER", "a", {{"name", "A2"}}, {inRoot}}},
-                 "R[A2] shown: A A2"},
-        TreeCase{"laterAttributeWins",
-                 {{"KSLEVEL", "r", {{"name", "R"}, {"name", "S"}}, {}}, {"KSRANDOM", nullptr, {}, {inRoot}}},
-                 "S shown: KSRANDOM"}),
-    [](const auto& row) { return row.param.name; });
 
 TEST(ModelTree, RecordsHoldTextsOnlyAndStayValidWhenTheTreeIsMoved) {
     ModelTree tree = nodesFromDictionaries(
@@ -122,65 +116,49 @@ TEST(ModelTree, RecordsHoldTextsOnlyAndStayValidWhenTheTreeIsMoved) {
 }
 
 struct FailureCase {
-    const char* name;
     std::vector<ObjectText> objects;
-    const char* beginning;
-    const char* further;
     std::size_t line;
+    const char* beginning;
+    const char* further = "";
 };
-class BadModel : public testing::TestWithParam<FailureCase> {};
+constexpr const char* noChild = "Failure to find child node";
+const FailureCase failureCases[] = {
+    {{{"KSLevel", "z"}}, 1, "Couldn't find class for KSLevel", "\"z\""},
+    {{{"KSLEVEL", "r"}, {nullptr, "z"}}, 2, "Couldn't find class for ", "no type"},
+    {{}, 0, "No root", "no model objects"},
+    {{{"KSTEMPLATE", "t"}}, 0, "No root"},
+    {{{"KSLEVEL", "r", {}, {{"parent", ""}}}}, 0, "No root"},
+    {{{"KSRANDOM", "r"}}, 0, "No root"},
+    {{{"KSLEVEL", "r"}, {"KSLEVEL", nullptr}}, 0, "No root", "no identifier"},
+    {{rootLevel}, 1, noChild, "names \"a\" among its \"children\""},
+    {{{"KSTEMPLATE", "t"}, {"KSLEVEL", "r", {}, {{"children", "t"}}}}, 2, noChild, "template"},
+    {{{"KSLEVEL", "r", {}, {{"inputs", ""}}}}, 1, noChild, "empty"},
+    {{{"KSLEVEL", "r"}, {"KSHTL", "h", {}, {{"outputs", "x"}}}}, 2, noChild, "\"x\""},
+    {{rootLevel, {"NOVEL", "n"}}, 2, "Couldn't find class for NOVEL"}, // before root and child
+    {{{"KSLEVEL", "r", {{"name", "R"}}, {{"children", "r"}}}}, 1, "The level \"R\"", "ancestor"},
+    {{{"KSLEVEL", "r"}, {"KSHTL", "h", {{"name", "H"}}, {{"inputs", "h"}}}}, 2, "The part \"H\"", "ancestor"},
+    {{{"KSLEVEL", "r"}, // a cycle beside the root
+      {"KSLEVEL", "a", {{"name", "A"}}, {{"children", "b"}, {"parent", "b"}}},
+      {"KSLEVEL", "b", {}, {{"children", "a"}, {"parent", "a"}}}},
+     2,
+     "The level \"A\"",
+     "ancestor"},
+};
 
-TEST_P(BadModel, IsRefusedWithPlaceAndCulprit) {
-    try {
-        (void)nodesFromDictionaries(records(GetParam().objects), "m.xml");
-        FAIL() << "the model was accepted";
-    } catch (const OrreryError& error) {
-        EXPECT_THAT(error.problem(), StartsWith(GetParam().beginning));
-        EXPECT_THAT(error.problem(), HasSubstr(GetParam().further));
-        EXPECT_EQ(error.place().file, "m.xml");
-        EXPECT_EQ(error.place().line, GetParam().line);
+TEST(BadModel, IsRefusedWithPlaceAndCulprit) {
+    for (const FailureCase& row : failureCases) {
+        SCOPED_TRACE(testing::Message() << row.objects.size() << " objects: " << row.beginning << row.further);
+        try {
+            (void)nodesFromDictionaries(records(row.objects), "m.xml");
+            ADD_FAILURE() << "the model was accepted";
+        } catch (const OrreryError& error) {
+            EXPECT_THAT(error.problem(), StartsWith(row.beginning));
+            EXPECT_THAT(error.problem(), HasSubstr(row.further));
+            EXPECT_EQ(error.place().file, "m.xml");
+            EXPECT_EQ(error.place().line, row.line);
+        }
     }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Models, BadModel,
-    testing::Values(
-        FailureCase{"notUpperCase", {{"KSLevel", "z"}}, "Couldn't find class for KSLevel", "\"z\"", 1},
-        FailureCase{"noType", {{"KSLEVEL", "r"}, {nullptr, "z"}}, "Couldn't find class for ", "no type", 2},
-        FailureCase{"noObjects", {}, "No root", "no model objects", 0},
-        FailureCase{"templatesOnly", {{"KSTEMPLATE", "t"}}, "No root", "", 0},
-        FailureCase{"emptyParentReference", {{"KSLEVEL", "r", {}, {{"parent", ""}}}}, "No root", "", 0},
-        FailureCase{"parentlessPartOnly", {{"KSRANDOM", "r"}}, "No root", "", 0},
-        FailureCase{"rootWithoutIdentifier", {{"KSLEVEL", "r"}, {"KSLEVEL", nullptr}}, "No root", "no identifier", 0},
-        FailureCase{"missingChild", {rootLevel}, "Failure to find child node", "names \"a\" among its \"children\"", 1},
-        FailureCase{"templateAsChild",
-                    {{"KSTEMPLATE", "t"}, {"KSLEVEL", "r", {}, {{"children", "t"}}}},
-                    "Failure to find child node",
-                    "template",
-                    2},
-        FailureCase{
-            "emptyReference", {{"KSLEVEL", "r", {}, {{"inputs", ""}}}}, "Failure to find child node", "empty", 1},
-        FailureCase{"missingOutputOfAPart",
-                    {{"KSLEVEL", "r"}, {"KSHTL", "h", {}, {{"outputs", "x"}}}},
-                    "Failure to find child node",
-                    "\"x\"",
-                    2},
-        FailureCase{"classBeforeRootBeforeChild", {rootLevel, {"NOVEL", "n"}}, "Couldn't find class for NOVEL", "", 2},
-        FailureCase{
-            "ownChild", {{"KSLEVEL", "r", {{"name", "R"}}, {{"children", "r"}}}}, "The level \"R\"", "ancestor", 1},
-        FailureCase{"ownInput",
-                    {{"KSLEVEL", "r"}, {"KSHTL", "h", {{"name", "H"}}, {{"inputs", "h"}}}},
-                    "The part \"H\"",
-                    "ancestor",
-                    2},
-        FailureCase{"cycleBesideTheRoot",
-                    {{"KSLEVEL", "r"},
-                     {"KSLEVEL", "a", {{"name", "A"}}, {{"children", "b"}, {"parent", "b"}}},
-                     {"KSLEVEL", "b", {}, {{"children", "a"}, {"parent", "a"}}}},
-                    "The level \"A\"",
-                    "ancestor",
-                    2}),
-    [](const auto& row) { return row.param.name; });
 
 std::vector<ModelRecord> chainOfLevels(std::size_t count) {
     std::vector<ModelRecord> chain(count);

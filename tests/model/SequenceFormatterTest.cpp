@@ -38,20 +38,18 @@ TEST(SequenceFormatter, AcceptsOneNumberAndNothingElse) {
 }
 
 TEST(SequenceFormatter, ShowsANumberAsTheShortestTextThatAPersonWrites) {
-    const std::pair<const char*, const char*> cases[] = {
-        {"0.1000000014901161", "0.1"},
-        {"-2.50e1", "-25"},
-        {"16777217", "16777216"},
-        {"1e5", "100000"},
-        {"0.00001", "0.00001"},
-        {"1e-6", "1e-06"},
-        {"1e9", "1000000000"},
-        {"1e10", "1e+10"},
-        {"-0", "-0"},
-        {"3.4e38", "3.4e+38"},
-        {"1e-45", "1e-45"},
-        {"1e-60", "0"},
-    };
+    const std::pair<const char*, const char*> cases[] = {{"0.1000000014901161", "0.1"},
+                                                         {"-2.50e1", "-25"},
+                                                         {"16777217", "16777216"},
+                                                         {"1e5", "100000"},
+                                                         {"0.00001", "0.00001"},
+                                                         {"1e-6", "1e-06"},
+                                                         {"1e9", "1000000000"},
+                                                         {"1e10", "1e+10"},
+                                                         {"-0", "-0"},
+                                                         {"3.4e38", "3.4e+38"},
+                                                         {"1e-45", "1e-45"},
+                                                         {"1e-60", "0"}};
     for (const auto& [typed, shown] : cases) {
         const std::optional<float> value = SequenceFormatter::getObjectValue(typed).value;
         EXPECT_EQ(SequenceFormatter::stringForObjectValue(*value), shown);
