@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <optional>
@@ -16,11 +17,14 @@
 namespace orrery::test {
 
 /// Sets every text as a full white block of known size, so that a label's place can be measured whatever the fonts.
+/// Keeps the size of the letters that it was asked for.
 class BlockRasterizer : public TextRasterizer {
 public:
     static constexpr int width = 40;
     static constexpr int height = 12;
     [[nodiscard]] Pixels rasterize(std::string_view text, const TextAttributes& attributes, int maxWidth) override;
+    int wanted = width; // as far as there is room
+    double letters = 0;
 };
 
 /// A surface that can be on a dense screen.
@@ -29,6 +33,9 @@ struct TestSurface : EglSurface {
     [[nodiscard]] double scale() const override { return density; }
     double density = 1;
 };
+
+/// Gives the view the camera and the light of a new window.
+void lookAsANewWindow(OpenGLPlotView& view);
 
 /// A view on a surface of its own with a new window's camera.
 struct TestView {
@@ -61,6 +68,10 @@ struct Region {
     int bottom = 0;
     int right = 0;
     int top = 0;
+
+    void include(int x, int y) {
+        *this = {std::min(left, x), std::min(bottom, y), std::max(right, x), std::max(top, y)};
+    }
 };
 /// The least region that holds every pixel for which `wanted` says so; none when there is no such pixel.
 template <typename Wanted>
@@ -69,9 +80,7 @@ template <typename Wanted>
     for (int y = 0; y < picture.height; ++y) {
         for (int x = 0; x < picture.width; ++x) {
             if (!wanted(x, y)) continue;
-            Region& region = found ? *found : found.emplace(Region{x, y, x, y});
-            region = {std::min(region.left, x), std::min(region.bottom, y), std::max(region.right, x),
-                      std::max(region.top, y)};
+            (found ? *found : found.emplace(Region{x, y, x, y})).include(x, y);
         }
     }
     return found;

@@ -12,41 +12,37 @@ int brightness(const Rgb& color) {
     return color[0] + color[1] + color[2];
 }
 
-struct SizeCase {
-    const char* name;
-    int width;
-    int height;
-    int samples;
-};
-class CurvePlace : public GlTest, public ::testing::WithParamInterface<SizeCase> {};
-TEST_P(CurvePlace, IsWhereTheSquareOfThePlotPutsIt) {
-    const int width = GetParam().width;
-    const int height = GetParam().height;
-    TestView test(width, height, GetParam().samples);
-    const Pixels picture = test.frameOf(
-        {.axes = {"day"},
-         .xCount = 5,
-         .responses = {[](auto x, auto) { return static_cast<float>(x) + 1; }, [](auto, auto) { return 0.5F; }},
-         .colors = {{1, 0, 0, 1}, {1, 1, 0, 1}}});
-    const auto at = [&](double x, double y) {
-        return pixel(picture, (0.8 * (x + 0.1) + 1) / 2 * width, (0.8 * (y + 0.1) + 1) / 2 * height);
+TEST_F(GlTest, ACurveIsWhereTheSquareOfThePlotPutsIt) {
+    struct Size {
+        int width;
+        int height;
+        int samples;
     };
-    for (int i = 0; i < 4; ++i) { // in the middle between two points, where the line has its full colour
-        const double x = (i + 0.5) * 0.4 - 1;
-        const double y = 2 * (i + 1.5) / 5 - 1;
-        EXPECT_GT(at(x, y)[0], 150) << i;
-        EXPECT_LT(at(x, y)[2], 60) << i;
-        EXPECT_GT(at(x, -0.8)[1], 150) << "the lower curve " << i;
-        EXPECT_LT(brightness(at(x, y + 0.15)), 30) << "above " << i;
+    for (const auto& [width, height, samples] :
+         {Size{300, 240, 1}, Size{500, 100, 1}, Size{120, 400, 1}, Size{300, 240, 4}}) {
+        SCOPED_TRACE(width * samples);
+        TestView test(width, height, samples);
+        const Pixels picture = test.frameOf(
+            {.axes = {"day"},
+             .xCount = 5,
+             .responses = {[](auto x, auto) { return static_cast<float>(x) + 1; }, [](auto, auto) { return 0.5F; }},
+             .colors = {{1, 0, 0, 1}, {1, 1, 0, 1}}});
+        const auto at = [&, w = width, h = height](double x, double y) {
+            return pixel(picture, (0.8 * (x + 0.1) + 1) / 2 * w, (0.8 * (y + 0.1) + 1) / 2 * h);
+        };
+        for (int i = 0; i < 4; ++i) { // in the middle between two points, where the line has its full colour
+            const double x = (i + 0.5) * 0.4 - 1;
+            const double y = 2 * (i + 1.5) / 5 - 1;
+            EXPECT_GT(at(x, y)[0], 150) << i;
+            EXPECT_LT(at(x, y)[2], 60) << i;
+            EXPECT_GT(at(x, -0.8)[1], 150) << "the lower curve " << i;
+            EXPECT_LT(brightness(at(x, y + 0.15)), 30) << "above " << i;
+        }
+        EXPECT_LT(brightness(at(0.8, 0.3)), 30) << "the last point lies two steps short of the end";
+        EXPECT_GT(at(-1, 0.5)[2], 150) << "upright axis";
+        EXPECT_GT(at(0.9, -1)[2], 150) << "level axis";
     }
-    EXPECT_LT(brightness(at(0.8, 0.3)), 30) << "the last point lies two steps short of the end";
-    EXPECT_GT(at(-1, 0.5)[2], 150) << "upright axis";
-    EXPECT_GT(at(0.9, -1)[2], 150) << "level axis";
 }
-INSTANTIATE_TEST_SUITE_P(Sizes, CurvePlace,
-                         ::testing::Values(SizeCase{"usual", 300, 240, 1}, SizeCase{"wide", 500, 100, 1},
-                                           SizeCase{"tall", 120, 400, 1}, SizeCase{"sampled", 300, 240, 4}),
-                         [](const auto& row) { return row.param.name; });
 
 TEST_F(GlTest, CurvesAreOpaqueAndIgnoreCameraAndRotation) {
     TestView test;
@@ -69,46 +65,34 @@ TEST_F(GlTest, TheLabelOfCurvesStandsBelowTheMiddleOfTheAxis) {
 }
 
 TEST_F(GlTest, ALabelIsMadeForTheRoomThatItsViewHas) {
-    struct WideRasterizer : BlockRasterizer {
-        [[nodiscard]] Pixels rasterize(std::string_view /*text*/, const TextAttributes& /*attributes*/,
-                                       int maxWidth) override {
-            const int made = std::min(500, maxWidth);
-            return {made, height, std::vector<std::uint8_t>(std::size_t(made) * height * 4, 255)};
-        }
-    } wide;
     for (const int width : {300, 1200}) {
-        EglSurface surface(width, 240);
-        OpenGLPlotView view(surface, wide);
-        ASSERT_TRUE(surface.makeCurrent());
-        view.prepareOpenGL();
-        const Scene scene{.axes = {"day"}, .xCount = 2, .responses = {[](auto, auto) { return 1.0F; }}};
-        scene.show(view);
-        view.drawRect();
+        TestView test(width, 240);
+        test.rasterizer.wanted = 500;
+        Scene{.axes = {"day"}, .xCount = 2, .responses = {[](auto, auto) { return 1.0F; }}}.show(test.view);
+        test.view.drawRect();
         const int room = static_cast<int>(width - (0.8 * 0.1 + 1) / 2 * width);
-        EXPECT_NEAR(view.labels().front().texSize().width, std::min(room, 500), 1) << width; // by a projection
+        EXPECT_NEAR(test.view.labels().front().texSize().width, std::min(room, 500), 1) << width; // by a projection
     }
 }
 
-class LabelPlace : public GlTest, public ::testing::WithParamInterface<int> {};
-TEST_P(LabelPlace, IsTheProjectedEndOfItsAxisAtEveryRotation) {
-    TestView test(400, 300);
-    test.view.setYRotation(static_cast<float>(GetParam()));
-    const Pixels picture = test.frameOf(axesOnly());
-    for (const Vector3 end : {Vector3{1, 0, -1}, Vector3{-1, 0, 1}}) {
-        const WindowPoint corner = projected(end, GetParam(), 400, 300);
-        const auto inside = [&](double x, double y) { return pixel(picture, corner.x + x, corner.y + y); };
-        constexpr double right = BlockRasterizer::width;
-        constexpr double top = BlockRasterizer::height;
-        for (const auto& [x, y] : {std::pair{2.0, 2.0}, {right - 2, 2.0}, {2.0, top - 2}, {right - 2, top - 2}}) {
-            EXPECT_EQ(inside(x, y), (Rgb{0, 255, 0})) << x << ' ' << y;
+TEST_F(GlTest, ALabelIsAtTheProjectedEndOfItsAxisAtEveryRotation) {
+    for (const int degrees : {-30, 0, 20, 60, 90, 180, 250, 270, 765}) { // where neither label covers the other
+        TestView test(400, 300);
+        test.view.setYRotation(static_cast<float>(degrees));
+        const Pixels picture = test.frameOf(axesOnly());
+        for (const Vector3 end : {Vector3{1, 0, -1}, Vector3{-1, 0, 1}}) {
+            const WindowPoint corner = projected(end, degrees, 400, 300);
+            const auto inside = [&](double x, double y) { return pixel(picture, corner.x + x, corner.y + y); };
+            constexpr double right = BlockRasterizer::width;
+            constexpr double top = BlockRasterizer::height;
+            for (const auto& [x, y] : {std::pair{2.0, 2.0}, {right - 2, 2.0}, {2.0, top - 2}, {right - 2, top - 2}})
+                EXPECT_EQ(inside(x, y), (Rgb{0, 255, 0})) << degrees << ": " << x << ' ' << y;
+            EXPECT_EQ(inside(5, top + 2)[1], 0) << degrees;
+            EXPECT_EQ(inside(-2, top - 2)[1], 0) << degrees;
+            EXPECT_EQ(inside(right + 2, 5)[1], 0) << degrees;
         }
-        EXPECT_EQ(inside(5, top + 2)[1], 0);
-        EXPECT_EQ(inside(-2, top - 2)[1], 0);
-        EXPECT_EQ(inside(right + 2, 5)[1], 0);
     }
 }
-// Angles at which neither label covers the other.
-INSTANTIATE_TEST_SUITE_P(Degrees, LabelPlace, ::testing::Values(-30, 0, 20, 60, 90, 180, 250, 270, 765));
 
 TEST_F(GlTest, AxesRunFromTheCornerToTheirEnds) {
     TestView test(400, 300);
@@ -134,10 +118,8 @@ TEST_F(GlTest, ARaisedPointShowsThereAndNowhereElse) {
         for (const double z : {2, 4}) {
             for (const double y : {0.8, 1.0}) {
                 const WindowPoint at = projected({x / 5 - 1, y, z / 5 - 1}, 20, 300, 240);
-                allowed.left = std::min(allowed.left, static_cast<int>(at.x) - 2);
-                allowed.right = std::max(allowed.right, static_cast<int>(at.x) + 2);
-                allowed.bottom = std::min(allowed.bottom, static_cast<int>(at.y) - 2);
-                allowed.top = std::max(allowed.top, static_cast<int>(at.y) + 2);
+                allowed.include(static_cast<int>(at.x) - 2, static_cast<int>(at.y) - 2);
+                allowed.include(static_cast<int>(at.x) + 2, static_cast<int>(at.y) + 2);
             }
         }
     }
@@ -192,49 +174,37 @@ TEST_F(GlTest, SurfacesLetATenthThrough) {
     EXPECT_LT(through[0], 40);
 }
 
-struct SceneCase {
-    const char* name;
-    Scene scene;
-};
-class WholePicture : public GlTest, public ::testing::WithParamInterface<SceneCase> {};
-TEST_P(WholePicture, ShowsSomethingAndLeavesTheTargetOpaque) {
-    TestView test(300, 240, 4);
-    test.view.setYRotation(35);
-    const Pixels picture = test.frameOf(GetParam().scene);
-    std::size_t shown = 0;
-    for (std::size_t i = 0; i < picture.rgba.size(); i += 4) {
-        ASSERT_EQ(picture.rgba[i + 3], 255);
-        shown += picture.rgba[i] + picture.rgba[i + 1] > 20 ? 1 : 0; // more than the blue axes
-    }
-    EXPECT_GT(shown, 100U);
-}
-Scene tenOf(Scene scene) {
-    scene.responses.clear();
-    for (int i = 0; i < 10; ++i) {
-        scene.responses.emplace_back(
-            [i](auto x, auto z) { return static_cast<float>(i + 1) + std::sin(static_cast<float>(x + z)); });
-    }
-    return scene;
-}
 Scene plateOf(std::function<float(std::uint32_t, std::uint32_t)> height) {
     Scene scene = plate();
     scene.responses = {std::move(height)};
     return scene;
 }
-INSTANTIATE_TEST_SUITE_P(
-    Scenes, WholePicture,
-    ::testing::Values(SceneCase{"curves", curves()}, SceneCase{"tenCurves", tenOf(curves())},
-                      SceneCase{"surface", plate()}, SceneCase{"tenSurfaces", tenOf(plate())},
-                      SceneCase{"negative", plateOf([](auto x, auto) { return 3.0F - static_cast<float>(x); })},
-                      SceneCase{"allNegative", plateOf([](auto x, auto) { return -1.0F - static_cast<float>(x); })},
-                      SceneCase{"nearZero", plateOf([](auto x, auto) { return static_cast<float>(x) * 1e-30F; })},
-                      SceneCase{"allZero", plateOf([](auto, auto) { return 0.0F; })},
-                      SceneCase{"oneNotANumber", plateOf([](auto x, auto z) { return x + z == 9 ? NAN : 1.0F; })},
-                      SceneCase{"oneCellWide",
-                                {.axes = {"x", "z"}, .xCount = 2, .zCount = 20, .responses = {[](auto x, auto) {
-                                                                                    return 1.0F + static_cast<float>(x);
-                                                                                }}}}),
-    [](const auto& row) { return row.param.name; });
+
+TEST_F(GlTest, EveryPlotShowsSomethingAndLeavesTheTargetOpaque) {
+    const std::pair<const char*, Scene> cases[] = {
+        {"curves", curves()},
+        {"surface", plate()},
+        {"negative", plateOf([](auto x, auto) { return 3.0F - static_cast<float>(x); })},
+        {"all negative", plateOf([](auto x, auto) { return -1.0F - static_cast<float>(x); })},
+        {"near zero", plateOf([](auto x, auto) { return static_cast<float>(x) * 1e-30F; })},
+        {"all zero", plateOf([](auto, auto) { return 0.0F; })},
+        {"one not a number", plateOf([](auto x, auto z) { return x + z == 9 ? NAN : 1.0F; })},
+        {"one cell wide", {.axes = {"x", "z"}, .xCount = 2, .zCount = 20, .responses = plate().responses}},
+    };
+    for (const auto& [name, scene] : cases) {
+        TestView test(300, 240, 4);
+        test.view.setYRotation(35);
+        const Pixels picture = test.frameOf(scene);
+        int shown = 0;
+        int opaque = 0;
+        for (std::size_t i = 0; i < picture.rgba.size(); i += 4) {
+            opaque += picture.rgba[i + 3] == 255 ? 1 : 0;
+            shown += picture.rgba[i] + picture.rgba[i + 1] > 20 ? 1 : 0; // more than the blue axes
+        }
+        EXPECT_EQ(opaque, 300 * 240) << name;
+        EXPECT_GT(shown, 100) << name;
+    }
+}
 
 TEST_F(GlTest, WithoutAPlotThereIsTheBackgroundAlone) {
     TestView test;

@@ -25,32 +25,32 @@ struct TextCase {
     int leastWidth;
     int mostWidth;
 };
-class LabelText : public GlTest, public ::testing::WithParamInterface<TextCase> {};
-TEST_P(LabelText, IsOneLineOfGreenOnOpaqueBlack) {
+
+TEST_F(GlTest, ALabelsTextIsOneLineOfGreenOnOpaqueBlack) {
     const OffscreenGui gui;
-    const Pixels image = QtTextRasterizer().rasterize(GetParam().text, attributes, GetParam().maxWidth);
-    EXPECT_GE(image.width, GetParam().leastWidth);
-    EXPECT_LE(image.width, GetParam().mostWidth);
-    EXPECT_LE(image.height, 40);
-    ASSERT_EQ(image.rgba.size(), std::size_t{4} * static_cast<std::size_t>(image.width * image.height));
-    int green = 0;
-    for (std::size_t i = 0; i < image.rgba.size(); i += 4) {
-        ASSERT_EQ(image.rgba[i + 3], 255);
-        green = std::max<int>(green, image.rgba[i + 1]);
+    for (const TextCase& row :
+         {TextCase{"empty", "", 4096, 0, 0}, TextCase{"day", "day", 4096, 15, 40},
+          TextCase{"path", "/Farm/Management/irrigation", 4096, 120, 260},
+          TextCase{"right to left", "/حقل/محصول", 4096, 30, 200},
+          TextCase{"combined", "e\u0301\u0327/n\u0303", 4096, 10, 60}, TextCase{"emoji", "/🌾/🌽", 4096, 10, 120},
+          TextCase{"two lines become one", "one\ntwo", 4096, 30, 90},
+          TextCase{"too wide", std::string(3000, 'w'), 2048, 1900, 2048},
+          TextCase{"far too long", std::string(3'000'000, 'i'), 16384, 10000, 16384},
+          TextCase{"not UTF-8", "\xff\xfe/x", 4096, 5, 80}}) {
+        SCOPED_TRACE(row.name);
+        const Pixels image = QtTextRasterizer().rasterize(row.text, attributes, row.maxWidth);
+        EXPECT_GE(image.width, row.leastWidth);
+        EXPECT_LE(image.width, row.mostWidth);
+        EXPECT_LE(image.height, 40);
+        ASSERT_EQ(image.rgba.size(), std::size_t{4} * static_cast<std::size_t>(image.width * image.height));
+        int green = 0;
+        for (std::size_t i = 0; i < image.rgba.size(); i += 4) {
+            ASSERT_EQ(image.rgba[i + 3], 255);
+            green = std::max<int>(green, image.rgba[i + 1]);
+        }
+        EXPECT_EQ(green > 150, row.leastWidth > 0);
     }
-    EXPECT_EQ(green > 150, GetParam().leastWidth > 0);
 }
-INSTANTIATE_TEST_SUITE_P(Texts, LabelText,
-                         ::testing::Values(TextCase{"empty", "", 4096, 0, 0}, TextCase{"day", "day", 4096, 15, 40},
-                                           TextCase{"path", "/Farm/Management/irrigation", 4096, 120, 260},
-                                           TextCase{"rightToLeft", "/حقل/محصول", 4096, 30, 200},
-                                           TextCase{"combined", "e\u0301\u0327/n\u0303", 4096, 10, 60},
-                                           TextCase{"emoji", "/🌾/🌽", 4096, 10, 120},
-                                           TextCase{"twoLinesBecomeOne", "one\ntwo", 4096, 30, 90},
-                                           TextCase{"tooWide", std::string(3000, 'w'), 2048, 1900, 2048},
-                                           TextCase{"farTooLong", std::string(3'000'000, 'i'), 16384, 10000, 16384},
-                                           TextCase{"notUtf8", "\xff\xfe/x", 4096, 5, 80}),
-                         [](const auto& row) { return row.param.name; });
 
 TEST_F(GlTest, ALabelWiderThanATextureIsShortenedAndDrawn) {
     const OffscreenGui gui;
@@ -85,37 +85,34 @@ TEST_F(GlTest, APictureFileHoldsWhatWasDrawnAndReplacesTheOldOne) {
 }
 
 struct RefusedCase {
-    const char* name;
     int width;
     int height;
     const char* message;
     bool glError = false; // while the plot is drawn
 };
-class RefusedPicture : public GlTest, public ::testing::WithParamInterface<RefusedCase> {};
-TEST_P(RefusedPicture, SaysWhyAndLeavesNoFile) {
+
+TEST_F(GlTest, ARefusedPictureSaysWhyAndLeavesNoFile) {
     const TemporaryFolder folder;
     const std::string path = folder.path() + "plot.png";
-    try {
-        renderPlotPng(path, {.width = GetParam().width, .height = GetParam().height}, [](PlotView& view) {
-            plate().show(view);
-            if (GetParam().glError) glEnable(0xffff);
-        });
-        ADD_FAILURE() << "drawn";
-    } catch (const OrreryError& error) {
-        EXPECT_THAT(error.what(), ::testing::HasSubstr(GetParam().message));
-        EXPECT_FALSE(error.remedy().empty());
+    for (const RefusedCase& row :
+         {RefusedCase{0, 100, "no area"}, RefusedCase{100, 0, "no area"}, RefusedCase{-5, 100, "no area"},
+          RefusedCase{30000, 30000, "larger than"}, RefusedCase{2147483647, 2147483647, "larger than"},
+          RefusedCase{90, 70, "invalid enumerant", true}}) {
+        SCOPED_TRACE(row.width);
+        try {
+            renderPlotPng(path, {.width = row.width, .height = row.height}, [&row](PlotView& view) {
+                plate().show(view);
+                if (row.glError) glEnable(0xffff);
+            });
+            ADD_FAILURE() << "drawn";
+        } catch (const OrreryError& error) {
+            EXPECT_THAT(error.what(), ::testing::HasSubstr(row.message));
+            EXPECT_FALSE(error.remedy().empty());
+        }
+        EXPECT_FALSE(fileExists(path));
+        EXPECT_EQ(std::exchange(m_log, {}).size(), row.glError ? 1U : 0U);
     }
-    EXPECT_FALSE(fileExists(path));
-    EXPECT_EQ(std::exchange(m_log, {}).size(), GetParam().glError ? 1U : 0U);
 }
-INSTANTIATE_TEST_SUITE_P(Reasons, RefusedPicture,
-                         ::testing::Values(RefusedCase{"noWidth", 0, 100, "no area"},
-                                           RefusedCase{"noHeight", 100, 0, "no area"},
-                                           RefusedCase{"negative", -5, 100, "no area"},
-                                           RefusedCase{"huge", 30000, 30000, "larger than"},
-                                           RefusedCase{"hugest", 2147483647, 2147483647, "larger than"},
-                                           RefusedCase{"anyErrorOfOpenGl", 90, 70, "invalid enumerant", true}),
-                         [](const auto& row) { return row.param.name; });
 
 } // namespace
 } // namespace orrery::test

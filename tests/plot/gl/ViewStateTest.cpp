@@ -1,7 +1,6 @@
 // What drawing leaves behind: state, objects, contexts.
 #include "platform/OrreryError.h"
 #include "plot/Gl.h"
-#include "plot/GlCheck.h"
 #include "plot/gl/GlFixture.h"
 
 #include <gmock/gmock.h>
@@ -240,39 +239,28 @@ TEST_F(GlTest, TwoViewsSideBySideShowEachItsOwn) {
     }
 }
 
-struct ContextCase {
-    const char* name;
-    Scene scene;
-    bool givenBefore; // while there is no context
-};
-class ContextChange : public GlTest, public ::testing::WithParamInterface<ContextCase> {};
-TEST_P(ContextChange, BringsThePictureBack) {
-    const Pixels wanted = TestView().frameOf(GetParam().scene);
-    TestView test;
-    if (!GetParam().givenBefore) {
-        ASSERT_EQ(test.frameOf(GetParam().scene).rgba, wanted.rgba);
-    }
-    for (int i = 0; i < 3; ++i) {
-        test.view.releaseContext();
-        test.surface.loseContext();
-        test.view.updateProjection();
-        test.view.drawRect(); // nothing, without a context
-        if (GetParam().givenBefore) {
-            GetParam().scene.show(test.view);
+TEST_F(GlTest, AContextMadeAgainBringsThePictureBack) {
+    for (const bool givenBefore : {false, true}) { // while there is no context
+        for (const Scene& scene : {plate(), curves()}) {
+            SCOPED_TRACE(scene.axes.size() * 10 + (givenBefore ? 1 : 0));
+            const Pixels wanted = TestView().frameOf(scene);
+            TestView test;
+            EXPECT_TRUE(givenBefore || test.frameOf(scene).rgba == wanted.rgba);
+            for (int i = 0; i < 3; ++i) {
+                test.view.releaseContext();
+                test.surface.loseContext();
+                test.view.updateProjection();
+                test.view.drawRect(); // nothing, without a context
+                if (givenBefore) scene.show(test.view);
+                test.surface.recreateContext();
+                test.view.prepareOpenGL();
+                EXPECT_EQ(test.frame().rgba, wanted.rgba);
+            }
+            test.view.releaseContext();
+            test.surface.loseContext(); // the view goes after its context
         }
-        test.surface.recreateContext();
-        test.view.prepareOpenGL();
-        EXPECT_EQ(test.frame().rgba, wanted.rgba);
     }
-    test.view.releaseContext();
-    test.surface.loseContext(); // the view goes after its context
 }
-INSTANTIATE_TEST_SUITE_P(Contexts, ContextChange,
-                         ::testing::Values(ContextCase{"surfaceRemade", plate(), false},
-                                           ContextCase{"curvesRemade", curves(), false},
-                                           ContextCase{"surfaceGivenBefore", plate(), true},
-                                           ContextCase{"curvesGivenBefore", curves(), true}),
-                         [](const auto& row) { return row.param.name; });
 
 TEST_F(GlTest, WithoutMemoryToKeepItThePlotGoesWithTheContextAndComesBackWithTheNextBuild) {
     TestView test;
@@ -347,34 +335,13 @@ TEST_F(GlTest, RangesOutsideTheDataDrawNothing) {
     static_cast<void>(test.frame());
 }
 
-TEST_F(GlTest, TheErrorCheckReadsOneErrorAndLogsItsText) {
-    TestView test;
-    ASSERT_EQ(glCheckError(), 0U);
-    glEnable(0xffff);
-    EXPECT_EQ(glCheckError(), static_cast<unsigned>(GL_INVALID_ENUM));
-    EXPECT_EQ(glCheckError(), 0U);
-    EXPECT_THAT(std::exchange(m_log, {}), ::testing::ElementsAre("Error: invalid enumerant."));
-}
-
-struct SizeRecorder : BlockRasterizer {
-    [[nodiscard]] Pixels rasterize(std::string_view text, const TextAttributes& attributes, int maxWidth) override {
-        size = attributes.size;
-        return BlockRasterizer::rasterize(text, attributes, maxWidth);
-    }
-    double size = 0;
-};
-
 TEST_F(GlTest, LabelsAndLinesKeepTheirSizeOnADenseScreen) {
-    TestSurface surface(300, 240);
-    SizeRecorder rasterizer;
-    OpenGLPlotView view(surface, rasterizer);
-    view.prepareOpenGL();
-    curves().show(view);
-    EXPECT_EQ(rasterizer.size, 13);
-    surface.density = 2; // the window moves there
-    view.drawRect();
-    EXPECT_EQ(rasterizer.size, 26);
-    ASSERT_TRUE(surface.makeCurrent());
+    TestView test;
+    curves().show(test.view);
+    EXPECT_EQ(test.rasterizer.letters, 13);
+    test.surface.density = 2; // the window moves there
+    test.view.drawRect();
+    EXPECT_EQ(test.rasterizer.letters, 26);
     GLfloat width = 0;
     glGetFloatv(GL_LINE_WIDTH, &width);
     EXPECT_EQ(width, 6);

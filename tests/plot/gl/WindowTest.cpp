@@ -22,10 +22,7 @@ struct Window {
         view = owned.get();
         surface->setClient(std::move(owned));
         surface->setFixedSize(300, 240);
-        view->camera().viewPos = {0, 1, 4};
-        view->camera().viewDir = {0, -2, -10};
-        view->camera().viewUp = {0, 1, 0};
-        view->setLightHeight(1.0F);
+        lookAsANewWindow(*view);
         (new QVBoxLayout(&window))->addWidget(surface);
         window.layout()->setContentsMargins(0, 0, 0, 0);
     }
