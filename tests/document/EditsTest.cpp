@@ -26,45 +26,31 @@ protected:
 TEST_F(EditsTest, EveryKindOfEditIsTakenBackAndDoneAgainUnderItsName) {
     struct Case {
         const char* name;
-        std::function<void(MyDocument&)> edit;
-        bool counted; // as a change of the document
+        std::function<void(MyDocument&)> edit; // of two outputs, the second selected
+        bool counted;                          // as a change of the document
     };
+    MemoryPasteboard port;
+    port.declareTypes({std::string(outputPathPboardType)});
+    port.setData(archivePortPath("/d"), std::string(outputPathPboardType));
+    constexpr PortList outputs = PortList::Outputs;
     const std::vector<Case> cases{
-        {"Change Run Length", [](MyDocument& d) { d.editText(setup_key::runLength, "7"); }, true},
-        {"Change GCD", [](MyDocument& d) { d.editText(setup_key::gcd, "3"); }, false},
-        {"Change Start Day", [](MyDocument& d) { d.editStartDay(std::nullopt); }, false},
-        {"Choose Model", [](MyDocument& d) { d.useModel(ORRERY_SAMPLES "/crop.xml"); }, true},
-        {"Add Output", [](MyDocument& d) { d.addPort(PortList::Outputs, "/c"); }, true},
-        {"Add Stepper", [](MyDocument& d) { d.addOrRemoveStepper(0); }, true},
-        {"Remove Output",
-         [](MyDocument& d) {
-             d.controller(PortList::Outputs).setSelection({0});
-             d.addOrRemoveOutput(1);
-         },
-         true},
-        {"Move Outputs",
-         [](MyDocument& d) {
-             d.controller(PortList::Outputs).setSelection({1});
-             d.moveSelected(PortList::Outputs, -1);
-         },
-         true},
-        {"Drop Output",
-         [](MyDocument& d) {
-             MemoryPasteboard port;
-             port.declareTypes({std::string(outputPathPboardType)});
-             port.setData(archivePortPath("/d"), std::string(outputPathPboardType));
-             d.tableViewAcceptDrop(PortList::Outputs, port, 1, DropOperation::On);
-         },
-         true},
-        {"Change Output Result File", [](MyDocument& d) { d.editEntry(PortList::Outputs, 1, "outputPath", "x.txt"); },
-         false},
+        {"Change Run Length", [](auto& d) { d.editText(setup_key::runLength, "7"); }, true},
+        {"Change GCD", [](auto& d) { d.editText(setup_key::gcd, "3"); }, false},
+        {"Change Start Day", [](auto& d) { d.editStartDay(std::nullopt); }, false},
+        {"Choose Model", [](auto& d) { d.useModel(ORRERY_SAMPLES "/crop.xml"); }, true},
+        {"Add Output", [](auto& d) { d.addPort(outputs, "/c"); }, true},
+        {"Add Stepper", [](auto& d) { d.addOrRemoveStepper(0); }, true},
+        {"Remove Output", [](auto& d) { d.addOrRemoveOutput(1); }, true},
+        {"Move Outputs", [](auto& d) { d.moveSelected(outputs, -1); }, true},
+        {"Drop Output", [&](auto& d) { d.tableViewAcceptDrop(outputs, port, 1, DropOperation::On); }, true},
+        {"Change Output Result File", [](auto& d) { d.editEntry(outputs, 1, "outputPath", "x.txt"); }, false},
     };
     for (const Case& row : cases) {
         SCOPED_TRACE(row.name);
         MyDocument each(services());
         each.initWithType("");
-        each.addPort(PortList::Outputs, "/a");
-        each.addPort(PortList::Outputs, "/b");
+        each.addPorts(outputs, {"/a", "/b"});
+        each.controller(outputs).setSelection({1});
         each.saveToFile(files.path() + "each.orrery");
         const SetupDictionary::Values before = each.theDictionary().values();
         row.edit(each);
@@ -101,9 +87,7 @@ TEST_F(EditsTest, WhatChangesNothingIsNoStepAndANewEditForgetsWhatWasUndone) {
 }
 
 TEST_F(EditsTest, RowsMoveByOnePlaceAndStayAtTheEnds) {
-    for (const char* port : {"a", "b", "c"}) {
-        document.addPort(PortList::Outputs, port);
-    }
+    document.addPorts(PortList::Outputs, {"a", "b", "c"});
     ListController& controller = document.controller(PortList::Outputs);
     controller.setSelection({0, 1});
     document.moveSelected(PortList::Outputs, -1);
@@ -115,12 +99,21 @@ TEST_F(EditsTest, RowsMoveByOnePlaceAndStayAtTheEnds) {
     EXPECT_EQ(outputs(), "c a b ");
 }
 
-TEST_F(EditsTest, UndoingTheChoiceOfAModelBringsItsTreeBack) {
+TEST_F(EditsTest, UndoingTheChoiceOfAModelBringsItsTreeBackAndOneThatCannotBeReadEmptiesItAndTellsWhy) {
+    show(document);
     document.useModel(ORRERY_SAMPLES "/crop.xml");
+    const std::string crop(document.modelTree().root()->name());
     document.useModel(ORRERY_SAMPLES "/insect.xml");
-    const std::string insect(document.modelTree().root()->name());
+    EXPECT_NE(document.modelTree().root()->name(), crop);
     document.undo();
-    EXPECT_NE(document.modelTree().root()->name(), insect);
+    EXPECT_EQ(document.modelTree().root()->name(), crop);
+    document.useModel(files.write("cut.xml", "<database>\n<object"));
+    EXPECT_TRUE(document.modelTree().empty());
+    EXPECT_TRUE(document.modelModification().has_value());
+    ASSERT_EQ(window.sheets.size(), 1U);
+    EXPECT_NE(window.sheets[0].informative.find("cut.xml:2"), std::string::npos) << window.sheets[0].informative;
+    document.undo();
+    EXPECT_EQ(document.modelTree().root()->name(), crop);
     document.undo();
     EXPECT_TRUE(document.modelTree().empty());
     EXPECT_FALSE(document.modelModification());
@@ -181,16 +174,6 @@ TEST_F(EditsTest, ASetupWhoseModelIsNotWantedOpensWithoutOneUntilItIsChosenAgain
     panel.cancels = false;
     opened.useModel(opened.modelFilePath());
     EXPECT_FALSE(opened.modelTree().empty());
-}
-
-TEST_F(EditsTest, AModelFileThatCannotBeReadEmptiesTheOutlineAndTellsWhy) {
-    show(document);
-    document.useModel(ORRERY_SAMPLES "/crop.xml");
-    document.useModel(files.write("cut.xml", "<database>\n<object"));
-    EXPECT_TRUE(document.modelTree().empty());
-    EXPECT_TRUE(document.modelModification().has_value());
-    ASSERT_EQ(window.sheets.size(), 1U);
-    EXPECT_NE(window.sheets[0].informative.find("cut.xml:2"), std::string::npos) << window.sheets[0].informative;
 }
 
 TEST_F(EditsTest, RevertingReadsTheFileAgain) {

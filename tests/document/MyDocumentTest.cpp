@@ -3,6 +3,7 @@
 #include "platform/OrreryError.h"
 
 #include <algorithm>
+#include <deque>
 #include <filesystem>
 
 namespace orrery::test {
@@ -17,22 +18,13 @@ protected:
 };
 
 TEST_F(MyDocumentTest, ANewSetupObservesFiveKeysAndAnOpenedOneSix) {
-    struct Case {
-        const char* name;
-        bool opened;
-        bool startDayCounts;
-    };
-    for (const Case& row : {Case{"new", false, false}, Case{"opened", true, true}}) {
-        SCOPED_TRACE(row.name);
+    for (const bool opened : {false, true}) {
+        SCOPED_TRACE(opened);
         MyDocument document(services());
-        if (row.opened) {
-            document.readFromFile(writeSetup("a.orrery", ""));
-        } else {
-            document.initWithType("setup");
-        }
+        opened ? document.readFromFile(writeSetup("a.orrery", "")) : document.initWithType("setup");
         EXPECT_FALSE(document.isDocumentEdited());
         document.theDictionary().setStartDay(Date{});
-        EXPECT_EQ(document.isDocumentEdited(), row.startDayCounts);
+        EXPECT_EQ(document.isDocumentEdited(), opened);
         document.updateChangeCount(ChangeKind::Cleared);
         const std::string same(document.theDictionary().textOrEmpty(setup_key::runLength));
         document.theDictionary().setText(setup_key::runLength, same);
@@ -80,17 +72,17 @@ TEST_F(MyDocumentTest, ARefusedFileLeavesTheDocumentAsItWas) {
 
 TEST_F(MyDocumentTest, OnlyChangedModelsAreImportedAnewOnActivation) {
     const std::string model = files.write("crop.xml", cropModel);
-    std::vector<std::unique_ptr<MyDocument>> documents;
+    std::deque<MyDocument> documents;
     std::vector<MyDocument*> pointers;
     for (const std::string& path : {model, model, std::string()}) {
-        documents.push_back(std::make_unique<MyDocument>(services()));
-        documents.back()->readFromFile(writeSetup("a.orrery", path));
-        documents.back()->awakeFromNib();
-        pointers.push_back(documents.back().get());
+        MyDocument& document = *pointers.emplace_back(&documents.emplace_back(services()));
+        document.readFromFile(writeSetup("a.orrery", path));
+        document.awakeFromNib();
     }
     const auto roots = [&] {
-        return std::vector{pointers[0]->modelTree().root(), pointers[1]->modelTree().root(),
-                           pointers[2]->modelTree().root()};
+        std::vector<const ModelNode*> all;
+        std::ranges::transform(documents, std::back_inserter(all), [](auto& d) { return d.modelTree().root(); });
+        return all;
     };
     const auto before = roots();
     applicationDidBecomeActive(pointers);

@@ -136,35 +136,27 @@ TEST_F(PlotUndoTest, ANewRunOfTheSameKeepsTheStepsAndOneOfOthersPassesThemOver) 
 
 TEST_F(PlotUndoTest, AnEditIsShownWhereItIs) {
     struct Case {
-        const char* name;
         std::function<void(MyDocument&)> edit;
         SetupPlace undone;
         SetupPlace redone;
     };
+    const SetupPlace stop{"steppers", 1, "stop"};
     const std::vector<Case> cases{
-        {"setting", [](auto& d) { d.editText(setup_key::gcd, "7"); }, {"GCD"}, {"GCD"}},
-        {"cell",
-         [](auto& d) { d.editEntry(PortList::Steppers, 1, "stop", "4"); },
-         {"steppers", 1, "stop"},
-         {"steppers", 1, "stop"}},
-        {"added", [](auto& d) { d.addPort(PortList::Steppers, "/d"); }, {"steppers", 2}, {"steppers", 3}},
-        {"removed",
-         [](auto& d) {
-             d.controller(PortList::Steppers).setSelection({1});
-             d.addOrRemoveStepper(1);
-         },
-         {"steppers", 1},
-         {"steppers", 1}},
-        {"first of a list", [](auto& d) { d.addPort(PortList::Outputs, "/o"); }, {"outputs"}, {"outputs", 0}},
+        {[](auto& d) { d.editText(setup_key::gcd, "7"); }, {"GCD"}, {"GCD"}},
+        {[](auto& d) { d.editEntry(PortList::Steppers, 1, "stop", "4"); }, stop, stop},
+        {[](auto& d) { d.addPort(PortList::Steppers, "/d"); }, {"steppers", 2}, {"steppers", 3}},
+        {[](auto& d) { d.addOrRemoveStepper(1); }, {"steppers", 1}, {"steppers", 1}},
+        {[](auto& d) { d.addPort(PortList::Outputs, "/o"); }, {"outputs"}, {"outputs", 0}}, // the first of its list
     };
-    document.addPort(PortList::Steppers, "/b");
-    document.addPort(PortList::Steppers, "/c");
+    document.addPorts(PortList::Steppers, {"/b", "/c"});
     for (const Case& row : cases) {
+        document.controller(PortList::Steppers).setSelection({1});
         row.edit(document);
+        SCOPED_TRACE(document.undoMenuItemTitle());
         document.undo();
-        EXPECT_EQ(shown.setup, row.undone) << row.name;
+        EXPECT_EQ(shown.setup, row.undone);
         document.redo();
-        EXPECT_EQ(shown.setup, row.redone) << row.name;
+        EXPECT_EQ(shown.setup, row.redone);
         document.undo();
     }
 }
