@@ -93,11 +93,8 @@ TEST_F(DragAndDrop, EscapeEndsADragWithoutAChange) {
 }
 
 TEST_F(DragAndDrop, OfSeveralSelectedPortsTheFirstShownIsDragged) {
-    const QPoint delayPoint = nodePoint("Moth/Eggs/inputs/delay");
-    xdotool({"mousemove", QString::number(delayPoint.x()), QString::number(delayPoint.y()), "click", "1"});
-    const QPoint inflowPoint = nodePoint("Moth/Eggs/inputs/inflow");
-    xdotool({"mousemove", QString::number(inflowPoint.x()), QString::number(inflowPoint.y()), "keydown", "ctrl",
-             "click", "1", "keyup", "ctrl"});
+    clickAt(nodePoint("Moth/Eggs/inputs/delay"));
+    clickAt(nodePoint("Moth/Eggs/inputs/inflow"), {"keydown", "ctrl", "click", "1", "keyup", "ctrl"});
     ASSERT_TRUE(waitFor([&] { return outline().selectedNodes().size() == 2; }));
     drag(nodePoint("Moth/Eggs/inputs/delay"), rowPoint(table("inputTable"), 1));
     ASSERT_TRUE(waitFor([&] { return ports(PortList::Initializations).size() == 2; }));

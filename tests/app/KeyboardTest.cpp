@@ -6,41 +6,33 @@
 
 #include <gmock/gmock.h>
 
-#include <QAbstractButton>
+#include <QAbstractSpinBox>
 #include <QAccessible>
 #include <QComboBox>
-#include <QGroupBox>
 #include <QLabel>
-#include <QMenuBar>
+#include <QMenu>
 #include <map>
 
 namespace orrery::test {
 namespace {
 
+using testing::ElementsAre;
 using testing::IsEmpty;
 
 /// The keys of a window's labels, buttons and menus as they are now: which two have, and which do nothing.
 class Mnemonics {
 public:
     explicit Mnemonics(QWidget& window) {
-        for (const QLabel* label : window.findChildren<QLabel*>()) {
-            if (label->isVisible()) addLabel(*label);
+        for (const QWidget* each : window.findChildren<QWidget*>()) {
+            if (each->inherits("QMenu")) addActions(static_cast<const QMenu*>(each)->title(), each->actions());
+            if (!each->isVisible()) continue;
+            if (each->inherits("QMenuBar")) addActions("window", each->actions());
+            if (const auto* label = qobject_cast<const QLabel*>(each)) addLabel(*label);
+            if (each->inherits("QAbstractButton")) add("window", each->property("text").toString());
+            if (each->inherits("QGroupBox")) add("window", each->property("title").toString());
         }
-        for (const QAbstractButton* button : window.findChildren<QAbstractButton*>()) {
-            if (button->isVisible()) add("window", button->text());
-        }
-        for (const QGroupBox* box : window.findChildren<QGroupBox*>()) {
-            if (box->isVisible()) add("window", box->title());
-        }
-        for (const QMenuBar* bar : window.findChildren<QMenuBar*>()) {
-            addActions("window", bar->actions());
-        }
-        for (const QMenu* menu : window.findChildren<QMenu*>()) {
-            addActions(menu->title(), menu->actions());
-        }
-        for (const QAction* action : window.findChildren<QAction*>()) {
+        for (const QAction* action : window.findChildren<QAction*>())
             if (!action->shortcut().isEmpty()) add("shortcuts", action->text(), action->shortcut());
-        }
     }
     [[nodiscard]] const std::vector<std::string>& faults() const { return m_faults; }
 
@@ -53,9 +45,8 @@ private:
         if (buddy != nullptr) add("window", label.text());
     }
     void addActions(const QString& where, const QList<QAction*>& actions) {
-        for (const QAction* action : actions) {
+        for (const QAction* action : actions)
             if (action->isVisible()) add(where, action->text());
-        }
     }
     void add(const QString& where, const QString& text) { add(where, text, QKeySequence::mnemonic(text)); }
     void add(const QString& where, const QString& text, const QKeySequence& key) {
@@ -118,9 +109,9 @@ TEST_F(KeyboardTest, TabGoesFromThePlotToItsVariablesBeforeAllElse) {
         xdotool({"key", "Tab"});
         order.push_back(coreText(window->focusWidget()->objectName()));
     }
-    const std::vector<std::string> begin = {"sweepRole0", "sweepHeldSlider0", "sweepHeldField0", "sweepRole1"};
-    ASSERT_GE(order.size(), begin.size());
-    EXPECT_EQ(std::vector(order.begin(), order.begin() + 4), begin);
+    ASSERT_GE(order.size(), 4U);
+    EXPECT_THAT(std::vector(order.begin(), order.begin() + 4),
+                ElementsAre("sweepRole0", "sweepHeldSlider0", "sweepHeldField0", "sweepRole1"));
     const auto place = [&](const char* name) { return std::ranges::find(order, name) - order.begin(); };
     EXPECT_LT(place("sweepRole2"), place("responseInclude0"));
     EXPECT_LT(place("responseColor0"), place("yRotationSlider"));
@@ -147,6 +138,21 @@ TEST_F(KeyboardTest, ReadersOfTheScreenGetWhatIsWritten) {
     EXPECT_EQ(coreText(role->text(QAccessible::Name)), "Role of /Orchard/Weather/height in the plot");
     EXPECT_EQ(coreText(role->text(QAccessible::Value)), "Held at");
     EXPECT_EQ(role->role(), QAccessible::ComboBox);
+}
+
+TEST_F(KeyboardTest, EveryControlHasANameForScreenReadersAndOneForTests) {
+    openWithResults();
+    for (int tab : {1, 0}) {
+        find<QTabWidget>(*window, "tabView").setCurrentIndex(tab);
+        for (QWidget* control : window->findChildren<QWidget*>()) {
+            if (!control->isVisible() || (control->focusPolicy() & Qt::TabFocus) == 0) continue;
+            const bool insideAnother = control->parentWidget()->focusProxy() == control ||
+                                       qobject_cast<QAbstractSpinBox*>(control->parentWidget()) != nullptr;
+            if (insideAnother || control->objectName().startsWith("qt_")) continue; // Qt's own part of a control
+            EXPECT_NE(control->objectName(), "") << control->metaObject()->className();
+            EXPECT_NE(nameOf(control), "") << coreText(control->objectName());
+        }
+    }
 }
 
 } // namespace

@@ -11,6 +11,7 @@
 #include <dlfcn.h>
 #include <link.h>
 
+#include <QAbstractItemView>
 #include <QAction>
 #include <QPixmap>
 #include <QProcess>
@@ -118,26 +119,33 @@ void xdotool(const QStringList& arguments) {
     EXPECT_EQ(tool.exitCode(), 0) << tool.readAllStandardError().toStdString();
 }
 
+void clickAt(QPoint point, const QStringList& click) {
+    xdotool(QStringList{"mousemove", QString::number(point.x()), QString::number(point.y())} + click);
+}
+
+void choose(QComboBox& box, int index) {
+    QTest::keyClick(&box, Qt::Key_Down); // opens the list
+    ASSERT_TRUE(waitFor([&] { return box.view()->isVisible(); }));
+    QTest::keyClick(box.view(), Qt::Key_Home);
+    for (int i = 0; i < index; ++i)
+        QTest::keyClick(box.view(), Qt::Key_Down);
+    QTest::keyClick(box.view(), Qt::Key_Return);
+    ASSERT_TRUE(waitFor([&] { return !box.view()->isVisible(); }));
+}
+
 QStringList dragArguments(QPoint from, QPoint to, const QStringList& last) {
     constexpr int steps = 8;
     QStringList arguments;
     const auto moveTo = [&arguments](QPoint point) {
-        arguments << "mousemove" << QString::number(point.x()) << QString::number(point.y()) << "sleep"
-                  << "0.03";
+        arguments += {"mousemove", QString::number(point.x()), QString::number(point.y()), "sleep", "0.03"};
     };
     moveTo(from);
-    arguments << "mousedown"
-              << "1"
-              << "sleep"
-              << "0.05";
-    for (int i = 1; i <= steps; ++i) {
+    arguments += {"mousedown", "1", "sleep", "0.05"};
+    for (int i = 1; i <= steps; ++i)
         moveTo(from + (to - from) * i / steps);
-    }
     moveTo(to + QPoint(1, 0));
     moveTo(to);
-    arguments << last << "mouseup"
-              << "1";
-    return arguments;
+    return arguments + last + QStringList{"mouseup", "1"};
 }
 
 QPoint onScreen(const QWidget& widget, QPoint point) {

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QComboBox>
 #include <QDeadlineTimer>
 #include <QStringList>
 #include <QTest>
@@ -23,10 +24,14 @@ namespace orrery::test {
 /// Real mouse and keys: runs xdotool with the arguments to its end, with the application running meanwhile, as a drag
 /// needs it. Points are on the screen.
 void xdotool(const QStringList& arguments);
+void clickAt(QPoint point, const QStringList& click = {"sleep", "0.05", "click", "1"});
 /// The arguments for one drag from point to point in several steps; `last` goes before the button is let go.
 [[nodiscard]] QStringList dragArguments(QPoint from, QPoint to, const QStringList& last = {});
 [[nodiscard]] QPoint onScreen(const QWidget& widget, QPoint point);
 [[nodiscard]] QPoint centreOnScreen(const QWidget& widget);
+
+/// Chooses with the keys, as a user does.
+void choose(QComboBox& box, int index);
 
 /// The application on a virtual display with a small window manager, in a home and a temporary directory of its own.
 class WindowTest : public testing::Test {
