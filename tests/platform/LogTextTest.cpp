@@ -142,11 +142,21 @@ TEST(LogSearch, FormsOfACharacterMayDifferInLength) {
     EXPECT_EQ(found(text, twice, 0, SearchDirection::Forward), 1U);
 }
 
-class PatientPanel : public WaitPanel {
+/// Cancels once it has seen that much of the work done.
+class Panel : public WaitPanel {
 public:
-    void begin(std::string_view) override {}
-    bool update(double) override { return true; }
-    void end() override {}
+    explicit Panel(double cancelledAt = 2) : m_cancelledAt(cancelledAt) {}
+    void begin(std::string_view) override { isOpen = true; }
+    bool update(double fractionDone) override {
+        seen = fractionDone;
+        return fractionDone < m_cancelledAt;
+    }
+    void end() override { isOpen = false; }
+    double seen = 0;
+    bool isOpen = false;
+
+private:
+    double m_cancelledAt;
 };
 
 /// A disk of some blocks, for bytes whose offsets go up. Makes holes, or gives all its room back at once.
@@ -225,7 +235,7 @@ TEST_P(LongLog, IsReadFoundAndSavedAsFarBackAsThereIsRoom) {
         }
     }
     const test::TemporaryFolder folder;
-    PatientPanel panel;
+    Panel panel;
     EXPECT_TRUE(saveLog(text, folder.path() + "log.txt", panel));
     EXPECT_TRUE(readWholeFile(folder.path() + "log.txt") == notice + kept);
     text.clear();
@@ -252,25 +262,12 @@ TEST(SaveLog, RefusesWhatCannotBeReadBack) {
     LogText text([] { return std::make_unique<BadDisk>(); }, leastMemory);
     text.append(std::string(2 * leastMemory, 'x'));
     const test::TemporaryFolder folder;
-    PatientPanel panel;
+    Panel panel;
     EXPECT_THROW((void)saveLog(text, folder.path() + "log.txt", panel), OrreryError);
     EXPECT_FALSE(fileExists(folder.path() + "log.txt"));
     EXPECT_EQ(text.bytes(0, 2), "??");
     EXPECT_FALSE(text.rows(0, 10).empty());
 }
-
-/// Cancels once it has seen some of the work done.
-class CancellingPanel : public WaitPanel {
-public:
-    void begin(std::string_view) override { isOpen = true; }
-    bool update(double fractionDone) override {
-        seen = fractionDone;
-        return fractionDone < 0.001;
-    }
-    void end() override { isOpen = false; }
-    double seen = 0;
-    bool isOpen = false;
-};
 
 TEST(SaveLog, LeavesTheOldFileAndNothingElseWhenCancelled) {
     const test::TemporaryFolder folder;
@@ -280,7 +277,7 @@ TEST(SaveLog, LeavesTheOldFileAndNothingElseWhenCancelled) {
     const std::string piece(1U << 20U, 'x');
     for (int count = 0; count < 256; ++count)
         text.append(piece);
-    CancellingPanel panel;
+    Panel panel(0.001);
     EXPECT_FALSE(saveLog(text, path, panel));
     EXPECT_GT(panel.seen, 0.001);
     EXPECT_LT(panel.seen, 1);

@@ -82,11 +82,6 @@ void leaveGrandchild(const Arguments& arguments) {
     }
 }
 
-void readInput(const Arguments&) {
-    char byte = 0;
-    put(read(STDIN_FILENO, &byte, 1) == 0 ? "input is empty\n" : "input is not empty\n");
-}
-
 std::string target(const std::string& link) {
     char path[256];
     const ssize_t length = readlink(link.c_str(), path, sizeof path);
@@ -121,7 +116,6 @@ const std::map<std::string_view, std::function<void(const Arguments&)>> behaviou
     {"flood", flood},
     {"signal", dieBySignal},
     {"leave", leaveGrandchild},
-    {"input", readInput},
     {"inspect", inspect},
     {"nothing", [](const Arguments&) {}},
     {"errors", [](const Arguments&) { put("only errors\n", STDERR_FILENO); }},
