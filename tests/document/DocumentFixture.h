@@ -164,7 +164,7 @@ protected:
         return services;
     }
     /// Shows the document in the recorded window.
-    void show(MyDocument& document, WaitPanel* panel = nullptr) {
+    void show(MyDocument& shown, WaitPanel* panel = nullptr) {
         DocumentOutlets outlets;
         outlets.statusView = &window;
         outlets.progressWheel = &window;
@@ -174,7 +174,7 @@ protected:
         outlets.independentVariableSettings = &window;
         outlets.glView = &plot;
         outlets.waitPanel = panel;
-        document.setOutlets(outlets);
+        shown.setOutlets(outlets);
     }
 
     TemporaryFolder temporary; // the engine's temporary directory
@@ -186,6 +186,7 @@ protected:
     StoredPlotView plot;
     std::optional<std::string> enginePath = "/opt/engine/Zephyr";
     std::vector<std::string> log;
+    MyDocument document{services()};
 };
 
 /// A model of one level "Field" with the part "Crop" and its recorded outputs "biomass" and "yield".
@@ -215,7 +216,6 @@ protected:
         show(document);
         document.awakeFromNib();
     }
-    MyDocument document{services()};
 };
 
 /// With results of two responses.

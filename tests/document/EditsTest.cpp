@@ -19,8 +19,6 @@ protected:
         }
         return all;
     }
-
-    MyDocument document{services()};
 };
 
 TEST_F(EditsTest, EveryKindOfEditIsTakenBackAndDoneAgainUnderItsName) {

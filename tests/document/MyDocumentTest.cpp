@@ -20,20 +20,20 @@ protected:
 TEST_F(MyDocumentTest, ANewSetupObservesFiveKeysAndAnOpenedOneSix) {
     for (const bool opened : {false, true}) {
         SCOPED_TRACE(opened);
-        MyDocument document(services());
-        opened ? document.readFromFile(writeSetup("a.orrery", "")) : document.initWithType("setup");
-        EXPECT_FALSE(document.isDocumentEdited());
-        document.theDictionary().setStartDay(Date{});
-        EXPECT_EQ(document.isDocumentEdited(), opened);
-        document.updateChangeCount(ChangeKind::Cleared);
-        const std::string same(document.theDictionary().textOrEmpty(setup_key::runLength));
-        document.theDictionary().setText(setup_key::runLength, same);
-        EXPECT_TRUE(document.isDocumentEdited());
+        MyDocument each(services());
+        opened ? each.readFromFile(writeSetup("a.orrery", "")) : each.initWithType("setup");
+        EXPECT_FALSE(each.isDocumentEdited());
+        EXPECT_EQ(each.theDictionary().startDay(), Date()) << "the reference date";
+        each.theDictionary().setStartDay(Date{});
+        EXPECT_EQ(each.isDocumentEdited(), opened);
+        each.updateChangeCount(ChangeKind::Cleared);
+        const std::string same(each.theDictionary().textOrEmpty(setup_key::runLength));
+        each.theDictionary().setText(setup_key::runLength, same);
+        EXPECT_TRUE(each.isDocumentEdited());
     }
 }
 
 TEST_F(MyDocumentTest, SavingStoresTheLocationBeforeTheSaveAndAFailedSaveKeepsTheFileAndTheMark) {
-    MyDocument document(services());
     document.initWithType("setup");
     defaults.setObject("old", "lastPath");
     document.saveToFile(files.path() + "a b.orrery");
@@ -52,7 +52,6 @@ TEST_F(MyDocumentTest, SavingStoresTheLocationBeforeTheSaveAndAFailedSaveKeepsTh
 
 TEST_F(MyDocumentTest, BytesThatAreNoSetupOpenEmptyAndAreKeptBesideTheFirstSave) {
     const std::string path = files.write("a.orrery", "<Simulation><oops");
-    MyDocument document(services());
     document.readFromFile(path);
     EXPECT_EQ(document.theDictionary().textOrEmpty(setup_key::gcd), "0");
     EXPECT_EQ(log.size(), 1U);
@@ -63,7 +62,6 @@ TEST_F(MyDocumentTest, BytesThatAreNoSetupOpenEmptyAndAreKeptBesideTheFirstSave)
 }
 
 TEST_F(MyDocumentTest, ARefusedFileLeavesTheDocumentAsItWas) {
-    MyDocument document(services());
     document.readFromFile(writeSetup("a.orrery", "m.xml"));
     EXPECT_THROW(document.readFromFile(files.write("b.orrery", "<Simulation/>")), OrreryError);
     EXPECT_EQ(document.filePath(), files.path() + "a.orrery");
@@ -75,9 +73,9 @@ TEST_F(MyDocumentTest, OnlyChangedModelsAreImportedAnewOnActivation) {
     std::deque<MyDocument> documents;
     std::vector<MyDocument*> pointers;
     for (const std::string& path : {model, model, std::string()}) {
-        MyDocument& document = *pointers.emplace_back(&documents.emplace_back(services()));
-        document.readFromFile(writeSetup("a.orrery", path));
-        document.awakeFromNib();
+        pointers.push_back(&documents.emplace_back(services()));
+        pointers.back()->readFromFile(writeSetup("a.orrery", path));
+        pointers.back()->awakeFromNib();
     }
     const auto roots = [&] {
         std::vector<const ModelNode*> all;
@@ -100,7 +98,6 @@ TEST_F(MyDocumentTest, OnlyChangedModelsAreImportedAnewOnActivation) {
 
 TEST_F(MyDocumentTest, AModelThatCannotBeImportedIsToldAndTheWindowIsSetUp) {
     const std::string model = files.write("m.xml", "<database><object type='KSLevel' id='r'/></database>");
-    MyDocument document(services());
     document.readFromFile(writeSetup("a.orrery", "m.xml")); // beside the setup
     show(document);
     document.awakeFromNib();
@@ -116,7 +113,6 @@ TEST_F(MyDocumentTest, AModelThatCannotBeImportedIsToldAndTheWindowIsSetUp) {
 }
 
 TEST_F(MyDocumentTest, TagsEnableTheirCommands) {
-    MyDocument document(services());
     document.initWithType("setup");
     show(document);
     EXPECT_FALSE(document.validateTag(runTag));
@@ -134,7 +130,6 @@ TEST_F(MyDocumentTest, TagsEnableTheirCommands) {
 }
 
 TEST_F(MyDocumentTest, PortsAndRowsAreDroppedOnTheirOwnTables) {
-    MyDocument document(services());
     document.initWithType("setup");
     document.makeModelTree(files.write("crop.xml", cropModel));
     const ModelNode* crop = document.modelTree().topLevel().at(0);
@@ -163,7 +158,6 @@ TEST_F(MyDocumentTest, PortsAndRowsAreDroppedOnTheirOwnTables) {
 }
 
 TEST_F(MyDocumentTest, TheCameraFollowsItsProperties) {
-    MyDocument document(services());
     show(document);
     document.awakeFromNib();
     EXPECT_EQ(plot.camera().viewPos, (Vector3{0, 1, 4}));
@@ -180,7 +174,6 @@ TEST_F(MyDocumentTest, TheCameraFollowsItsProperties) {
 }
 
 TEST_F(MyDocumentTest, TheRotationGoesTheShortWayRoundAndTheAnimationTurnsIt) {
-    MyDocument document(services());
     show(document);
     document.awakeFromNib();
     document.setYRotation(170);
@@ -276,23 +269,23 @@ TEST_F(MyDocumentTest, TheFilesOfARunAreHandedToTheCompanion) {
     const auto companion = std::make_shared<FakeCompanion>();
     DocumentServices all = services();
     all.namedServices = companion.get();
-    MyDocument document(all);
-    document.initWithType("setup");
-    show(document);
-    document.saveToDorado();
+    MyDocument sender(all);
+    sender.initWithType("setup");
+    show(sender);
+    sender.saveToDorado();
     EXPECT_EQ(companion->received, (std::vector<std::string>{temporary.path() + "Zephyr.txt"}));
     companion->answer("no answer within 5 s");
     EXPECT_EQ(window.sheets.size(), 1U);
 
-    document.theDictionary().setText(setup_key::dimensions, "{ 10, 10 }");
-    document.theDictionary().setList(setup_key::outputs, {{{"portPath", "/Field/Crop/x"}}});
+    sender.theDictionary().setText(setup_key::dimensions, "{ 10, 10 }");
+    sender.theDictionary().setList(setup_key::outputs, {{{"portPath", "/Field/Crop/x"}}});
     companion->received.clear();
-    document.saveToDorado();
+    sender.saveToDorado();
     EXPECT_TRUE(companion->received.empty());
     EXPECT_NE(window.sheets.back().informative.find("/Field/Crop/x"), std::string::npos);
 
     companion->running = false;
-    document.saveToDorado();
+    sender.saveToDorado();
     EXPECT_EQ(window.sheets.back().message, "Could not open communication with Dorado.");
 }
 

@@ -16,13 +16,6 @@ namespace {
 
 using testing::HasSubstr;
 
-TEST(SetupWriter, WritesEveryElementOfANewSetup) {
-    EXPECT_EQ(setupFileBytes(defaultSetup(), "a.setup"),
-              "<Simulation><ModelPath></ModelPath><StepsPerDay>10</StepsPerDay>"
-              "<StartDay>2001-01-01 00:00:00 +0000</StartDay><RunLength>100</RunLength><ReportStep>10</ReportStep>"
-              "<Dimensions>{ 1, 1 }</Dimensions><GCD></GCD></Simulation>");
-}
-
 TEST(SetupWriter, WritesTheListsInTheFilesOrder) {
     SetupDictionary setup;
     setup.setList(setup_key::steppers, {{{"stop", "3"}, {"portPath", "/a"}, {"coordinates", "{ 0, 0 }"}}});
