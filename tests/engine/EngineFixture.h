@@ -49,14 +49,9 @@ protected:
         return names;
     }
 
-    /// Every year starts on the setup's first day.
-    class FirstDay : public Calendar {
-        [[nodiscard]] int ordinalDayInYear(const Date&) const override { return 1; }
-    };
-
     void runFiles() {
         Progress progress([this](std::string_view line) { m_lines.append(line).append("\n"); }, m_stop);
-        runSetup(path("setup.orrery"), m_folder.path(), FirstDay(), progress);
+        runSetup(path("setup.orrery"), m_folder.path(), currentCalendar(), progress);
     }
     TableText run(const ModelText& model, const std::string& setup) {
         write("model.xml", model.text());

@@ -42,6 +42,7 @@ protected:
         std::filesystem::remove(path("script.sh"));
         return ended;
     }
+    void runAndReadSample(const std::string& name, std::uint32_t rows) const;
     /// The crop's sweep with so many steps that it runs for long.
     void writeLongRun() const {
         std::string setup = readWholeFile(path("samples/crop-two-steppers.orrery"));
@@ -50,24 +51,17 @@ protected:
     }
 };
 
-struct SampleCase {
-    const char* name;
-    std::uint32_t rows;
-};
-
-class Sample : public Zephyr, public testing::WithParamInterface<SampleCase> {};
-
-TEST_P(Sample, RunsAndFillsItsGrid) {
-    const std::string setupPath = path("samples/" + std::string(GetParam().name) + ".orrery");
+void Zephyr::runAndReadSample(const std::string& name, std::uint32_t rows) const {
+    const std::string setupPath = path("samples/" + name + ".orrery");
     const Ended ended = shell("exec \"$Z\" '" + setupPath + "'");
     ASSERT_EQ(ended.status, 0) << ended.text;
 
     const LoadedSetup setup = readSetup(readWholeFile(setupPath), setupPath);
     ASSERT_TRUE(setup.parsed);
-    const ModelTree model = nodesFromDictionaries(
-        readModelFile(resolvedModelPath(setup.dictionary.textOrEmpty(setup_key::modelPath), setupPath)));
+    const ModelTree model =
+        readModelTree(resolvedModelPath(setup.dictionary.textOrEmpty(setup_key::modelPath), setupPath));
     const SweepGrid grid = constructIndependentVariables(setup.dictionary, currentCalendar());
-    EXPECT_EQ(grid.nRowsOfData, GetParam().rows);
+    EXPECT_EQ(grid.nRowsOfData, rows);
     const ResponseVariables responses = constructDependentVariables(model, grid.variables, path("Zephyr.txt"));
     ASSERT_EQ(responses.variables.size(), recordersOf(model).size());
 
@@ -81,22 +75,22 @@ TEST_P(Sample, RunsAndFillsItsGrid) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(All, Sample,
-                         testing::Values(SampleCase{"crop-single", 100}, SampleCase{"crop-one-stepper", 1300},
-                                         SampleCase{"crop-two-steppers", 100000},
-                                         SampleCase{"predator-prey-single", 240},
-                                         SampleCase{"predator-prey-one-stepper", 4560},
-                                         SampleCase{"predator-prey-two-steppers", 45600},
-                                         SampleCase{"insect-single", 105}, SampleCase{"insect-one-stepper", 1785},
-                                         SampleCase{"insect-two-steppers", 19845}, SampleCase{"insect-blocks", 105}),
-                         [](const auto& row) {
-                             std::string name = row.param.name;
-                             std::ranges::replace(name, '-', '_');
-                             return name;
-                         });
-
-TEST_F(Zephyr, WritesTheBlocksOfTheOrchard) {
-    ASSERT_EQ(shell("exec \"$Z\" samples/insect-blocks.orrery").status, 0);
+TEST_F(Zephyr, RunsEverySampleAndFillsItsGrid) {
+    for (const auto& [name, rows] :
+         std::initializer_list<std::pair<const char*, std::uint32_t>>{{"crop-single", 100},
+                                                                      {"crop-one-stepper", 1300},
+                                                                      {"crop-two-steppers", 100000},
+                                                                      {"predator-prey-single", 240},
+                                                                      {"predator-prey-one-stepper", 4560},
+                                                                      {"predator-prey-two-steppers", 45600},
+                                                                      {"insect-single", 105},
+                                                                      {"insect-one-stepper", 1785},
+                                                                      {"insect-two-steppers", 19845},
+                                                                      {"insect-blocks", 105}}) {
+        SCOPED_TRACE(name);
+        runAndReadSample(name, rows);
+        EXPECT_TRUE(std::filesystem::remove(path("Zephyr.txt")));
+    }
     const std::string larvae = read("samples/insect-larvae.txt");
     EXPECT_EQ(std::ranges::count(larvae, '\n'), 105);
     EXPECT_EQ(std::ranges::count(larvae, ' '), 105 * 11); // 12 cells

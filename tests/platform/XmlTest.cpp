@@ -8,7 +8,6 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <random>
 #include <stdexcept>
 
 namespace orrery {
@@ -136,13 +135,7 @@ TEST(ParseXml, RefusesADocumentCutAnywhere) {
 }
 
 TEST(XmlString, ReadsBackExactly) {
-    std::mt19937 random(3); // the same texts every time
-    const std::vector<std::string> pieces = {"\r", "\n", "\t", " ", "]]>", "&", "<",
-                                             ">",  "\"", "'",  "é", "€",   "😀", "a"};
-    for (int i = 0; i < 200; ++i) {
-        std::string text;
-        for (std::size_t n = random() % 12; n > 0; --n)
-            text += pieces[random() % pieces.size()];
+    for (const std::string text : {"", " ", "\r", "\n\r\t\r\n ]]>&<>\"'é€😀a&amp; "}) {
         XmlDocument document;
         XmlElement& root = document.elementWithName("a", text);
         root.addAttribute("x", text);
