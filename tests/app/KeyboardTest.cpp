@@ -118,7 +118,7 @@ TEST_F(KeyboardTest, TabGoesFromThePlotToItsVariablesBeforeAllElse) {
     EXPECT_LT(place("yRotationSlider"), place("startStopButton"));
 }
 
-TEST_F(KeyboardTest, ReadersOfTheScreenGetWhatIsWritten) {
+TEST_F(KeyboardTest, ReadersOfTheScreenGetWhatIsWrittenAndANameForEveryControl) {
     openWithResults();
     auto& log = find<LogView>(*window, "statusView");
     auto& runState = find<QLabel>(*window, "runState");
@@ -138,10 +138,7 @@ TEST_F(KeyboardTest, ReadersOfTheScreenGetWhatIsWritten) {
     EXPECT_EQ(coreText(role->text(QAccessible::Name)), "Role of /Orchard/Weather/height in the plot");
     EXPECT_EQ(coreText(role->text(QAccessible::Value)), "Held at");
     EXPECT_EQ(role->role(), QAccessible::ComboBox);
-}
 
-TEST_F(KeyboardTest, EveryControlHasANameForScreenReadersAndOneForTests) {
-    openWithResults();
     for (int tab : {1, 0}) {
         find<QTabWidget>(*window, "tabView").setCurrentIndex(tab);
         for (QWidget* control : window->findChildren<QWidget*>()) {

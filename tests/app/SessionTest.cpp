@@ -1,11 +1,14 @@
 // Whole sessions at the window: what a scientist does between a sample and its results.
 #include "app/SetupWindow.h"
 #include "platform/qt/QtNamedServices.h"
+#include "platform/qt/QtWaitPanel.h"
 
 #include <malloc.h>
 
 #include <QMessageBox>
 #include <QProcess>
+#include <QProgressDialog>
+#include <QPushButton>
 #include <QTimer>
 #include <filesystem>
 #include <fstream>
@@ -88,6 +91,30 @@ TEST_F(SessionTest, ResultsGoToTheCompanionOrASheetTellsThatThereIsNone) {
     action(sender, "actionSendToDorado").trigger();
     ASSERT_TRUE(waitFor([&] { return receiver.state() == QProcess::NotRunning; }));
     EXPECT_EQ(receiver.readAllStandardOutput().toStdString(), sender.document().resultTablePath() + "\n");
+}
+
+TEST_F(SessionTest, ALongWaitShowsItselfTakesCancelAndLetsNothingElseIn) {
+    DocumentWindow& waiting = openNew();
+    int ticks = 0;
+    const auto timer = services->runLoop().repeat(std::chrono::milliseconds(1), [&ticks] { ++ticks; });
+    ASSERT_TRUE(waitFor([&] { return ticks > 0; }));
+    QtWaitPanel panel(&waiting);
+    panel.begin("Reading");
+    EXPECT_EQ(waiting.findChild<QProgressDialog*>("waitPanel"), nullptr) << "a short wait shows nothing";
+    const int ticksBefore = ticks;
+    bool goesOn = true;
+    for (const QDeadlineTimer deadline(20'000); goesOn && !deadline.hasExpired();) {
+        goesOn = panel.update(0.5);
+        if (auto* shown = waiting.findChild<QProgressDialog*>("waitPanel")) {
+            QTest::mouseClick(&waiting, Qt::LeftButton); // blocked by the panel
+            QTest::mouseClick(shown->findChild<QPushButton*>(), Qt::LeftButton);
+        }
+    }
+    EXPECT_FALSE(goesOn);
+    EXPECT_EQ(ticks, ticksBefore);
+    panel.end();
+    EXPECT_TRUE(waitFor([&] { return ticks > ticksBefore; }));
+    EXPECT_EQ(waiting.findChild<QProgressDialog*>("waitPanel"), nullptr);
 }
 
 int openDescriptors() {

@@ -20,7 +20,7 @@ using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-const std::string companion = "Dorado Server";
+constexpr auto companion = "Dorado Server";
 
 /// The sample receiver as a child.
 class Receiver : public QProcess {
@@ -105,29 +105,22 @@ protected:
     QCoreApplication m_application{m_argumentCount, m_arguments};
 };
 
-TEST_F(NamedServicesTest, ReceiverGetsThePathsInOrder) {
+TEST_F(NamedServicesTest, TheOneReceiverGetsThePathsInOrder) {
     Receiver receiver({"--once"});
     QtNamedServices services;
-    EXPECT_EQ(answerTo(*proxyOnceThere(services), {"/z/Zephyr.txt", "/a b/größe.txt", "", "/z/Zephyr.txt"}), "");
+    const auto proxy = proxyOnceThere(services);
+    Receiver second;
+    EXPECT_EQ(exitCode(second), 1);
+    EXPECT_THAT(second.readAllStandardError().toStdString(), HasSubstr("Another program has the name Dorado.Server."));
+    EXPECT_EQ(answerTo(*proxy, {"/z/Zephyr.txt", "/a b/größe.txt", "", "/z/Zephyr.txt"}), "");
     EXPECT_EQ(exitCode(receiver), 0);
     EXPECT_EQ(receiver.readAllStandardOutput().toStdString(), "/z/Zephyr.txt\n/a b/größe.txt\n\n/z/Zephyr.txt\n");
 }
 
-TEST_F(NamedServicesTest, SecondReceiverSaysThatTheNameIsTaken) {
-    const Receiver first;
-    QtNamedServices services;
-    proxyOnceThere(services);
-    Receiver second;
-    EXPECT_EQ(exitCode(second), 1);
-    EXPECT_THAT(second.readAllStandardError().toStdString(), HasSubstr("Another program has the name Dorado.Server."));
-}
-
 TEST_F(NamedServicesTest, NobodyThereIsNoProxy) {
     QtNamedServices services;
-    EXPECT_EQ(find(services), nullptr);
-    EXPECT_EQ(find(services, "no dot"), nullptr);
-    EXPECT_EQ(find(services, "Dorado"), nullptr) << "not a valid bus name";
-    EXPECT_EQ(find(services, ""), nullptr);
+    for (const char* name : {companion, "no dot", "Dorado", ""}) // the last two are no valid bus names
+        EXPECT_EQ(find(services, name), nullptr) << name;
 }
 
 TEST_F(NamedServicesTest, NoBusIsNoProxy) {

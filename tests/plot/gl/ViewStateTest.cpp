@@ -10,7 +10,6 @@
 #include <cstdint>
 #include <cstdlib>
 #include <fstream>
-#include <initializer_list>
 #include <memory>
 #include <new>
 #include <utility>
@@ -71,21 +70,22 @@ TEST_F(GlTest, FramesDependOnThePlotAloneNotOnWhatWasDrawnBefore) {
 }
 
 TEST_F(GlTest, AFrameLeavesNothingBoundOrPushed) {
+    const std::pair<GLenum, GLint> states[] = {{GL_ARRAY_BUFFER_BINDING, 0},
+                                               {GL_TEXTURE_BINDING_RECTANGLE_ARB, 0},
+                                               {GL_ATTRIB_STACK_DEPTH, 0},
+                                               {GL_MODELVIEW_STACK_DEPTH, 1},
+                                               {GL_PROJECTION_STACK_DEPTH, 1},
+                                               {GL_UNPACK_ROW_LENGTH, 0},
+                                               {GL_UNPACK_ALIGNMENT, 4},
+                                               {GL_VERTEX_ARRAY, 0},
+                                               {GL_NORMAL_ARRAY, 0},
+                                               {GL_TEXTURE_RECTANGLE_ARB, 0},
+                                               {GL_BLEND, 1}};
     TestView test;
     for (const Scene& scene : {plate(), curves()}) {
         static_cast<void>(test.frameOf(scene));
-        EXPECT_EQ(stateOf(GL_ARRAY_BUFFER_BINDING), 0);
-        EXPECT_EQ(stateOf(GL_TEXTURE_BINDING_RECTANGLE_ARB), 0);
-        EXPECT_EQ(stateOf(GL_ATTRIB_STACK_DEPTH), 0);
-        EXPECT_EQ(stateOf(GL_MODELVIEW_STACK_DEPTH), 1);
-        EXPECT_EQ(stateOf(GL_PROJECTION_STACK_DEPTH), 1);
-        EXPECT_EQ(stateOf(GL_UNPACK_ROW_LENGTH), 0);
-        EXPECT_EQ(stateOf(GL_UNPACK_ALIGNMENT), 4);
-        for (const GLenum array :
-             std::initializer_list<GLenum>{GL_VERTEX_ARRAY, GL_NORMAL_ARRAY, GL_TEXTURE_RECTANGLE_ARB}) {
-            EXPECT_FALSE(glIsEnabled(array)) << array;
-        }
-        EXPECT_TRUE(glIsEnabled(GL_BLEND));
+        for (const auto& [name, value] : states)
+            EXPECT_EQ(stateOf(name), value) << name;
     }
 }
 
