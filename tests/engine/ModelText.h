@@ -1,5 +1,7 @@
 #pragma once
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <string>
 #include <utility>
@@ -50,7 +52,7 @@ private:
         std::string text = "<object type=\"" + className + "\" id=\"" + identifier + "\">";
         text += "<attribute name=\"name\">" + name + "</attribute>";
         for (const auto& [key, value] : attributes) {
-            text += "<attribute name=\"" + key + "\"><![CDATA[" + value + "]]></attribute>";
+            text += fmt::format("<attribute name=\"{}\"><![CDATA[{}]]></attribute>", key, value);
         }
         return text + relationships + "</object>\n";
     }
