@@ -79,11 +79,11 @@ TEST_F(ApplicationTest, TheStartPanelStandsInForDocumentsAndItsSamplesAreCopiesT
     EXPECT_EQ(coreText(second->windowTitle()), "insect-blocks copy 2[*]");
     auto& button = find<QPushButton>(*window, "startStopButton");
     QTest::mouseClick(&button, Qt::LeftButton);
-    choose(*window, "saveSetupPanel", "");
+    chooseFile(*window, "saveSetupPanel", "");
     EXPECT_EQ(window->document().runControl().state(), RunControl::State::Idle) << "there is nothing to run";
     EXPECT_FALSE(button.isChecked());
     QTest::mouseClick(&button, Qt::LeftButton);
-    choose(*window, "saveSetupPanel", files.path() + "mine.orrery");
+    chooseFile(*window, "saveSetupPanel", files.path() + "mine.orrery");
     ASSERT_TRUE(waitFor([&] { return window->document().runControl().outcome().isWhole(); }, 60'000));
     EXPECT_TRUE(fileExists(files.path() + "insect-larvae.txt")) << "results beside the user's copy";
     window->close();

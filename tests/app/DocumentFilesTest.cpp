@@ -23,10 +23,10 @@ TEST_F(DocumentFilesTest, UntitledDocumentsTakeTheSmallestFreeNumberAndAskForANa
     EXPECT_EQ(coreText(window.windowTitle()), "Untitled[*]");
     edit(window, "42");
     action(window, "actionSave").trigger();
-    choose(window, "saveSetupPanel", "");
+    chooseFile(window, "saveSetupPanel", "");
     EXPECT_FALSE(window.document().filePath());
     action(window, "actionSave").trigger();
-    choose(window, "saveSetupPanel", files.path() + "mine");
+    chooseFile(window, "saveSetupPanel", files.path() + "mine");
     EXPECT_EQ(window.document().filePath(), files.path() + "mine.orrery");
     EXPECT_EQ(coreText(window.windowTitle()), "mine.orrery[*]");
     EXPECT_FALSE(window.isWindowModified());
@@ -55,7 +55,7 @@ TEST_F(DocumentFilesTest, SaveAsRefusesTheFileOfAnotherWindow) {
     panel.setOption(QFileDialog::DontConfirmOverwrite);
     const auto& list = find<QListView>(panel, "listView"); // selects the suggestion once it has been read
     ASSERT_TRUE(waitFor([&] { return list.selectionModel()->hasSelection(); }));
-    choose(window, "saveSetupPanel", files.path() + "crop-single.orrery");
+    chooseFile(window, "saveSetupPanel", files.path() + "crop-single.orrery");
     answer(window, "open in another window", "OK");
     EXPECT_EQ(readWholeFile(*other.document().filePath()), before);
     EXPECT_EQ(window.document().filePath(), files.path() + "insect-single.orrery");
@@ -65,7 +65,7 @@ TEST_F(DocumentFilesTest, SaveAsElsewhereShowsThePathOfTheSameModel) {
     DocumentWindow& window = open("crop-single.orrery");
     std::filesystem::create_directories(files.path() + "other");
     action(window, "actionSaveAs").trigger();
-    choose(window, "saveSetupPanel", files.path() + "other/mine.orrery");
+    chooseFile(window, "saveSetupPanel", files.path() + "other/mine.orrery");
     EXPECT_EQ(coreText(find<QLineEdit>(window, "modelPath").text()), files.path() + "crop.xml");
     EXPECT_FALSE(window.isWindowModified());
 }

@@ -1,6 +1,6 @@
 // The plot tab: controls, picture and document agree, whoever changes what.
 #include "app/PortTableView.h"
-#include "app/WindowFixture.h"
+#include "app/ShellTest.h"
 #include "run/IndexSet.h"
 #include "run/SweepVariables.h"
 
@@ -11,16 +11,11 @@
 #include <QColorDialog>
 #include <QComboBox>
 #include <QDoubleSpinBox>
-#include <QFileDialog>
 #include <QLabel>
-#include <QLineEdit>
-#include <QMessageBox>
 #include <QOpenGLContext>
 #include <QOpenGLFunctions>
 #include <QOpenGLWidget>
-#include <QPointer>
 #include <QProgressBar>
-#include <QPushButton>
 #include <QScreen>
 #include <QScrollArea>
 #include <QSlider>
@@ -35,7 +30,7 @@ namespace {
 constexpr auto oneStepper = "crop-one-stepper.orrery"; // rows: 0 irrigation, 1 day
 constexpr auto twoSteppers = "crop-two-steppers.orrery";
 
-class PlotTabTest : public WindowTest {
+class PlotTabTest : public ShellTest {
 protected:
     /// The sample's window with its plot tab in front, and run.
     DocumentWindow& openPlot(const char* sample) {
@@ -381,9 +376,7 @@ TEST_F(PlotTabTest, APlotBeyondTheMemoryIsToldAndLeavesThePlotEmpty) {
         response.setValue("includep", true);
     window.document().setDependentVariables(many);
     choose(role(window, 0), 2);
-    auto& alert = find<QMessageBox>(window, "alert");
-    EXPECT_EQ(alert.text(), "The plot could not be drawn.");
-    alert.close();
+    answer(window, "The plot could not be drawn.", "OK");
     EXPECT_THAT(notice(window).toStdString(), testing::MatchesRegex("The plot, 300 responses of .* but .* GB.*\\."));
     many.resize(1);
     window.document().setDependentVariables(many);
@@ -428,14 +421,8 @@ TEST_F(PlotTabTest, ThePictureIsCopiedAndSavedWhole) {
     const auto picture = [&] { return view(window).grabFramebuffer().convertToFormat(QImage::Format_RGB32); };
     action(window, "actionCopyPicture").trigger();
     EXPECT_EQ(QGuiApplication::clipboard()->image().convertToFormat(QImage::Format_RGB32), picture());
-    const auto save = [&](const std::string& name) {
-        action(window, "actionSavePicture").trigger();
-        auto& panel = find<QFileDialog>(window, "savePicturePanel");
-        find<QLineEdit>(panel, "fileNameEdit").setText(QString::fromStdString(files.path() + name));
-        QMetaObject::invokeMethod(&panel, "accept", Qt::QueuedConnection);
-        return waitFor([&] { return window.findChild<QFileDialog*>("savePicturePanel") == nullptr; });
-    };
-    ASSERT_TRUE(save("curve"));
+    action(window, "actionSavePicture").trigger();
+    chooseFile(window, "savePicturePanel", files.path() + "curve");
     const QImage saved(QString::fromStdString(files.path() + "curve.png"));
     EXPECT_EQ(saved.convertToFormat(QImage::Format_RGB32), picture());
 }

@@ -9,7 +9,6 @@
 #include <QProcess>
 #include <QProgressDialog>
 #include <QPushButton>
-#include <QTimer>
 #include <filesystem>
 #include <fstream>
 
@@ -40,27 +39,6 @@ TEST_F(SessionTest, APortIsDraggedTypedUndoneSavedAndRun) {
     ASSERT_TRUE(waitFor([&] { return window->document().runControl().outcome().isWhole(); }));
     xdotool({"key", "ctrl+2"});
     EXPECT_TRUE(waitFor([&] { return find<QComboBox>(*window, "sweepRole2").isVisible(); }));
-}
-
-TEST_F(SessionTest, AnEditedSetupAsksBeforeItsRun) {
-    DocumentWindow& edited = open("crop-single.orrery");
-    edited.document().editText(setup_key::runLength, "30");
-    const auto answer = [&](const char* key) {
-        QTimer::singleShot(0, [key] {
-            EXPECT_TRUE(waitFor([] {
-                const QWidget* alert = QApplication::activeModalWidget();
-                return alert != nullptr && alert->isActiveWindow();
-            }));
-            xdotool({"key", key});
-        });
-        edited.document().runSimulation();
-    };
-    answer("Escape");
-    EXPECT_EQ(edited.document().runControl().state(), RunControl::State::Idle);
-    EXPECT_TRUE(edited.isWindowModified());
-    answer("Return"); // Save
-    ASSERT_TRUE(waitFor([&] { return edited.document().runControl().outcome().isWhole(); }));
-    EXPECT_FALSE(edited.isWindowModified());
 }
 
 TEST_F(SessionTest, ResultsGoToTheCompanionOrASheetTellsThatThereIsNone) {

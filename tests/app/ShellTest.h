@@ -31,7 +31,7 @@ protected:
         ASSERT_TRUE(waitFor([&] { return alertOf(window) != &box; }));
     }
     /// Waits for the file panel, types the name and accepts; an empty name cancels.
-    static void choose(const QWidget& window, const char* panelName, const std::string& name) {
+    static void chooseFile(const QWidget& window, const char* panelName, const std::string& name) {
         const auto panelOf = [&] { return window.findChild<QFileDialog*>(panelName); };
         ASSERT_TRUE(waitFor([&] { return panelOf() != nullptr && panelOf()->isVisible(); }));
         const QPointer<QFileDialog> panel = panelOf();

@@ -9,6 +9,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QTest>
+#include <QTimer>
 #include <memory>
 
 namespace orrery {
@@ -45,6 +46,8 @@ TEST_F(AlertsTest, ReturnAndEscapeLoseNothing) {
         for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Escape}) {
             show(text, "");
             QTest::keyClick(sheets().at(0), key);
+            QTimer::singleShot(0, qApp, [key] { QTest::keyClick(QApplication::activeModalWidget(), key); });
+            EXPECT_EQ(std::to_string(m_alerts.runModal(text)), m_told.back()) << "alone, too";
         }
         EXPECT_EQ(m_told.at(0) + " " + m_told.at(1), expected) << text.message;
         m_told.clear();
