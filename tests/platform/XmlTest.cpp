@@ -155,17 +155,6 @@ TEST(XmlString, RefusesWhatXmlCannotCarry) {
     }
 }
 
-TEST(XmlElement, FindsChildrenAndJoinsText) {
-    const XmlDocument document = parseXml("<a>1<b>2<c>3</c></b>4\n<b i='x' j=''/><c><b/></c></a>", "f.xml");
-    const XmlElement& root = *document.rootElement();
-    EXPECT_EQ(root.stringValue(), "1234\n");
-    const auto children = root.elementsForName("b");
-    ASSERT_EQ(children.size(), 2U);
-    EXPECT_EQ(children[1]->line(), 2U);
-    EXPECT_EQ(*children[1]->attributeForName("j"), "");
-    EXPECT_EQ(children[1]->attributeForName("k"), nullptr);
-}
-
 /// Writes what it is told on one line.
 struct Recorder : XmlHandler {
     void startElement(std::string_view name, const std::vector<Attribute>& attributes, std::size_t line) override {
