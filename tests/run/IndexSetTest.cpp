@@ -9,6 +9,10 @@
 namespace orrery {
 namespace {
 
+TEST(IndexSet, IsEmptyWithoutVariables) {
+    EXPECT_TRUE(currentIndexSet({}).empty());
+}
+
 struct HeldCase {
     const char* name;
     float start;
