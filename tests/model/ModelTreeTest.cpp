@@ -46,63 +46,36 @@ std::string outline(const ModelTree& tree) {
 const ObjectText rootLevel = {"KSLEVEL", "r", {{"name", "R"}}, {{"children", "a b"}}};
 const std::pair<std::string, std::string> inRoot = {"parent", "r"};
 
-struct TreeCase {
-    const char* name;
-    std::vector<ObjectText> objects;
-    const char* outline;
-};
-const TreeCase treeCases[] = {
-    {"children in their order, top level in record order",
-     {{"KSHTL", "b", {{"name", "B"}}, {inRoot}}, rootLevel, {"KSTVDD", "a", {{"name", "A"}}, {inRoot}}},
-     "R[A B] shown: B A"},
-    {"outputs by varid's text, absent first, equal in record order",
-     {{"KSLEVEL", "r", {}, {{"outputs", "p q s t u v"}, {"inputs", "y x"}}},
-      {"KSOUTPUT", "v", {{"name", "v9"}, {"varid", "9"}}},
-      {"KSOUTPUT", "p", {{"name", "p10"}, {"varid", "10"}}},
-      {"KSOUTPUT", "q", {{"name", "q2"}, {"varid", "2"}}},
-      {"KSOUTPUT", "u", {{"name", "u"}}},
-      {"KSOUTPUT", "s", {{"name", "s2"}, {"varid", "2"}}},
-      {"KSOUTPUT", "t", {{"name", "t"}, {"varid", ""}}},
-      {"KSINPUT", "x", {{"varid", "1"}}},
-      {"KSINPUT", "y", {{"name", "y"}, {"varid", "2"}}}},
-     "KSLEVEL[<y <KSINPUT >u >t >p10 >q2 >s2 >v9] shown:"},
-    {"last owner wins",
-     {{"KSLEVEL", "r", {{"name", "R"}}, {{"children", "a b a"}, {"inputs", "p"}, {"outputs", "p"}}},
-      {"KSRANDOM", "a", {{"name", "A"}}, {{"inputs", "p q"}, inRoot}},
-      {"KSFILE", "b", {{"name", "B"}}, {{"inputs", "q"}}},
-      {"KSINPUT", "p", {{"name", "p"}}},
-      {"KSINPUT", "q", {{"name", "q"}}}},
-     "R[B[<q] A[<p]] shown: A"},
-    {"last parentless level is the root",
-     {{"KSLEVEL", "o", {{"name", "O"}}, {{"children", "a"}}},
-      {"KSWEATHER", "w"},
-      {"KSLEVEL", "r", {{"name", "R"}}},
-      {"KSLOOKUP", "a", {{"name", "A"}}, {inRoot}}},
-     "R shown: A"},
-    {"templates are left out",
-     {{"KSTEMPLATE", "t", {{"name", "T"}}, {inRoot}}, {"KSLEVEL", "r", {{"name", "R"}}}},
-     "R shown:"},
-    {"only levels have children",
-     {{"KSLEVEL", "r", {{"name", "R"}}, {{"children", "a"}}},
-      {"KSEXPRESSION", "a", {{"name", "A"}}, {{"children", "missing"}}},
-      {"KSINPUT", "p", {}, {{"inputs", "missing"}, inRoot}}},
-     "R[A] shown:"},
-    {"identifier used twice means the later",
-     {{"KSLEVEL", "r", {{"name", "R"}}, {{"children", "a"}}},
-      {"KS2DTVDD", "a", {{"name", "A"}}, {inRoot}},
-      {"KSINPUTSPLITTER", "a", {{"name", "A2"}}, {inRoot}}},
-     "R[A2] shown: A A2"},
-    {"later attribute wins",
-     {{"KSLEVEL", "r", {{"name", "R"}, {"name", "S"}}}, {"KSRANDOM", nullptr, {}, {inRoot}}},
-     "S shown: KSRANDOM"},
-};
-
+// The comparison with the reference implementation has many models; these are what it does not have.
 TEST(ModelTree, FollowsTheRelationships) {
-    setLogSink([](std::string_view) {});
-    for (const TreeCase& row : treeCases) {
+    struct Case {
+        const char* name;
+        std::vector<ObjectText> objects;
+        const char* outline;
+    };
+    const Case cases[] = {
+        {"last owner wins",
+         {{"KSLEVEL", "r", {{"name", "R"}}, {{"children", "a b a"}, {"inputs", "p"}, {"outputs", "p"}}},
+          {"KSRANDOM", "a", {{"name", "A"}}, {{"inputs", "p q"}, inRoot}},
+          {"KSFILE", "b", {{"name", "B"}}, {{"inputs", "q"}}},
+          {"KSINPUT", "p", {{"name", "p"}}},
+          {"KSINPUT", "q", {{"name", "q"}}}},
+         "R[B[<q] A[<p]] shown: A"},
+        {"last parentless level is the root",
+         {{"KSLEVEL", "o", {{"name", "O"}}, {{"children", "a"}}},
+          {"KSLEVEL", "r", {{"name", "R"}}},
+          {"KSWEATHER", "w"},
+          {"KSLOOKUP", "a", {{"name", "A"}}, {inRoot}}},
+         "R shown: A"},
+        {"only levels have children",
+         {{"KSLEVEL", "r", {{"name", "R"}}, {{"children", "a"}}},
+          {"KSEXPRESSION", "a", {}, {{"children", "missing"}}},
+          {"KSINPUT", "p", {}, {{"inputs", "missing"}, inRoot}}},
+         "R[KSEXPRESSION] shown:"},
+    };
+    for (const Case& row : cases) {
         EXPECT_EQ(outline(nodesFromDictionaries(records(row.objects), "m.xml")), row.outline) << row.name;
     }
-    setLogSink({});
 }
 
 TEST(ModelTree, RecordsHoldTextsOnlyAndStayValidWhenTheTreeIsMoved) {
