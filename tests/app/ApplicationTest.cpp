@@ -44,20 +44,17 @@ protected:
         EXPECT_TRUE(program->waitForStarted());
         return program;
     }
+    static QByteArray outputOf(const QString& program, const QStringList& arguments) {
+        QProcess process;
+        process.start(program, arguments);
+        process.waitForFinished();
+        return process.readAllStandardOutput();
+    }
     static int windowsNamed(const QString& name) {
-        QProcess search;
-        search.start("xdotool", {"search", "--onlyvisible", "--name", name});
-        search.waitForFinished();
-        return static_cast<int>(search.readAllStandardOutput().count('\n'));
+        return static_cast<int>(outputOf("xdotool", {"search", "--onlyvisible", "--name", name}).count('\n'));
     }
     static bool ended(const QProcess& program) {
         return waitFor([&] { return program.state() == QProcess::NotRunning; });
-    }
-    static QByteArray childrenOf(qint64 process) {
-        QProcess search;
-        search.start("pgrep", {"-P", QString::number(process)});
-        search.waitForFinished();
-        return search.readAllStandardOutput().trimmed();
     }
 };
 
@@ -235,7 +232,9 @@ TEST_F(ApplicationTest, ATerminationSignalEndsTheEngineToo) {
     ASSERT_TRUE(waitFor([] { return windowsNamed("^slow.orrery") == 1; }));
     xdotool({"search", "--onlyvisible", "--name", "^slow.orrery", "windowactivate", "--sync", "key", "ctrl+r"});
     QByteArray engine;
-    ASSERT_TRUE(waitFor([&] { return !(engine = childrenOf(program->processId())).isEmpty(); }));
+    ASSERT_TRUE(waitFor([&] {
+        return !(engine = outputOf("pgrep", {"-P", QString::number(program->processId())}).trimmed()).isEmpty();
+    }));
     program->terminate();
     ASSERT_TRUE(ended(*program));
     EXPECT_EQ(program->exitCode(), 128 + SIGTERM);

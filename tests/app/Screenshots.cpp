@@ -86,7 +86,7 @@ TEST_F(Screenshots, WorkOnASetup) {
     save("setup-faults");
     outline().setCurrentIndex(showNode("Moth/Egg laying/inputs/eggs per degree day"));
     auto& menu = find<QMenu>(*window, "menuSetup");
-    menu.popup(onScreen(*window, QPoint(130, 30)));
+    menu.popup(window->mapToGlobal(QPoint(130, 30)));
     save("setup-menu");
     menu.close();
 }

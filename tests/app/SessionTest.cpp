@@ -26,7 +26,7 @@ TEST_F(SessionTest, APortIsDraggedTypedUndoneSavedAndRun) {
     EXPECT_TRUE(window->isWindowModified());
 
     const QModelIndex file = outputs.model()->index(0, 1);
-    clickAt(onScreen(*outputs.viewport(), outputs.visualRect(file).center()),
+    clickAt(outputs.viewport()->mapToGlobal(outputs.visualRect(file).center()),
             {"click", "--repeat", "2", "1", "sleep", "0.2", "type", "--delay", "20", "water.txt"});
     xdotool({"key", "Return"});
     EXPECT_TRUE(waitFor([&] { return file.data().toString() == "water.txt"; }));

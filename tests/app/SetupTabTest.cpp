@@ -249,7 +249,7 @@ TEST_F(SetupTabTest, ProblemsLeadToTheirPlaceAndAreMendedThere) {
     const auto click = [&](const char* words) {
         const QTextCursor link = problems.document()->find(words);
         ASSERT_FALSE(link.isNull()) << words;
-        clickAt(onScreen(*problems.viewport(), problems.cursorRect(link).center() - QPoint(4, 0)));
+        clickAt(problems.viewport()->mapToGlobal(problems.cursorRect(link).center() - QPoint(4, 0)));
     };
     click("do not end");
     ASSERT_TRUE(waitFor([&] { return table("stepperTable").hasFocus(); }));

@@ -37,14 +37,14 @@ protected:
     }
     QPoint nodePoint(const char* path) {
         const QModelIndex index = showNode(path);
-        return onScreen(*outline().viewport(), outline().visualRect(index).center());
+        return outline().viewport()->mapToGlobal(outline().visualRect(index).center());
     }
     /// A point in a row, `part` of its height down; the row behind the last is the space below.
     QPoint rowPoint(PortTableView& view, int row, double part = 0.5) {
         const int rows = view.model()->rowCount();
         const int height = view.verticalHeader()->defaultSectionSize();
         const int top = row < rows ? view.rowViewportPosition(row) : rows * height;
-        return onScreen(*view.viewport(), QPoint(40, top + static_cast<int>(height * part)));
+        return view.viewport()->mapToGlobal(QPoint(40, top + static_cast<int>(height * part)));
     }
 
     [[nodiscard]] std::vector<std::string> fieldsOf(PortList list, std::string_view key) {

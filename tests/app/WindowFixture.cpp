@@ -12,7 +12,6 @@
 #include <link.h>
 
 #include <QAbstractItemView>
-#include <QAction>
 #include <QPixmap>
 #include <QProcess>
 #include <QScreen>
@@ -108,10 +107,6 @@ const testing::Environment* const desktopEnvironment =
 
 } // namespace
 
-bool waitFor(const std::function<bool()>& condition, int timeoutMs) {
-    return QTest::qWaitFor(condition, timeoutMs);
-}
-
 void xdotool(const QStringList& arguments) {
     QProcess tool;
     tool.start("xdotool", arguments);
@@ -146,10 +141,6 @@ QStringList dragArguments(QPoint from, QPoint to, const QStringList& last) {
     moveTo(to + QPoint(1, 0));
     moveTo(to);
     return arguments + last + QStringList{"mouseup", "1"};
-}
-
-QPoint onScreen(const QWidget& widget, QPoint point) {
-    return widget.mapToGlobal(point);
 }
 
 QPoint centreOnScreen(const QWidget& widget) {
@@ -199,12 +190,6 @@ void WindowTest::run(DocumentWindow& window) {
     window.document().runSimulation();
     ASSERT_TRUE(waitFor([&] { return window.document().runControl().state() == RunControl::State::Idle; }, 60'000));
     ASSERT_TRUE(window.document().runControl().outcome().isWhole());
-}
-
-QAction& WindowTest::action(const QWidget& window, const char* name) {
-    auto* found = window.findChild<QAction*>(name);
-    if (found == nullptr) throw std::runtime_error(std::string("no action ") + name);
-    return *found;
 }
 
 void WindowTest::activate(QWidget& window) {

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QAction>
 #include <QApplication>
 #include <QComboBox>
 #include <QDeadlineTimer>
@@ -19,7 +20,9 @@
 namespace orrery::test {
 
 /// Waits, with the application running, until the condition holds.
-[[nodiscard]] bool waitFor(const std::function<bool()>& condition, int timeoutMs = 20'000);
+[[nodiscard]] inline bool waitFor(const std::function<bool()>& condition, int timeoutMs = 20'000) {
+    return QTest::qWaitFor(condition, timeoutMs);
+}
 
 /// Real mouse and keys: runs xdotool with the arguments to its end, with the application running meanwhile, as a drag
 /// needs it. Points are on the screen.
@@ -27,7 +30,6 @@ void xdotool(const QStringList& arguments);
 void clickAt(QPoint point, const QStringList& click = {"sleep", "0.05", "click", "1"});
 /// The arguments for one drag from point to point in several steps; `last` goes before the button is let go.
 [[nodiscard]] QStringList dragArguments(QPoint from, QPoint to, const QStringList& last = {});
-[[nodiscard]] QPoint onScreen(const QWidget& widget, QPoint point);
 [[nodiscard]] QPoint centreOnScreen(const QWidget& widget);
 
 /// Chooses with the keys, as a user does.
@@ -55,7 +57,7 @@ protected:
         if (found == nullptr) throw std::runtime_error(std::string("no control ") + name);
         return *found;
     }
-    static QAction& action(const QWidget& window, const char* name);
+    static QAction& action(const QWidget& window, const char* name) { return find<QAction>(window, name); }
     static void activate(QWidget& window);
 
     TemporaryFolder files;

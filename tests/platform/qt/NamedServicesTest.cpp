@@ -9,8 +9,10 @@
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
 #include <QProcess>
+#include <QTest>
 #include <QTimer>
 #include <chrono>
+#include <functional>
 #include <optional>
 
 namespace orrery {
@@ -64,13 +66,7 @@ protected:
     static void SetUpTestSuite() { bus = std::make_unique<test::SessionBus>(); }
     static void TearDownTestSuite() { bus.reset(); }
 
-    template <class Condition>
-    static void waitFor(Condition holds) {
-        QTimer tick; // some conditions change without an event here
-        tick.start(5);
-        while (!holds())
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
+    static void waitFor(const std::function<bool()>& holds) { EXPECT_TRUE(QTest::qWaitFor(holds, 20'000)); }
     static std::shared_ptr<RemoteObject> find(NamedServices& services, const std::string& name = companion) {
         std::optional<std::shared_ptr<RemoteObject>> proxy;
         services.findRootProxy(name, [&proxy](std::shared_ptr<RemoteObject> found) { proxy = std::move(found); });
