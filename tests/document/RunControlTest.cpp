@@ -145,7 +145,12 @@ TEST_F(RunControlTest, TextAndStateTellHowARunEnded) {
          "Results of an earlier run (less than a second old)"},
         {"none", false, nullptr, well, "was not found", "Failed: the engine left no result table"},
         {"crash", false, nullptr, {Kind::Signalled, 11}, "signal 11", "Failed: the engine was"},
-        {"notStarted", false, nullptr, {Kind::NotStarted}, "not be started", "Failed: the engine could not be started"},
+        {"notStarted",
+         false,
+         nullptr,
+         {Kind::NotStarted, 0},
+         "could not be started",
+         "Failed: the engine could not be started"},
         {"whole", false, sixRows, well, "output\u2026", "Done: 6 rows, 2 responses, less"},
     };
     for (const EndedRun& row : cases) {

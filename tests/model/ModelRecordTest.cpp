@@ -15,19 +15,9 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Pointee;
 
-/// A model file that is gone with the test.
-class ModelFile {
-public:
-    explicit ModelFile(const std::string& text) : m_path(m_folder.write("model.xml", text)) {}
-    [[nodiscard]] const std::string& path() const { return m_path; }
-
-private:
-    test::TemporaryFolder m_folder;
-    std::string m_path;
-};
-
 std::vector<ModelRecord> recordsOf(const std::string& text) {
-    return readModelFile(ModelFile(text).path());
+    const test::TemporaryFolder folder;
+    return readModelFile(folder.write("model.xml", text));
 }
 
 TEST(ModelFile, GivesTheObjectsDirectlyUnderDatabase) {
@@ -77,11 +67,12 @@ TEST(ModelFile, ThatCannotBeReadIsLoggedWithItsReason) {
     EXPECT_EQ(dictionariesFromModelFile(""), std::nullopt);
     EXPECT_THAT(log, IsEmpty());
     EXPECT_EQ(dictionariesFromModelFile("/nowhere/m.xml"), std::nullopt);
-    const ModelFile cut("<database>\n<object id='a'/>\n<object");
-    EXPECT_EQ(dictionariesFromModelFile(cut.path()), std::nullopt);
+    const test::TemporaryFolder folder;
+    const std::string cut = folder.write("cut.xml", "<database>\n<object id='a'/>\n<object");
+    EXPECT_EQ(dictionariesFromModelFile(cut), std::nullopt);
     setLogSink({});
     EXPECT_THAT(log, ElementsAre("Error opening XML document /nowhere/m.xml", HasSubstr("/nowhere/m.xml"),
-                                 "Error opening XML document " + cut.path(), HasSubstr(cut.path() + ":3")));
+                                 "Error opening XML document " + cut, HasSubstr(cut + ":3")));
     EXPECT_THROW((void)readModelFile(""), OrreryError);
 }
 
