@@ -22,11 +22,6 @@ namespace {
 
 class ApplicationTest : public ShellTest {
 protected:
-    static int shownPages() {
-        const auto widgets = QApplication::topLevelWidgets();
-        return static_cast<int>(std::ranges::count_if(
-            widgets, [](const QWidget* each) { return each->objectName() == "ReleaseNotes" && each->isVisible(); }));
-    }
     /// The program as a user starts it, with a home and a runtime directory of the test's.
     std::unique_ptr<QProcess> start(const QStringList& arguments) {
         std::filesystem::create_directories(files.path() + "run");
@@ -161,7 +156,7 @@ TEST_F(ApplicationTest, EachCallShowsReleaseNotesOfItsOwn) {
     DocumentWindow& window = openNew();
     action(window, "actionReleaseNotes").trigger();
     action(window, "actionReleaseNotes").trigger();
-    EXPECT_EQ(shownPages(), 2);
+    EXPECT_EQ(std::ranges::count_if(windowsCalled("ReleaseNotes"), &QWidget::isVisible), 2);
     action(window, "actionHelp").trigger();
     QWidget* page = nullptr;
     ASSERT_TRUE(waitFor([&] {
@@ -179,16 +174,14 @@ TEST_F(ApplicationTest, PreferencesAreOnePanelWhoseChoicesWork) {
     DocumentWindow& window = openNew();
     action(window, "actionPreferences").trigger();
     action(window, "actionPreferences").trigger();
-    const auto widgets = QApplication::topLevelWidgets();
-    EXPECT_EQ(std::ranges::count_if(widgets, [](auto* each) { return each->objectName() == "preferences"; }), 1);
-    const auto panel =
-        std::ranges::find_if(widgets, [](const QWidget* each) { return each->objectName() == "preferences"; });
-    EXPECT_TRUE(find<QLineEdit>(**panel, "enginePath").text().endsWith("/Zephyr"));
+    const QWidgetList panels = windowsCalled("preferences");
+    ASSERT_EQ(panels.size(), 1);
+    EXPECT_TRUE(find<QLineEdit>(*panels.front(), "enginePath").text().endsWith("/Zephyr"));
     window.resize(1100, 750);
     find<QSplitter>(window, "mainSplitter").setSizes({300, 700});
     window.close();
     EXPECT_EQ(openNew().size(), QSize(1100, 750));
-    find<QCheckBox>(**panel, "restoreLayout").setChecked(false);
+    find<QCheckBox>(*panels.front(), "restoreLayout").setChecked(false);
     EXPECT_NE(openNew().size(), QSize(1100, 750));
 }
 

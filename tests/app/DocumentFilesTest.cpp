@@ -216,11 +216,10 @@ TEST_F(DocumentFilesTest, ManyFilesOpenTwentyWindowsAndOneMessage) {
     }
     controller->reopen(paths);
     EXPECT_EQ(windows().size(), 20U);
-    std::vector<const QMessageBox*> alerts;
-    for (const QWidget* each : QApplication::topLevelWidgets())
-        if (each->objectName() == "alert") alerts.push_back(qobject_cast<const QMessageBox*>(each));
-    ASSERT_EQ(alerts.size(), 1U);
-    const QString text = alerts[0]->text() + alerts[0]->informativeText();
+    const QWidgetList alerts = windowsCalled("alert");
+    ASSERT_EQ(alerts.size(), 1);
+    const auto& alert = static_cast<const QMessageBox&>(*alerts.front());
+    const QString text = alert.text() + alert.informativeText();
     for (const char* part :
          {"20 files could not be opened.", "missing0.orrery", "And 12 more.", "20 files were left out"})
         EXPECT_TRUE(text.contains(part)) << part << " in " << coreText(text);

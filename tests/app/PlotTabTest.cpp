@@ -81,12 +81,6 @@ protected:
         return top;
     }
     static QString notice(const QWidget& window) { return find<QLabel>(window, "plotNotice").text(); }
-    /// Lets the animation's timer go off often, whether it does anything or not.
-    void letTimersRun() {
-        int ticks = 0;
-        const auto timer = services->runLoop().repeat(std::chrono::milliseconds(17), [&ticks] { ++ticks; });
-        ASSERT_TRUE(waitFor([&] { return ticks > 15; }));
-    }
 };
 
 TEST_F(PlotTabTest, AxesAndResponsesChosenAtTheControlsAppearOnTheScreen) {
@@ -304,7 +298,9 @@ TEST_F(PlotTabTest, AWindowClosedInTheMiddleOfATurnLeavesNothingBehind) {
     QTest::mouseClick(&find<QPushButton>(window, "animate"), Qt::LeftButton);
     delete gone.data();
     EXPECT_TRUE(surface.isNull());
-    letTimersRun(); // a timer that was left would call a document that is gone
+    int ticks = 0;
+    const auto timer = services->runLoop().repeat(std::chrono::milliseconds(17), [&ticks] { ++ticks; });
+    ASSERT_TRUE(waitFor([&] { return ticks > 15; })); // a timer that was left would call a document that is gone
     EXPECT_TRUE(controller->documentController().windows().empty());
 }
 

@@ -95,11 +95,8 @@ TEST_F(SessionTest, ALongWaitShowsItselfTakesCancelAndLetsNothingElseIn) {
     EXPECT_EQ(waiting.findChild<QProgressDialog*>("waitPanel"), nullptr);
 }
 
-int openDescriptors() {
-    int count = 0;
-    for ([[maybe_unused]] const auto& each : std::filesystem::directory_iterator("/proc/self/fd"))
-        ++count;
-    return count;
+auto openDescriptors() {
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
 }
 
 TEST_F(SessionTest, OpeningAndClosingManyDocumentsLeavesNothingBehind) {
@@ -116,7 +113,7 @@ TEST_F(SessionTest, OpeningAndClosingManyDocumentsLeavesNothingBehind) {
         }
     };
     openAndClose(50);
-    const int descriptors = openDescriptors();
+    const auto descriptors = openDescriptors();
     const auto windows = QApplication::topLevelWidgets().size();
     const auto memory = ::mallinfo2().uordblks;
     openAndClose(450);

@@ -15,6 +15,11 @@ namespace orrery::test {
 /// Answers sheets and file panels as a person does.
 class ShellTest : public WindowTest {
 protected:
+    static QWidgetList windowsCalled(const char* name) {
+        QWidgetList all = QApplication::topLevelWidgets();
+        all.removeIf([name](const QWidget* each) { return each->objectName() != name; });
+        return all;
+    }
     static QMessageBox* alertOf(const QWidget& window) {
         const auto boxes = window.findChildren<QMessageBox*>("alert");
         const auto shown = std::ranges::find_if(boxes, [](const QMessageBox* box) { return box->isVisible(); });

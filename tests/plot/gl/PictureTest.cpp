@@ -13,13 +13,8 @@ int brightness(const Rgb& color) {
 }
 
 TEST_F(GlTest, ACurveIsWhereTheSquareOfThePlotPutsIt) {
-    struct Size {
-        int width;
-        int height;
-        int samples;
-    };
     for (const auto& [width, height, samples] :
-         {Size{300, 240, 1}, Size{500, 100, 1}, Size{120, 400, 1}, Size{300, 240, 4}}) {
+         {std::array{300, 240, 1}, {500, 100, 1}, {120, 400, 1}, {300, 240, 4}}) {
         SCOPED_TRACE(width * samples);
         TestView test(width, height, samples);
         const Pixels picture = test.frameOf(
