@@ -2,7 +2,7 @@
 
 #include "model/ModelTree.h"
 
-#include <ranges>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -19,10 +19,11 @@ struct ObjectText {
 
 inline std::vector<std::string> words(const std::string& text) {
     std::vector<std::string> found;
-    for (const auto word : std::views::split(" " + text, ' ')) {
-        found.emplace_back(word.begin(), word.end());
+    std::istringstream stream(text + " ");
+    for (std::string word; std::getline(stream, word, ' ');) {
+        found.push_back(word);
     }
-    return {found.begin() + 1, found.end()};
+    return found;
 }
 
 inline std::vector<ModelRecord> records(const std::vector<ObjectText>& objects) {
