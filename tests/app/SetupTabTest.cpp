@@ -282,8 +282,9 @@ std::string addObjects(std::string& all, std::span<const LargeModelKind> kinds, 
     for (int n = 0; n < kind.count; ++n) {
         const std::string id = parent + kind.name.at(0) + std::to_string(n);
         const std::string below = addObjects(all, kinds.subspan(1), id);
-        all += "<object type='" + kind.type + "' id='" + id + "'><attribute name='name'>" + kind.name + " " + id +
-               "</attribute>" + relationship("parent", parent) + below + "</object>\n";
+        all.append("<object type='").append(kind.type).append("' id='").append(id);
+        all.append("'><attribute name='name'>").append(kind.name).append(" ").append(id).append("</attribute>");
+        all.append(relationship("parent", parent)).append(below).append("</object>\n");
         ids += (n > 0 ? " " : "") + id;
     }
     return relationship(kind.relation, ids);
