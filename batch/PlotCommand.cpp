@@ -158,7 +158,7 @@ int plot(const PlotOptions& options) {
     const std::vector<Assignment> holds = assignments(options.hold, "--hold"); // wrong usage shows before any file
     const std::vector<Assignment> scales = assignments(options.scale, "--scale");
     const PlotPictureRequest picture = pictureRequest(options.picture);
-    Results results = loadResults(options.setup, tablePathOr(options.table));
+    RunResults results = loadResults(options.setup, tablePathOr(options.table));
     std::vector<IndependentVariable>& variables = results.grid.variables;
     std::vector<ResponseVariable>& responses = results.responses.variables;
     chooseAxes(variables, options, holds);

@@ -35,13 +35,14 @@ struct Statistics {
 };
 
 /// Per value of the first sweep variable, the mean of the column over all others; `all` takes every cell.
-std::vector<double> courseOverFirst(const ReportSource& source, std::size_t column, Statistics& all) {
-    const IndependentVariable& first = source.variables.front();
+std::vector<double> courseOverFirst(const RunResults& results, std::size_t column, Statistics& all) {
+    const IndependentVariable& first = results.grid.variables.front();
+    const std::size_t columns = results.responses.variables.size();
     std::vector<double> course;
     for (std::uint32_t index = 0; index < first.stridesPerCycle(); ++index) {
         Statistics slice;
         for (std::uint32_t row = index * first.stride(); row < (index + 1) * first.stride(); ++row) {
-            const double value = static_cast<double>(source.cells[row * source.responses.size() + column]);
+            const double value = static_cast<double>(results.table.cells[row * columns + column]);
             slice.add(value);
             all.add(value);
         }
@@ -68,28 +69,29 @@ std::size_t widest(const auto& named) {
     return width;
 }
 
-std::string gridText(const ReportSource& source) {
-    const std::size_t width = widest(source.variables);
+std::string gridText(const SweepGrid& grid) {
+    const std::size_t width = widest(grid.variables);
     std::string text = "Grid\n";
-    for (const IndependentVariable& variable : source.variables) {
+    for (const IndependentVariable& variable : grid.variables) {
         text += fmt::format("  {}  {} to {} by {}, {} values\n", padded(variable.name(), width),
                             shortestText(variable.start()), shortestText(variable.stop()),
                             shortestText(variable.step()), variable.stridesPerCycle());
     }
-    return text + fmt::format("  {} rows\n", source.nRowsOfData);
+    return text + fmt::format("  {} rows\n", grid.nRowsOfData);
 }
 
-std::string responseText(const ReportSource& source) {
-    if (source.responses.empty()) {
+std::string responseText(const RunResults& results) {
+    const std::vector<ResponseVariable>& responses = results.responses.variables;
+    if (responses.empty()) {
         return "No responses: no recorded output of the model stands in the table's header.\n";
     }
-    const std::size_t width = widest(source.responses);
+    const std::size_t width = widest(responses);
     std::string text = fmt::format("{}  {:>10} {:>10} {:>10}  mean over {}\n", padded("Response", width + 2), "minimum",
-                                   "mean", "maximum", source.variables.front().name());
-    for (std::size_t column = 0; column < source.responses.size(); ++column) {
+                                   "mean", "maximum", results.grid.variables.front().name());
+    for (std::size_t column = 0; column < responses.size(); ++column) {
         Statistics all;
-        const std::vector<double> course = courseOverFirst(source, column, all);
-        text += fmt::format("  {}  ", padded(source.responses[column].name(), width));
+        const std::vector<double> course = courseOverFirst(results, column, all);
+        text += fmt::format("  {}  ", padded(responses[column].name(), width));
         text += all.count == 0 ? "no numbers\n"
                                : fmt::format("{:>10.5} {:>10.5} {:>10.5}  {}\n", all.least, all.mean(), all.greatest,
                                              blockCourse(course, courseWidth));
@@ -99,9 +101,9 @@ std::string responseText(const ReportSource& source) {
 
 } // namespace
 
-std::string reportText(const ReportSource& source) {
-    std::string text = gridText(source) + "\n" + responseText(source) + "\nFiles\n";
-    for (const std::string& file : source.files) {
+std::string reportText(const RunResults& results, const std::vector<std::string>& files) {
+    std::string text = gridText(results.grid) + "\n" + responseText(results) + "\nFiles\n";
+    for (const std::string& file : files) {
         text += "  " + file + "\n";
     }
     return text;

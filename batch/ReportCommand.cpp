@@ -18,13 +18,9 @@ struct ReportOptions {
 
 int report(const ReportOptions& options) {
     const std::string tablePath = tablePathOr(options.table);
-    const Results results = loadResults(options.setup, tablePath);
+    const RunResults results = loadResults(options.setup, tablePath);
     Output output("-");
-    output.write(reportText({.variables = results.grid.variables,
-                             .responses = results.responses.variables,
-                             .nRowsOfData = results.grid.nRowsOfData,
-                             .cells = results.table.cells,
-                             .files = {options.setup, tablePath}}));
+    output.write(reportText(results, {options.setup, tablePath}));
     output.finish();
     return exitDone;
 }

@@ -35,7 +35,7 @@ std::string csvField(const std::string& text) {
     return quoted + '"';
 }
 
-void writeCsvHeader(Output& output, const Results& results) {
+void writeCsvHeader(Output& output, const RunResults& results) {
     const char* separator = "";
     for (const IndependentVariable& variable : results.grid.variables) {
         output.write(separator + csvField(variable.name()));
@@ -48,7 +48,7 @@ void writeCsvHeader(Output& output, const Results& results) {
 }
 
 /// One line per row: the value of every sweep variable there, then every response.
-void writeCsv(Output& output, const Results& results) {
+void writeCsv(Output& output, const RunResults& results) {
     writeCsvHeader(output, results);
     const std::size_t columns = results.responses.variables.size();
     for (std::uint32_t row = 0; row < results.grid.nRowsOfData; ++row) {
@@ -66,17 +66,11 @@ void writeCsv(Output& output, const Results& results) {
 }
 
 int printResults(const ResultOptions& options) {
-    const Results results = loadResults(options.setup, tablePathOr(options.table), options.threads);
+    const RunResults results = loadResults(options.setup, tablePathOr(options.table), options.threads);
     Output output(options.csv.empty() ? "-" : options.csv);
     if (options.csv.empty()) {
         JsonWriter json(output);
-        writeResults(json,
-                     {.labels = results.responses.labels,
-                      .responses = results.responses.variables,
-                      .nRowsOfData = results.grid.nRowsOfData,
-                      .maxima = results.table.maxima,
-                      .cells = results.table.cells},
-                     options.summary);
+        writeResults(json, results, options.summary);
         output.write("\n");
     } else {
         writeCsv(output, results);

@@ -6,13 +6,13 @@
 
 namespace orrery {
 
-void writeResults(JsonWriter& json, const ResultView& results, bool summary) {
+void writeResults(JsonWriter& json, const RunResults& results, bool summary) {
     json.beginObject();
     json.key("responseVariableLabels");
-    json.values(results.labels);
+    json.values(results.responses.labels);
     json.key("dependentVariables");
     json.beginArray();
-    for (const ResponseVariable& response : results.responses) {
+    for (const ResponseVariable& response : results.responses.variables) {
         json.beginObject();
         json.member("name", response.name());
         json.member("id", response.identifier());
@@ -23,12 +23,12 @@ void writeResults(JsonWriter& json, const ResultView& results, bool summary) {
         json.endObject();
     }
     json.endArray();
-    json.member("nRowsOfData", results.nRowsOfData);
+    json.member("nRowsOfData", results.grid.nRowsOfData);
     json.key("yMax");
-    json.values(results.maxima);
+    json.values(results.table.maxima);
     if (!summary) {
         json.key("simulationData");
-        json.values(results.cells);
+        json.values(results.table.cells);
     }
     json.endObject();
 }

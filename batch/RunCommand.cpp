@@ -153,24 +153,14 @@ private:
 void printSummary(const MyDocument& document) {
     Output output("-");
     JsonWriter json(output);
-    writeResults(json,
-                 {.labels = document.responseVariableLabels(),
-                  .responses = document.dependentVariables(),
-                  .nRowsOfData = document.nRowsOfData(),
-                  .maxima = document.yMax(),
-                  .cells = document.simulationData()},
-                 true);
+    writeResults(json, document.results(), true);
     output.write("\n");
     output.finish();
 }
 
 void printReport(const MyDocument& document) {
     Output output("-");
-    output.write(reportText({.variables = document.independentVariables(),
-                             .responses = document.dependentVariables(),
-                             .nRowsOfData = document.nRowsOfData(),
-                             .cells = document.simulationData(),
-                             .files = {*document.filePath(), document.resultTablePath()}}));
+    output.write(reportText(document.results(), {*document.filePath(), document.resultTablePath()}));
     output.finish();
 }
 

@@ -13,7 +13,6 @@
 #include <algorithm>
 #include <cctype>
 #include <cstddef>
-#include <iterator>
 #include <string_view>
 #include <utility>
 
@@ -96,19 +95,12 @@ std::string tablePathOr(const std::string& tablePath) {
     return tablePath.empty() ? resultTablePath(temporaryDirectory()) : tablePath;
 }
 
-Results loadResults(const std::string& setupPath, const std::string& tablePath, unsigned threads) {
+RunResults loadResults(const std::string& setupPath, const std::string& tablePath, unsigned threads) {
     const SetupDictionary setup = loadSetup(setupPath);
-    Results results{.grid = constructIndependentVariables(setup, currentCalendar()), .responses = {}, .table = {}};
-    results.responses = constructDependentVariables(loadModel(setup, setupPath), results.grid.variables, tablePath);
-    const TableShape shape{.rows = results.grid.nRowsOfData,
-                           .leadingFields = results.grid.variables.size() + 1,
-                           .columns = results.responses.variables.size()};
     TableReadOptions reading;
     reading.threads = threads;
-    results.table = readResultTable(tablePath, shape, reading);
-    std::vector<std::string> notes = results.responses.notes;
-    std::ranges::move(results.table.notes(shape), std::back_inserter(notes));
-    for (const std::string& note : notes) {
+    RunResults results = readRunResults(setup, currentCalendar(), loadModel(setup, setupPath), tablePath, reading);
+    for (const std::string& note : results.notes) {
         printMessage(fmt::format("{}: {}", tablePath, note));
     }
     return results;

@@ -2,10 +2,8 @@
 
 #include "document/setup/SetupDictionary.h"
 #include "model/ModelTree.h"
-#include "run/ResponseVariables.h"
-#include "run/ResultTable.h"
+#include "run/RunResults.h"
 #include "run/SetupProblem.h"
-#include "run/SweepVariables.h"
 
 #include <string>
 
@@ -24,16 +22,9 @@ void printProblems(const SetupProblems& problems, const std::string& setupPath);
 /// The result table that a command reads: the one named, or the last run's in the temporary directory.
 [[nodiscard]] std::string tablePathOr(const std::string& tablePath);
 
-/// What a run left, read without running.
-struct Results {
-    SweepGrid grid;
-    ResponseVariables responses;
-    ResultTable table;
-};
-
 /// Reads the results of the setup from the table, by as many threads as pay or as are wanted. What the user should know
 /// of the table goes to standard error.
-[[nodiscard]] Results loadResults(const std::string& setupPath, const std::string& tablePath, unsigned threads = 0);
+[[nodiscard]] RunResults loadResults(const std::string& setupPath, const std::string& tablePath, unsigned threads = 0);
 
 /// "; did you mean 'x'?" for the valid name that is nearest to the wrong one, or the valid ones when none is near.
 [[nodiscard]] std::string suggestion(const std::string& wrong, const std::vector<std::string>& valid);

@@ -120,7 +120,7 @@ void MyDocument::keepStartedSetup() {
 }
 
 void MyDocument::keepPlotChoices() {
-    if (PlotChoices choices{m_grid.variables, m_dependentVariables}; choices.chosen()) {
+    if (PlotChoices choices{m_results.grid.variables, m_results.responses.variables}; choices.chosen()) {
         m_earlierChoices = std::move(choices);
     }
 }
@@ -141,45 +141,61 @@ std::string MyDocument::resultTablePath() const {
     return orrery::resultTablePath(m_services.run.temporaryDirectory);
 }
 
-void MyDocument::constructIndependentVariables() {
-    m_grid = orrery::constructIndependentVariables(m_dictionary, *m_services.calendar);
-    if (m_outlets.independentVariableSettings != nullptr) m_outlets.independentVariableSettings->reloadData();
+const RunResults& MyDocument::buildResults() {
+    setResults({}); // what an earlier run left does not fit the new grid
+    std::vector<std::string> notes = layOutGrid();
+    RunResults built;
+    readTable([&](const TableReadOptions& options) {
+        built = readRunResults(m_results.grid, m_modelTree, resultTablePath(), options);
+    });
+    built.notes.insert(built.notes.begin(), std::move_iterator(notes.begin()), std::move_iterator(notes.end()));
+    setResults(std::move(built));
+    restorePlotChoices();
+    return m_results;
 }
 
-void MyDocument::setIndependentVariables(std::vector<IndependentVariable> variables) {
-    m_grid.variables = std::move(variables);
-    if (m_outlets.independentVariableSettings != nullptr) m_outlets.independentVariableSettings->reloadData();
+void MyDocument::setResults(RunResults results) {
+    m_builtPlot = {}; // made of the earlier ones
+    m_results = std::move(results);
+    reloadSettings();
 }
 
-void MyDocument::setDependentVariables(std::vector<ResponseVariable> variables) {
-    m_dependentVariables = std::move(variables);
-    if (m_outlets.dependentVariableSettings != nullptr) m_outlets.dependentVariableSettings->reloadData();
+/// By the document's setup, unless the user wants the grid that ran. Returns what the user should know of the two.
+std::vector<std::string> MyDocument::layOutGrid() {
+    constructIndependentVariables();
+    std::optional<SweepGrid> ran = m_startedSetup.grid(*m_services.calendar);
+    m_gridChoice.difference = ran ? gridDifference(*ran, m_results.grid) : "";
+    const std::string text = m_gridChoice.text();
+    std::vector<std::string> notes;
+    if (std::string note = text.empty() ? m_startedSetup.note(m_dictionary) : text; !note.empty()) {
+        notes.push_back(std::move(note));
+    }
+    if (m_gridChoice.ofStarted && ran) {
+        m_results.grid = *std::move(ran);
+        reloadSettings();
+    }
+    return notes;
 }
 
-void MyDocument::constructDependentVariables() {
-    const std::string path = resultTablePath();
+void MyDocument::readTable(const std::function<void(const TableReadOptions&)>& read) {
     try {
-        ResponseVariables built = orrery::constructDependentVariables(m_modelTree, independentVariables(), path);
-        std::ranges::move(built.notes, std::back_inserter(m_tableNotes));
-        setResponseVariableLabels(std::move(built.labels));
-        setDependentVariables(std::move(built.variables));
+        readWhileWaiting(read);
     } catch (const ResultTableMissing&) {
+        const std::string words = fmt::format("The data file, {}, was not found.", resultTablePath());
         if (m_outlets.alerts != nullptr) {
-            (void)m_outlets.alerts->runModal(
-                {"File Not Found", fmt::format("The data file, {}, was not found.", path), {"OK"}});
+            (void)m_outlets.alerts->runModal({"File Not Found", words, {"OK"}});
         } else if (m_services.run.message) {
-            m_services.run.message(fmt::format("File Not Found: The data file, {}, was not found.", path));
+            m_services.run.message("File Not Found: " + words);
         }
         throw;
     }
 }
 
 /// A table of gigabytes takes seconds: meanwhile the window shows how far the reading is, and the user may cancel it.
-ResultTable MyDocument::readTableWhileWaiting(const TableShape& shape) {
-    const std::string path = resultTablePath();
+void MyDocument::readWhileWaiting(const std::function<void(const TableReadOptions&)>& read) {
     WaitPanel* panel = m_outlets.waitPanel;
-    if (panel == nullptr) return readResultTable(path, shape, m_services.tableReading);
-    const auto size = static_cast<double>(openResultTable(path).size());
+    if (panel == nullptr) return read(m_services.tableReading);
+    const auto size = static_cast<double>(openResultTable(resultTablePath()).size());
     bool cancelled = false;
     TableReadOptions options = m_services.tableReading;
     options.progress = [&](std::uint64_t bytesRead) {
@@ -188,53 +204,47 @@ ResultTable MyDocument::readTableWhileWaiting(const TableShape& shape) {
     };
     const PanelWait open(*panel, "Reading the results\u2026");
     try {
-        return readResultTable(path, shape, options);
+        read(options);
     } catch (...) {
         if (cancelled) throw ResultsCancelled();
         throw;
     }
 }
 
+void MyDocument::constructIndependentVariables() {
+    m_results.grid = orrery::constructIndependentVariables(m_dictionary, *m_services.calendar);
+    reloadSettings();
+}
+
+void MyDocument::constructDependentVariables() {
+    readTable([this](const TableReadOptions& /*options*/) {
+        m_results.responses =
+            orrery::constructDependentVariables(m_modelTree, independentVariables(), resultTablePath());
+    });
+    reloadSettings();
+}
+
 void MyDocument::getSimulationData() {
     setSimulationData({});
-    const TableShape shape{nRowsOfData(), independentVariables().size() + 1, m_dependentVariables.size()};
-    ResultTable table = readTableWhileWaiting(shape);
-    std::ranges::move(table.notes(shape), std::back_inserter(m_tableNotes));
-    m_rowsFound = table.rowsFound;
-    setSimulationData(std::move(table.cells));
-    setYMax(std::move(table.maxima));
+    readTable([this](const TableReadOptions& options) {
+        m_results.table = readResultTable(resultTablePath(), m_results.shape(), options);
+    });
 }
 
-BuiltResults MyDocument::buildResults() {
-    m_tableNotes.clear();
-    try {
-        layOutGrid();
-        constructDependentVariables();
-        getSimulationData();
-        restorePlotChoices();
-    } catch (...) {
-        // What an earlier run left does not fit the new grid.
-        setDependentVariables({});
-        setResponseVariableLabels({});
-        setSimulationData({});
-        setYMax({});
-        throw;
-    }
-    return {nRowsOfData(), m_rowsFound, m_dependentVariables.size(), m_tableNotes};
+void MyDocument::setIndependentVariables(std::vector<IndependentVariable> variables) {
+    m_results.grid.variables = std::move(variables);
+    reloadSettings();
 }
 
-/// By the document's setup, unless the user wants the grid that ran.
-void MyDocument::layOutGrid() {
-    constructIndependentVariables();
-    std::optional<SweepGrid> ran = m_startedSetup.grid(*m_services.calendar);
-    m_gridChoice.difference = ran ? gridDifference(*ran, m_grid) : "";
-    const std::string text = m_gridChoice.text();
-    if (const std::string note = text.empty() ? m_startedSetup.note(m_dictionary) : text; !note.empty()) {
-        m_tableNotes.push_back(note);
+void MyDocument::setDependentVariables(std::vector<ResponseVariable> variables) {
+    m_results.responses.variables = std::move(variables);
+    reloadSettings();
+}
+
+void MyDocument::reloadSettings() {
+    for (SettingsRows* rows : {m_outlets.independentVariableSettings, m_outlets.dependentVariableSettings}) {
+        if (rows != nullptr) rows->reloadData();
     }
-    if (!m_gridChoice.ofStarted || !ran) return;
-    m_grid.nRowsOfData = ran->nRowsOfData;
-    setIndependentVariables(std::move(ran->variables));
 }
 
 void MyDocument::readByOtherGrid() {
@@ -247,10 +257,7 @@ void MyDocument::readByOtherGrid() {
 
 void MyDocument::restorePlotChoices() {
     m_plotIsOutdated = true;
-    if (!keepChoices(m_earlierChoices, m_grid.variables, m_dependentVariables)) return;
-    for (SettingsRows* rows : {m_outlets.independentVariableSettings, m_outlets.dependentVariableSettings}) {
-        if (rows != nullptr) rows->reloadData();
-    }
+    if (keepChoices(m_earlierChoices, m_results.grid.variables, m_results.responses.variables)) reloadSettings();
 }
 
 std::string MyDocument::sweepSummary() const {
@@ -267,7 +274,7 @@ SetupProblems MyDocument::setupProblems() {
 }
 
 std::vector<std::uint32_t> MyDocument::makeCurrentIndexSet() const {
-    return currentIndexSet(m_grid.variables);
+    return currentIndexSet(m_results.grid.variables);
 }
 
 std::string MyDocument::absoluteSetupPath() const {

@@ -12,7 +12,7 @@ namespace orrery {
 
 void MyDocument::setupPlotView() {
     m_plotIsOutdated = false;
-    m_layout = orrery::plotLayout(m_grid.variables, m_dependentVariables);
+    m_layout = orrery::plotLayout(m_results.grid.variables, m_results.responses.variables);
     if (m_layout.dimensions == 0 || m_layout.nSurfaces == 0) {
         clearPlot();
         return;
@@ -27,7 +27,7 @@ void MyDocument::setupPlotView() {
         clearPlot();
         return;
     }
-    m_outlets.glView->setColors(surfaceColors(m_dependentVariables));
+    m_outlets.glView->setColors(surfaceColors(m_results.responses.variables));
     m_outlets.glView->setNeedsDisplay();
 }
 
@@ -60,19 +60,20 @@ std::uint32_t MyDocument::fillVertexMemory(const std::vector<std::uint32_t>& ind
         wait.emplace(*panel, "Drawing the plot\u2026");
         options.progress = [panel](double part) { return panel->update(part); };
     }
-    return fillVertices(*m_outlets.glView, m_layout, {m_simulationData, m_yMax, m_dependentVariables, indices},
+    return fillVertices(*m_outlets.glView, m_layout,
+                        {m_results.table.cells, m_results.table.maxima, m_results.responses.variables, indices},
                         options);
 }
 
 void MyDocument::setSimulationData(CellBlock data) {
     m_builtPlot = {}; // made of the earlier ones
-    m_simulationData = std::move(data);
+    m_results.table.cells = std::move(data);
 }
 
 void MyDocument::updatePlot(const SettingsSender& sender) {
     constexpr int roleChooser = 3;
-    if (sender.tag == roleChooser && sender.row < m_grid.variables.size()) {
-        const RoleChange change = claimAxisRole(m_grid.variables, sender.row);
+    if (sender.tag == roleChooser && sender.row < m_results.grid.variables.size()) {
+        const RoleChange change = claimAxisRole(m_results.grid.variables, sender.row);
         if (SettingsRows* rows = m_outlets.independentVariableSettings) {
             for (const int tag : {2, 1}) {
                 for (const std::size_t row : change.disabled) {

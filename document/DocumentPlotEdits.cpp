@@ -7,10 +7,10 @@ namespace orrery {
 
 PlotState MyDocument::plotState() const {
     PlotState state;
-    for (const IndependentVariable& variable : m_grid.variables) {
+    for (const IndependentVariable& variable : m_results.grid.variables) {
         state.variables.push_back({variable.name(), variable.function(), variable.constant()});
     }
-    for (const ResponseVariable& response : m_dependentVariables) {
+    for (const ResponseVariable& response : m_results.responses.variables) {
         state.responses.push_back({response.name(), response.includep(), response.scale(), response.color()});
     }
     if (PlotView* view = m_outlets.glView) {
@@ -37,10 +37,8 @@ void MyDocument::changePlot(PlotControl control, const std::function<void()>& ch
 /// The plot before the view: curves put the camera back when they are built.
 void MyDocument::putPlotChange(const PlotChange& change) {
     if (change.ofResults()) {
-        makeChange(change, m_grid.variables, m_dependentVariables);
-        for (SettingsRows* rows : {m_outlets.independentVariableSettings, m_outlets.dependentVariableSettings}) {
-            if (rows != nullptr) rows->reloadData();
-        }
+        makeChange(change, m_results.grid.variables, m_results.responses.variables);
+        reloadSettings();
         setupPlotView();
     }
     putViewChange(change);

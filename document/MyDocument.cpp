@@ -42,8 +42,9 @@ AlertText modelSheet(std::string message, std::string informative, Severity seve
 
 MyDocument::MyDocument(DocumentServices services) : m_services(std::move(services)), m_run(*this, m_services.run) {
     if (m_services.calendar == nullptr) m_services.calendar = &currentCalendar();
-    m_undo.setApplies(
-        [this](const PlotChange& change) { return change.appliesTo(m_grid.variables, m_dependentVariables); });
+    m_undo.setApplies([this](const PlotChange& change) {
+        return change.appliesTo(m_results.grid.variables, m_results.responses.variables);
+    });
     for (const PortList list : {PortList::Outputs, PortList::Initializations, PortList::Steppers}) {
         m_controllers.emplace_back(list, [this]() -> SetupDictionary& { return m_dictionary; });
     }

@@ -18,10 +18,9 @@
 #include "plot/data/PlotState.h"
 #include "plot/data/VertexData.h"
 #include "run/PlotChoices.h"
-#include "run/ResultTable.h"
 #include "run/RunControl.h"
+#include "run/RunResults.h"
 #include "run/SetupProblem.h"
-#include "run/SweepVariables.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -194,30 +193,37 @@ public:
     void setRunObserver(std::function<void()> observer) { m_runObserver = std::move(observer); }
 
     // -- Results --------------------------------------------------------------------------------------------------
-    void constructIndependentVariables();
-    void constructDependentVariables(); // @throws ResultTableMissing after its alert, OrreryError
-    void getSimulationData();           // @throws OrreryError
-    /// The three in their order. A failure leaves no response variables and no data behind.
-    BuiltResults buildResults() override;
+    /// Reads the last run's table by the grid that is chosen, in one go: a failure leaves the new grid and nothing else
+    /// behind. @throws ResultTableMissing after its alert, OrreryError
+    const RunResults& buildResults() override;
+    [[nodiscard]] const RunResults& results() const { return m_results; }
     /// By which grid the results are read, and how that differs from the setup which ran.
     [[nodiscard]] const GridChoice& gridChoice() const { return m_gridChoice; }
     /// Reads the last run's table again by the other grid: that of the setup which ran, or the document's. Nothing
     /// while a run is under way or where the two agree.
     void readByOtherGrid();
     [[nodiscard]] std::string resultTablePath() const;
-    [[nodiscard]] std::vector<IndependentVariable>& independentVariables() { return m_grid.variables; }
-    [[nodiscard]] const std::vector<IndependentVariable>& independentVariables() const { return m_grid.variables; }
+    // Each step and part of the results alone.
+    void constructIndependentVariables();
+    void constructDependentVariables(); // @throws as buildResults
+    void getSimulationData();           // @throws OrreryError
+    [[nodiscard]] std::vector<IndependentVariable>& independentVariables() { return m_results.grid.variables; }
+    [[nodiscard]] const std::vector<IndependentVariable>& independentVariables() const {
+        return m_results.grid.variables;
+    }
     void setIndependentVariables(std::vector<IndependentVariable> variables);
-    [[nodiscard]] std::vector<ResponseVariable>& dependentVariables() { return m_dependentVariables; }
-    [[nodiscard]] const std::vector<ResponseVariable>& dependentVariables() const { return m_dependentVariables; }
+    [[nodiscard]] std::vector<ResponseVariable>& dependentVariables() { return m_results.responses.variables; }
+    [[nodiscard]] const std::vector<ResponseVariable>& dependentVariables() const {
+        return m_results.responses.variables;
+    }
     void setDependentVariables(std::vector<ResponseVariable> variables);
-    [[nodiscard]] const std::vector<std::string>& responseVariableLabels() const { return m_responseVariableLabels; }
-    void setResponseVariableLabels(std::vector<std::string> labels) { m_responseVariableLabels = std::move(labels); }
-    [[nodiscard]] const CellBlock& simulationData() const { return m_simulationData; }
+    [[nodiscard]] const std::vector<std::string>& responseVariableLabels() const { return m_results.responses.labels; }
+    void setResponseVariableLabels(std::vector<std::string> labels) { m_results.responses.labels = std::move(labels); }
+    [[nodiscard]] const CellBlock& simulationData() const { return m_results.table.cells; }
     void setSimulationData(CellBlock data);
-    [[nodiscard]] const std::vector<float>& yMax() const { return m_yMax; }
-    void setYMax(std::vector<float> maxima) { m_yMax = std::move(maxima); }
-    [[nodiscard]] std::uint32_t nRowsOfData() const { return m_grid.nRowsOfData; }
+    [[nodiscard]] const std::vector<float>& yMax() const { return m_results.table.maxima; }
+    void setYMax(std::vector<float> maxima) { m_results.table.maxima = std::move(maxima); }
+    [[nodiscard]] std::uint32_t nRowsOfData() const { return m_results.grid.nRowsOfData; }
     [[nodiscard]] std::string sweepSummary() const;                 // of the setup as it stands now
     [[nodiscard]] SetupProblems setupProblems();                    // as it stands now
     [[nodiscard]] PortFaults& portFaults() { return m_portFaults; } // of the model
@@ -302,11 +308,14 @@ private:
     void reportImportFailure(const std::exception& failure);
     void showSheet(const AlertText& text);
     void sendTo(RemoteObject* companion);
-    [[nodiscard]] ResultTable readTableWhileWaiting(const TableShape& shape);
+    void setResults(RunResults results);
+    void reloadSettings();
+    void readTable(const std::function<void(const TableReadOptions&)>& read);
+    void readWhileWaiting(const std::function<void(const TableReadOptions&)>& read);
     [[nodiscard]] std::string absoluteSetupPath() const; // empty without a file
     [[nodiscard]] bool asksToWriteOver(const std::vector<std::string>& files);
     void keepPlotChoices();
-    void layOutGrid();
+    [[nodiscard]] std::vector<std::string> layOutGrid();
     void restorePlotChoices();
     void clearPlot();
     [[nodiscard]] std::uint32_t fillVertexMemory(const std::vector<std::uint32_t>& indices);
@@ -343,13 +352,7 @@ private:
 
     StartedSetup m_startedSetup; // of the present or last run
     GridChoice m_gridChoice;
-    SweepGrid m_grid;
-    std::vector<ResponseVariable> m_dependentVariables;
-    std::vector<std::string> m_responseVariableLabels;
-    CellBlock m_simulationData;    // nRowsOfData × response variables, row-major
-    std::vector<float> m_yMax;     // per response variable
-    std::uint32_t m_rowsFound = 0; // of the table
-    std::vector<std::string> m_tableNotes;
+    RunResults m_results;
     PlotChoices m_earlierChoices; // of the last run that had any
     bool m_plotIsOutdated = false;
     bool m_looksForCompanion = false;

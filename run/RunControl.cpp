@@ -350,14 +350,14 @@ void RunControl::buildResults() {
     m_outcome.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - m_started).count();
 }
 
-void RunControl::takeResults(const BuiltResults& built) {
+void RunControl::takeResults(const RunResults& built) {
     for (const std::string& note : built.notes) {
         appendStatus("\n" + note);
     }
     m_outcome.kind = RunOutcome::Kind::Results;
-    m_outcome.rows = built.rows;
-    m_outcome.rowsFound = built.rowsFound;
-    m_outcome.responses = built.responses;
+    m_outcome.rows = built.grid.nRowsOfData;
+    m_outcome.rowsFound = built.table.rowsFound;
+    m_outcome.responses = built.responses.variables.size();
 }
 
 bool RunControl::rebuildResults() {

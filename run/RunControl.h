@@ -6,11 +6,11 @@
 #include "platform/RunLock.h"
 #include "platform/RunLoop.h"
 #include "run/RunOutcome.h"
+#include "run/RunResults.h"
 #include "run/TaskWrapper.h"
 
 #include <chrono>
 #include <cstddef>
-#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -25,14 +25,6 @@ namespace orrery {
 class ResultsCancelled : public OrreryError {
 public:
     ResultsCancelled() : OrreryError("The reading of the results was cancelled.", {}, "") {}
-};
-
-/// What a document made of a result table.
-struct BuiltResults {
-    std::uint32_t rows = 0;      // of the sweep
-    std::uint32_t rowsFound = 0; // in the table, whole
-    std::size_t responses = 0;
-    std::vector<std::string> notes; // what the user should know, one line each
 };
 
 /// What run control needs of the document whose setup is run.
@@ -52,7 +44,7 @@ public:
     /// Clears the sweep variables and marks the plot view for redisplay.
     virtual void clearSweepForRun() = 0;
     /// Builds sweep variables, response variables and simulation data, in that order. What it throws ends the building.
-    virtual BuiltResults buildResults() = 0;
+    virtual const RunResults& buildResults() = 0;
     virtual void runStateChanged() = 0; // a run was started, waits for its turn or has ended
 };
 
@@ -135,7 +127,7 @@ private:
     void takeEnd();
     void finishResults();
     void buildResults();
-    void takeResults(const BuiltResults& built);
+    void takeResults(const RunResults& built);
     void failResults(const std::string& reason);
     [[nodiscard]] std::optional<FileIdentity> tableNow() const;
     void appendStatus(std::string_view text);

@@ -45,11 +45,12 @@ IndependentVariable variable(const std::string& name, std::uint32_t stride, std:
 }
 
 TEST(Report, TellsGridStatisticsAndFiles) {
-    const std::vector<IndependentVariable> variables{variable("/A/x", 2, 3), variable("day", 1, 2)};
-    const std::vector<ResponseVariable> responses{{"A/y", "1"}, {"A/z", "2"}};
+    RunResults results;
+    results.grid = {{variable("/A/x", 2, 3), variable("day", 1, 2)}, 6};
+    results.responses.variables = {{"A/y", "1"}, {"A/z", "2"}};
     const float gap = std::numeric_limits<float>::quiet_NaN();
-    const std::vector<float> cells{0, gap, 2, gap, 4, gap, 6, gap, 8, gap, 10, gap};
-    const std::string text = reportText({variables, responses, 6, cells, {"a.orrery", "/tmp/Zephyr.txt"}});
+    results.table.cells = CellBlock(std::vector<float>{0, gap, 2, gap, 4, gap, 6, gap, 8, gap, 10, gap});
+    const std::string text = reportText(results, {"a.orrery", "/tmp/Zephyr.txt"});
     EXPECT_THAT(text, HasSubstr("/A/x      1 to 3 by 1, 3 values"));
     EXPECT_THAT(text, HasSubstr("6 rows"));
     EXPECT_THAT(text, HasSubstr("A/y                0          5         10  ▁▅█"));

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "document/setup/SetupDictionary.h"
+#include "model/ModelTree.h"
+#include "platform/Date.h"
+#include "run/ResponseVariables.h"
+#include "run/ResultTable.h"
+#include "run/SweepVariables.h"
+
+#include <string>
+#include <vector>
+
+namespace orrery {
+
+/// The results of one run: what was swept, what was recorded, and the numbers.
+struct RunResults {
+    SweepGrid grid;
+    ResponseVariables responses;
+    ResultTable table;              // one row per point of the grid, one column per response variable
+    std::vector<std::string> notes; // what the user should know, one sentence or two each
+
+    [[nodiscard]] TableShape shape() const {
+        return {grid.nRowsOfData, grid.variables.size() + 1, responses.variables.size()};
+    }
+};
+
+/// Reads the results that a run over the grid left in the table at the path.
+/// @throws as constructDependentVariables and readResultTable
+[[nodiscard]] RunResults readRunResults(SweepGrid grid, const ModelTree& tree, const std::string& tablePath,
+                                        const TableReadOptions& options = {});
+
+/// The same over the grid that the setup sweeps. @throws as constructIndependentVariables, too
+[[nodiscard]] RunResults readRunResults(const SetupDictionary& setup, const Calendar& calendar, const ModelTree& tree,
+                                        const std::string& tablePath, const TableReadOptions& options = {});
+
+} // namespace orrery
