@@ -1,6 +1,5 @@
 #include "app/CameraControls.h"
 
-#include "app/PlotEdits.h"
 #include "app/UndoPassThrough.h"
 #include "app/WheelGuard.h"
 #include "ui_MainMenu.h"
@@ -54,8 +53,8 @@ CameraControls::CameraControls(MyDocument& document, Ui::MyDocument& ui, Ui::Mai
     connect(ui.yRotationSlider, &QSlider::sliderReleased, this, [this] { follow(); });
     connect(ui.animate, &QPushButton::clicked, this, [this] { toggleAnimation(); });
     connect(menu.actionAnimate, &QAction::triggered, this, [this] { toggleAnimation(); });
-    connect(ui.resetCamera, &QPushButton::clicked, this, [this] { resetCameraByHand(m_document); });
-    connect(menu.actionResetCamera, &QAction::triggered, this, [this] { resetCameraByHand(m_document); });
+    connect(ui.resetCamera, &QPushButton::clicked, this, [this] { m_document.resetCameraByHand(); });
+    connect(menu.actionResetCamera, &QAction::triggered, this, [this] { m_document.resetCameraByHand(); });
 }
 
 void CameraControls::connectCoordinates() {

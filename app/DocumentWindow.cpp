@@ -101,7 +101,7 @@ void DocumentWindow::makeToolbar() {
         const ToolbarItem item = toolbarItem(identifier);
         QAction* action = bar->addAction(iconOfResource(item.image), qtText(item.label));
         action->setObjectName(qtText("toolbar " + identifier));
-        action->setProperty("tag", item.tag);
+        if (item.tag) action->setProperty("tag", static_cast<int>(*item.tag));
         m_taggedActions.push_back(action);
         connect(action, &QAction::triggered, this, [this, run = item.action == ToolbarAction::RunSimulation] {
             run ? runSimulation() : m_document->saveToDorado();
@@ -128,7 +128,8 @@ void DocumentWindow::connectMenu() {
 
 /// The start/stop button follows the command that was validated last, so Run comes after Send.
 void DocumentWindow::validateCommands() {
-    for (const int tag : {sendTag, runTag}) {
+    for (const CommandTag command : {CommandTag::Send, CommandTag::Run}) {
+        const auto tag = static_cast<int>(command);
         const bool enabled = m_document->validateMenuItem(tag);
         for (QAction* action : m_taggedActions) {
             if (action->property("tag").toInt() == tag) action->setEnabled(enabled);

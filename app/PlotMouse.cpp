@@ -1,7 +1,5 @@
 #include "app/PlotMouse.h"
 
-#include "app/PlotEdits.h"
-
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QWheelEvent>
@@ -50,7 +48,7 @@ bool PlotMouse::eventFilter(QObject* /*watched*/, QEvent* event) {
     case QEvent::MouseMove:
         return drag(*static_cast<QMouseEvent*>(event));
     case QEvent::MouseButtonDblClick:
-        resetCameraByHand(m_document);
+        m_document.resetCameraByHand();
         return true;
     case QEvent::Wheel:
         return wheel(*static_cast<QWheelEvent*>(event));
@@ -104,7 +102,7 @@ bool PlotMouse::key(const QKeyEvent& event) {
     case Qt::Key_Minus:
         return move(&PlotMouse::retreatEye, depthPerNotch);
     case Qt::Key_0:
-        resetCameraByHand(m_document);
+        m_document.resetCameraByHand();
         return true;
     default:
         return false;

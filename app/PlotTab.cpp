@@ -3,8 +3,8 @@
 #include "app/FollowedView.h"
 #include "app/GuardedPlot.h"
 #include "app/PictureCommands.h"
-#include "app/PlotEdits.h"
 #include "app/PlotMouse.h"
+#include "app/PlotMoveEnds.h"
 #include "app/PlotTabOrder.h"
 #include "app/RunStateWords.h"
 #include "app/ShowEdit.h"
@@ -185,14 +185,14 @@ QString PlotTab::resultsNotice() const {
 
 /// Whether there are results that the choice would draw and the plot does not show yet.
 bool PlotTab::newResultsWait() const {
-    if (!m_document.plotIsOutdated() || m_document.independentVariables().empty()) return false;
+    if (!m_document.plotIsOutdated() || m_document.results().grid.variables.empty()) return false;
     return m_showsSomething() ||
-           PlotChoices{m_document.independentVariables(), m_document.dependentVariables()}.chosen();
+           PlotChoices{m_document.results().grid.variables, m_document.results().responses.variables}.chosen();
 }
 
 QString PlotTab::notice() const {
     if (!m_view->failure().empty()) return qtText(m_view->failure());
-    if (m_document.independentVariables().empty()) return noResultsText(m_document);
+    if (m_document.results().grid.variables.empty()) return noResultsText(m_document);
     if (newResultsWait()) {
         return m_showsSomething() ? tr("The plot shows an earlier run.") : tr("The new results are not plotted yet.");
     }

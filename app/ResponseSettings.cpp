@@ -1,6 +1,6 @@
 #include "app/ResponseSettings.h"
 
-#include "app/PlotEdits.h"
+#include "app/GuardedPlot.h"
 #include "app/QtColor.h"
 #include "app/UndoPassThrough.h"
 #include "platform/qt/QtText.h"
@@ -14,10 +14,6 @@ namespace orrery {
 namespace {
 
 constexpr std::size_t manyRows = 12; // more scroll by themselves
-
-const char* keyOf(PlotAct act) {
-    return act == PlotAct::TypeScale ? "scale" : act == PlotAct::ChooseColor ? "color" : "includep";
-}
 
 } // namespace
 
@@ -41,7 +37,7 @@ ResponseVariableRow* ResponseSettings::makeRow(std::size_t number) {
 }
 
 void ResponseSettings::reloadData() {
-    m_rows.resize(m_document.dependentVariables().size());
+    m_rows.resize(m_document.results().responses.variables.size());
     showRows();
     m_ui.responseTools->setVisible(m_rows.size() > 0);
     m_ui.responsesAll->setVisible(m_rows.size() > 1);
@@ -53,20 +49,16 @@ void ResponseSettings::reloadData() {
 }
 
 void ResponseSettings::change(std::size_t row, PlotAct act, ResponseVariable::Value value) {
-    changeRecord(m_document.dependentVariables()[row], act, std::move(value));
+    change(std::vector{m_document.results().responses.variables[row]}, act, std::move(value));
 }
 
-/// A copy of a response is the same record: this one's place in the list may be gone.
-void ResponseSettings::changeRecord(ResponseVariable record, PlotAct act, ResponseVariable::Value value) {
-    changePlotGuarded(m_document, {act}, [&] {
-        record.setValue(keyOf(act), std::move(value));
-        m_document.updateScale();
-    });
-    showRows(); // others may share the record
+void ResponseSettings::change(std::vector<ResponseVariable> records, PlotAct act, ResponseVariable::Value value) {
+    guardedPlot(m_document, [&] { m_document.changeResponses(std::move(records), act, std::move(value)); });
+    showRows(); // others may share a record
 }
 
 void ResponseSettings::chooseColor(std::size_t row) {
-    const ResponseVariable record = m_document.dependentVariables()[row];
+    const ResponseVariable record = m_document.results().responses.variables[row];
     auto* dialog = new QColorDialog(qtColor(record.color()), m_rows[row].window());
     dialog->setObjectName("colorDialog");
     dialog->setWindowTitle(tr("Color of %1").arg(qtText(record.name())));
@@ -74,18 +66,16 @@ void ResponseSettings::chooseColor(std::size_t row) {
     dialog->setWindowModality(Qt::WindowModal);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     connect(dialog, &QColorDialog::colorSelected, this,
-            [this, record](const QColor& chosen) { changeRecord(record, PlotAct::ChooseColor, coreColor(chosen)); });
+            [this, record](const QColor& chosen) { change({record}, PlotAct::ChooseColor, coreColor(chosen)); });
     dialog->open();
 }
 
 void ResponseSettings::includeListed(bool drawn) {
-    changePlotGuarded(m_document, {PlotAct::ChooseResponses}, [&] {
-        for (std::size_t row = 0; row < m_rows.size(); ++row) {
-            if (!m_rows[row].isHidden()) m_document.dependentVariables()[row].setValue("includep", drawn);
-        }
-        m_document.updateScale();
-    });
-    showRows();
+    std::vector<ResponseVariable> listed;
+    for (std::size_t row = 0; row < m_rows.size(); ++row) {
+        if (!m_rows[row].isHidden()) listed.push_back(m_document.results().responses.variables[row]);
+    }
+    change(std::move(listed), PlotAct::ChooseResponses, drawn);
 }
 
 /// A row that the filter hides comes out.
@@ -99,7 +89,7 @@ QWidget* ResponseSettings::controlOf(const Changed<ResponseChoice>& change) {
 }
 
 void ResponseSettings::showRows() {
-    const auto& variables = m_document.dependentVariables();
+    const auto& variables = m_document.results().responses.variables;
     for (std::size_t row = 0; row < std::min(m_rows.size(), variables.size()); ++row) {
         m_rows[row].showVariable(variables[row]);
     }

@@ -18,13 +18,13 @@ public:
     ResponseSettings(MyDocument& document, Ui::MyDocument& ui);
 
     void reloadData() override;
-    void setControlEnabled(std::size_t /*row*/, int /*tag*/, bool /*enabled*/) override {} // all stay enabled
-    [[nodiscard]] QWidget* controlOf(const Changed<ResponseChoice>& change);               // that shows it
+    void setControlEnabled(std::size_t /*row*/, SettingsTag /*tag*/, bool /*enabled*/) override {} // all stay enabled
+    [[nodiscard]] QWidget* controlOf(const Changed<ResponseChoice>& change);                       // that shows it
 
 private:
     ResponseVariableRow* makeRow(std::size_t number);
     void change(std::size_t row, PlotAct act, ResponseVariable::Value value);
-    void changeRecord(ResponseVariable record, PlotAct act, ResponseVariable::Value value);
+    void change(std::vector<ResponseVariable> records, PlotAct act, ResponseVariable::Value value);
     void chooseColor(std::size_t row);
     void includeListed(bool drawn);
     void showRows();

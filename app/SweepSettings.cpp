@@ -1,6 +1,6 @@
 #include "app/SweepSettings.h"
 
-#include "app/PlotEdits.h"
+#include "app/GuardedPlot.h"
 #include "run/IndexSet.h"
 #include "run/SweepVariables.h"
 
@@ -11,10 +11,6 @@
 namespace orrery {
 
 namespace {
-
-constexpr int fieldTag = 1;
-constexpr int sliderTag = 2;
-constexpr int roleTag = 3;
 
 /// The typed value, or the grid's own where that is meant: the text of a grid's value is shorter than the value.
 float meantValue(const IndependentVariable& variable, float typed) {
@@ -44,51 +40,45 @@ SweepSettings::SweepSettings(MyDocument& document, QWidget& place)
 
 SweepVariableRow* SweepSettings::makeRow(std::size_t number) {
     auto* row = new SweepVariableRow(number, &m_place);
-    connect(row, &SweepVariableRow::roleChosen, this, [this, number](auto function) { chooseRole(number, function); });
+    connect(row, &SweepVariableRow::roleChosen, this, [this, number](PlotRole role) { chooseRole(number, role); });
     connect(row, &SweepVariableRow::heldIndexChosen, this, [this, number](std::uint32_t index) {
-        hold(number, sliderTag, heldValueAt(m_document.independentVariables()[number], index));
+        hold(number, PlotAct::MoveHeldValue, heldValueAt(m_document.results().grid.variables[number], index));
     });
     connect(row, &SweepVariableRow::heldValueTyped, this, [this, number](float value) {
-        hold(number, fieldTag, meantValue(m_document.independentVariables()[number], value));
+        hold(number, PlotAct::TypeHeldValue, meantValue(m_document.results().grid.variables[number], value));
     });
     return row;
 }
 
 void SweepSettings::reloadData() {
-    m_rows.resize(m_document.independentVariables().size());
+    m_rows.resize(m_document.results().grid.variables.size());
     m_empty->setText(noResultsText(m_document));
     m_empty->setVisible(m_rows.size() == 0);
     showRows();
 }
 
-void SweepSettings::setControlEnabled(std::size_t row, int tag, bool enabled) {
+void SweepSettings::setControlEnabled(std::size_t row, SettingsTag tag, bool enabled) {
     if (row < m_rows.size()) m_rows[row].setControlEnabled(tag, enabled);
 }
 
-void SweepSettings::chooseRole(std::size_t row, std::uint32_t function) {
-    changePlotGuarded(m_document, {PlotAct::ChooseAxis, row}, [&] {
-        m_document.independentVariables()[row].setFunction(function);
-        m_document.updatePlot({roleTag, row});
-    });
+void SweepSettings::chooseRole(std::size_t row, PlotRole role) {
+    guardedPlot(m_document, [&] { m_document.chooseRole(row, role); });
     showRows(); // another variable may have lost its axis
 }
 
-void SweepSettings::hold(std::size_t row, int tag, float constant) {
-    const PlotAct act = tag == sliderTag ? PlotAct::MoveHeldValue : PlotAct::TypeHeldValue;
-    changePlotGuarded(m_document, {act, row}, [&] {
-        m_document.independentVariables()[row].setConstant(constant);
-        m_document.updatePlot({tag, row});
-    });
+void SweepSettings::hold(std::size_t row, PlotAct act, float constant) {
+    guardedPlot(m_document, [&] { m_document.hold(row, constant, act); });
     showRows();
 }
 
 QWidget* SweepSettings::controlOf(const Changed<AxisChoice>& change) const {
     if (change.row >= m_rows.size()) return nullptr;
-    return &m_rows[change.row].control(change.before.function == change.after.function ? fieldTag : roleTag);
+    return &m_rows[change.row].control(change.before.function == change.after.function ? SettingsTag::HeldField
+                                                                                       : SettingsTag::RoleChooser);
 }
 
 void SweepSettings::showRows() {
-    const auto& variables = m_document.independentVariables();
+    const auto& variables = m_document.results().grid.variables;
     for (std::size_t row = 0; row < std::min(m_rows.size(), variables.size()); ++row) {
         m_rows[row].showVariable(variables[row]);
     }

@@ -17,13 +17,13 @@ public:
     SweepSettings(MyDocument& document, QWidget& place);
 
     void reloadData() override;
-    void setControlEnabled(std::size_t row, int tag, bool enabled) override;
+    void setControlEnabled(std::size_t row, SettingsTag tag, bool enabled) override;
     [[nodiscard]] QWidget* controlOf(const Changed<AxisChoice>& change) const; // that shows it
 
 private:
     SweepVariableRow* makeRow(std::size_t number);
-    void chooseRole(std::size_t row, std::uint32_t function);
-    void hold(std::size_t row, int tag, float constant);
+    void chooseRole(std::size_t row, PlotRole role);
+    void hold(std::size_t row, PlotAct act, float constant);
     void showRows();
 
     MyDocument& m_document;

@@ -22,10 +22,6 @@ namespace orrery {
 
 namespace {
 
-constexpr int fieldTag = 1;
-constexpr int sliderTag = 2;
-constexpr int roleTag = 3;
-
 /// Opens for the arrow keys, instead of taking every role on the way and so another variable's axis.
 class RoleChooser : public QComboBox {
 public:
@@ -68,7 +64,7 @@ SweepVariableRow::SweepVariableRow(std::size_t number, QWidget* parent)
       m_slider(new QSlider(Qt::Horizontal, this)), m_field(new NumberField(this)) {
     makeControls();
     nameControls(number);
-    connect(m_role, &QComboBox::activated, this, [this](int role) { emit roleChosen(static_cast<unsigned>(role)); });
+    connect(m_role, &QComboBox::activated, this, [this](int role) { emit roleChosen(static_cast<PlotRole>(role)); });
     connect(m_slider, &QSlider::valueChanged, this,
             [this](int position) { emit heldIndexChosen(static_cast<unsigned>(position)); });
     connect(m_field, &NumberField::numberTyped, this, &SweepVariableRow::heldValueTyped);
@@ -103,15 +99,15 @@ void SweepVariableRow::nameControls(std::size_t number) {
 void SweepVariableRow::showVariable(const IndependentVariable& variable) {
     const QSignalBlocker quiet(m_slider);
     describe(variable);
-    m_role->setCurrentIndex(variable.function() <= 2 ? static_cast<int>(variable.function()) : -1);
+    m_role->setCurrentIndex(variable.function() <= PlotRole::Axis2 ? static_cast<int>(variable.function()) : -1);
     m_slider->setRange(0, lastPosition(variable));
     m_slider->setValue(static_cast<int>(std::min<std::uint32_t>(heldIndex(variable), std::numeric_limits<int>::max())));
     m_field->showNumber(heldText(variable));
     m_field->setToolTip(variable.stridesPerCycle() == 0
                             ? tr("The value at which it is held")
                             : tr("Drawn at %1").arg(gridText(variable, heldIndex(variable))));
-    for (const int tag : {fieldTag, sliderTag}) {
-        setControlEnabled(tag, variable.function() == 0);
+    for (const SettingsTag tag : {SettingsTag::HeldField, SettingsTag::HeldSlider}) {
+        setControlEnabled(tag, variable.function() == PlotRole::Held);
     }
 }
 
@@ -127,13 +123,13 @@ void SweepVariableRow::describe(const IndependentVariable& variable) {
     m_field->setAccessibleName(tr("Held value of %1, typed").arg(name));
 }
 
-void SweepVariableRow::setControlEnabled(int tag, bool enabled) {
+void SweepVariableRow::setControlEnabled(SettingsTag tag, bool enabled) {
     control(tag).setEnabled(enabled);
 }
 
-QWidget& SweepVariableRow::control(int tag) const {
-    if (tag == roleTag) return *m_role;
-    if (tag == sliderTag) return *m_slider;
+QWidget& SweepVariableRow::control(SettingsTag tag) const {
+    if (tag == SettingsTag::RoleChooser) return *m_role;
+    if (tag == SettingsTag::HeldSlider) return *m_slider;
     return *m_field;
 }
 

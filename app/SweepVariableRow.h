@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Outlets.h"
 #include "run/IndependentVariable.h"
 
 #include <QWidget>
@@ -13,8 +14,8 @@ namespace orrery {
 class ElidedLabel;
 class NumberField;
 
-/// The controls of one sweep variable: its role in the plot (tag 3) and, while it lies on no axis, the value at which
-/// it is held: a slider over the grid's values (tag 2) and a field (tag 1). Signals come from the user alone.
+/// The controls of one sweep variable: its role in the plot and, while it lies on no axis, the value at which it is
+/// held: a slider over the grid's values and a field. Signals come from the user alone.
 class SweepVariableRow : public QWidget {
     Q_OBJECT
 
@@ -22,11 +23,11 @@ public:
     SweepVariableRow(std::size_t number, QWidget* parent);
 
     void showVariable(const IndependentVariable& variable);
-    void setControlEnabled(int tag, bool enabled);
-    [[nodiscard]] QWidget& control(int tag) const;
+    void setControlEnabled(SettingsTag tag, bool enabled);
+    [[nodiscard]] QWidget& control(SettingsTag tag) const;
 
 signals:
-    void roleChosen(std::uint32_t function);
+    void roleChosen(PlotRole role);
     void heldIndexChosen(std::uint32_t index);
     void heldValueTyped(float value);
 

@@ -6,7 +6,7 @@
 #include "batch/SetupFiles.h"
 #include "platform/Numbers.h"
 #include "platform/OrreryError.h"
-#include "plot/data/VertexData.h"
+#include "plot/data/PlotSession.h"
 #include "run/IndexSet.h"
 
 #include <CLI/CLI.hpp>
@@ -90,12 +90,8 @@ std::vector<Assignment> assignments(const std::vector<std::string>& texts, const
 
 void chooseAxes(std::vector<IndependentVariable>& variables, const PlotOptions& options,
                 const std::vector<Assignment>& holds) {
-    std::uint32_t role = 0;
-    for (const std::string* axis : {&options.axis1, &options.axis2}) {
-        ++role;
-        if (!axis->empty()) {
-            chosen(variables, *axis, "sweep variable", options.setup).setFunction(role);
-        }
+    for (const auto& [axis, role] : {std::pair(options.axis1, PlotRole::Axis1), {options.axis2, PlotRole::Axis2}}) {
+        if (!axis.empty()) chosen(variables, axis, "sweep variable", options.setup).setFunction(role);
     }
     for (const auto& [name, value] : holds) {
         chosen(variables, name, "sweep variable", options.setup).setConstant(value);
@@ -125,7 +121,7 @@ void writeRanges(JsonWriter& json, const std::vector<VertexRange>& ranges) {
 }
 
 void writePlot(JsonWriter& json, const PlotLayout& layout, const PlotSource& source) {
-    const bool drawn = layout.dimensions != 0 && layout.nSurfaces != 0;
+    const bool drawn = layout.isDrawn();
     json.beginObject();
     json.member("dimensions", layout.dimensions);
     json.key("labels");
@@ -159,19 +155,16 @@ int plot(const PlotOptions& options) {
     const std::vector<Assignment> scales = assignments(options.scale, "--scale");
     const PlotPictureRequest picture = pictureRequest(options.picture);
     RunResults results = loadResults(options.setup, tablePathOr(options.table));
-    std::vector<IndependentVariable>& variables = results.grid.variables;
-    std::vector<ResponseVariable>& responses = results.responses.variables;
-    chooseAxes(variables, options, holds);
-    chooseResponses(responses, options, scales);
-    const std::vector<std::uint32_t> rows = currentIndexSet(variables);
-    const PlotLayout layout = plotLayout(variables, responses);
-    const PlotSource source{
-        .cells = results.table.cells, .maxima = results.table.maxima, .responses = responses, .rows = rows};
+    chooseAxes(results.grid.variables, options, holds);
+    chooseResponses(results.responses.variables, options, scales);
+    PlotSession plot;
+    plot.layOut(results);
     if (!options.picture.file.empty()) {
-        writePicture(options.picture.file, picture, layout, source);
+        writePicture(options.picture.file, picture, plot, results);
     }
     if (!options.json.empty() || options.picture.file.empty()) {
-        writeVertices(options.json.empty() ? "-" : options.json, layout, source);
+        const std::vector<std::uint32_t> rows = currentIndexSet(results.grid.variables);
+        writeVertices(options.json.empty() ? "-" : options.json, plot.layout(), plotSource(results, rows));
     }
     return exitDone;
 }

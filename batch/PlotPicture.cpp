@@ -2,9 +2,9 @@
 
 #include "platform/Numbers.h"
 #include "platform/OrreryError.h"
-#include "plot/data/ShowPlot.h"
 
 #include <CLI/CLI.hpp>
+#include <fmt/format.h>
 
 #include <array>
 #include <charconv>
@@ -46,6 +46,11 @@ Vector3 point(const std::string& text, const std::string& option) {
     return {static_cast<double>(x), static_cast<double>(y), static_cast<double>(z)};
 }
 
+/// As the option takes it.
+std::string pointText(const Vector3& point) {
+    return fmt::format("{},{},{}", point.x, point.y, point.z);
+}
+
 void readSize(const std::string& text, PlotPictureRequest& request) {
     const char* const end = text.data() + text.size();
     const auto width = std::from_chars(text.data(), end, request.width);
@@ -64,9 +69,11 @@ void addPictureOptions(CLI::App& parser, PictureOptions& options) {
     parser.add_option("--png", options.file, "File for a picture of the plot");
     parser.add_option("--size", options.size, "WIDTHxHEIGHT of the picture in pixels")->capture_default_str();
     parser.add_option("--rotate", options.rotation, "Degrees about the vertical axis")->capture_default_str();
-    parser.add_option("--eye", options.eye, "X,Y,Z of the eye (default: 0,1,4)");
-    parser.add_option("--look", options.lookAt, "X,Y,Z of the point looked at (default: 0,-2,-10)");
-    parser.add_option("--light", options.lightHeight, "Height of the light (default: 1)");
+    parser.add_option("--eye", options.eye, fmt::format("X,Y,Z of the eye (default: {})", pointText(defaultViewPos)));
+    parser.add_option("--look", options.lookAt,
+                      fmt::format("X,Y,Z of the point looked at (default: {})", pointText(defaultViewDir)));
+    parser.add_option("--light", options.lightHeight,
+                      fmt::format("Height of the light (default: {})", defaultLightHeight));
     parser.add_option("--samples", options.samples, "Samples per pixel; 1 leaves edges as steps")
         ->check(CLI::Range(1, 64))
         ->capture_default_str();
@@ -89,13 +96,13 @@ PlotPictureRequest pictureRequest(const PictureOptions& options) {
     return request;
 }
 
-void writePicture(const std::string& file, const PlotPictureRequest& request, const PlotLayout& layout,
-                  const PlotSource& source) {
-    if (layout.dimensions == 0 || layout.nSurfaces == 0) {
+void writePicture(const std::string& file, const PlotPictureRequest& request, PlotSession& plot,
+                  const RunResults& results) {
+    if (!plot.layout().isDrawn()) {
         throw OrreryError("The plot has nothing to draw.", {.file = file},
                           "Choose an axis with --axis1 and a response with --include.");
     }
-    renderPlotPng(file, request, [&](PlotView& view) { showPlot(view, layout, source); });
+    renderPlotPng(file, request, [&](PlotView& view) { plot.show(view, results); });
 }
 
 } // namespace orrery

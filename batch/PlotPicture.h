@@ -1,7 +1,6 @@
 #pragma once
 
-#include "plot/data/PlotLayout.h"
-#include "plot/data/VertexData.h"
+#include "plot/data/PlotSession.h"
 #include "plot/picture/PlotPicture.h"
 
 #include <memory>
@@ -31,7 +30,7 @@ void addPictureOptions(CLI::App& parser, PictureOptions& options);
 [[nodiscard]] PlotPictureRequest pictureRequest(const PictureOptions& options);
 
 /// Draws the plot into the options' file. @throws OrreryError when there is nothing to draw, or as renderPlotPng
-void writePicture(const std::string& file, const PlotPictureRequest& request, const PlotLayout& layout,
-                  const PlotSource& source);
+void writePicture(const std::string& file, const PlotPictureRequest& request, PlotSession& plot,
+                  const RunResults& results);
 
 } // namespace orrery

@@ -20,7 +20,7 @@ void writeVariable(JsonWriter& json, const IndependentVariable& variable) {
     json.member("constant", variable.constant());
     json.member("stride", variable.stride());
     json.member("stridesPerCycle", variable.stridesPerCycle());
-    json.member("function", variable.function());
+    json.member("function", static_cast<std::uint32_t>(variable.function()));
     json.endObject();
 }
 

@@ -4,7 +4,7 @@
 #include "platform/qt/QtTextRasterizer.h"
 #include "plot/Gl.h"
 #include "plot/OpenGLPlotView.h"
-#include "plot/data/ShowPlot.h"
+#include "plot/data/PlotSession.h"
 #include "plot/picture/PlotPicture.h"
 #include "tests/plot/gl/scene/Scene.h"
 
@@ -35,9 +35,7 @@ test::Scene rippled(std::int64_t cells) {
 struct Drawing {
     explicit Drawing(std::int64_t cells, int samples = 1) : surface(width, height, samples), view(surface, rasterizer) {
         view.prepareOpenGL();
-        view.camera().viewPos = {0, 1, 4};
-        view.camera().viewDir = {0, -2, -10};
-        view.camera().viewUp = {0, 1, 0};
+        resetCamera(view);
         rippled(cells).show(view);
         view.drawRect();
         glFinish();
@@ -97,8 +95,7 @@ struct Rescaled {
     void build(PlotView& view) {
         responses[0].setValue("scale", scale = 3 - scale);
         view.setDimensions(layout.dimensions);
-        const std::uint32_t floats = fillVertices(view, layout, {cells, maxima, responses, rows}, {.built = &built});
-        view.setLentSurfaces(floats, vertexRanges(layout));
+        makePlotForDimensions(view, layout, {cells, maxima, responses, rows}, {.built = &built});
     }
 
     std::vector<ResponseVariable> responses;

@@ -69,7 +69,7 @@ std::vector<IndependentVariable> grid() {
         variables[n].setStridesPerCycle(n == 0 ? 5 : 101);
         variables[n].setStep(1);
         variables[n].setConstant(3);
-        variables[n].setFunction(static_cast<std::uint32_t>(n));
+        variables[n].setFunction(static_cast<PlotRole>(n));
         variables[n].setStride(stride);
         stride *= variables[n].stridesPerCycle();
     }
@@ -84,7 +84,7 @@ std::function<void()> plotBuilder(bool surface) {
     for (std::size_t n = 0; n < cells.size(); ++n) {
         cells[n] = 1.0F + std::sin(0.01F * static_cast<float>(n));
     }
-    variables[1].setFunction(surface ? 1 : 0);
+    variables[1].setFunction(surface ? PlotRole::Axis1 : PlotRole::Held);
     return [variables, responses, cells, surface] {
         const std::vector<std::uint32_t> rows = currentIndexSet(variables);
         const std::array<float, 1> maxima = {2};

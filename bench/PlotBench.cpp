@@ -27,7 +27,7 @@ std::vector<IndependentVariable> gridWithHeld(std::size_t held, std::uint32_t ax
         variables[n].setStridesPerCycle(n == held ? heldCount : axisCount);
         variables[n].setStep(1);
         variables[n].setConstant(0.5F * static_cast<float>(heldCount));
-        variables[n].setFunction(n == held ? 0 : role++);
+        variables[n].setFunction(n == held ? PlotRole::Held : static_cast<PlotRole>(role++));
     }
     std::uint32_t stride = 1;
     for (auto variable = variables.rbegin(); variable != variables.rend(); ++variable) {

@@ -10,14 +10,6 @@ float coordinate(PlotView* view, Vector3 CameraRecord::*vector, double Vector3::
     return view == nullptr ? 0.0F : static_cast<float>(view->camera().*vector.*axis);
 }
 
-void setCoordinate(PlotView* view, Vector3 CameraRecord::*vector, double Vector3::*axis, float value) {
-    if (view == nullptr) return;
-    view->camera().*vector.*axis = static_cast<double>(value);
-    // Near and far plane follow the depths alone.
-    if (axis == &Vector3::z) view->updateProjection();
-    view->setNeedsDisplay();
-}
-
 } // namespace
 
 float MyDocument::eyeXPos() const {
@@ -30,13 +22,13 @@ float MyDocument::eyeZPos() const {
     return coordinate(m_outlets.glView, &CameraRecord::viewPos, &Vector3::z);
 }
 void MyDocument::setEyeXPos(float x) {
-    setCoordinate(m_outlets.glView, &CameraRecord::viewPos, &Vector3::x, x);
+    if (PlotView* view = m_outlets.glView) setCoordinate(*view, &CameraRecord::viewPos, &Vector3::x, x);
 }
 void MyDocument::setEyeYPos(float y) {
-    setCoordinate(m_outlets.glView, &CameraRecord::viewPos, &Vector3::y, y);
+    if (PlotView* view = m_outlets.glView) setCoordinate(*view, &CameraRecord::viewPos, &Vector3::y, y);
 }
 void MyDocument::setEyeZPos(float z) {
-    setCoordinate(m_outlets.glView, &CameraRecord::viewPos, &Vector3::z, z);
+    if (PlotView* view = m_outlets.glView) setCoordinate(*view, &CameraRecord::viewPos, &Vector3::z, z);
 }
 
 float MyDocument::eyeXDir() const {
@@ -49,13 +41,13 @@ float MyDocument::eyeZDir() const {
     return coordinate(m_outlets.glView, &CameraRecord::viewDir, &Vector3::z);
 }
 void MyDocument::setEyeXDir(float x) {
-    setCoordinate(m_outlets.glView, &CameraRecord::viewDir, &Vector3::x, x);
+    if (PlotView* view = m_outlets.glView) setCoordinate(*view, &CameraRecord::viewDir, &Vector3::x, x);
 }
 void MyDocument::setEyeYDir(float y) {
-    setCoordinate(m_outlets.glView, &CameraRecord::viewDir, &Vector3::y, y);
+    if (PlotView* view = m_outlets.glView) setCoordinate(*view, &CameraRecord::viewDir, &Vector3::y, y);
 }
 void MyDocument::setEyeZDir(float z) {
-    setCoordinate(m_outlets.glView, &CameraRecord::viewDir, &Vector3::z, z);
+    if (PlotView* view = m_outlets.glView) setCoordinate(*view, &CameraRecord::viewDir, &Vector3::z, z);
 }
 
 float MyDocument::lightHeight() const {
@@ -69,18 +61,7 @@ void MyDocument::setLightHeight(float height) {
 }
 
 void MyDocument::resetCamera() {
-    setEyeXPos(0);
-    setEyeYPos(1);
-    setEyeZPos(4);
-    setEyeXDir(0);
-    setEyeYDir(-2);
-    setEyeZDir(-10);
-    setLightHeight(1);
-    if (m_outlets.glView == nullptr) return;
-    CameraRecord& camera = m_outlets.glView->camera();
-    camera.aperture = 40;
-    camera.rotPoint = {0, 0, 0};
-    camera.viewUp = {0, 1, 0};
+    if (m_outlets.glView != nullptr) orrery::resetCamera(*m_outlets.glView);
 }
 
 double MyDocument::rotationSliderMax() const {

@@ -20,13 +20,13 @@
 
 namespace orrery {
 
-bool MyDocument::validateTag(std::int32_t tag) {
+bool MyDocument::validateTag(CommandTag tag) {
     bool enabled = false;
     if (!m_services.run.temporaryDirectoryFault.empty()) {
         enabled = false; // neither a run nor its results have a place
-    } else if (tag == runTag) {
+    } else if (tag == CommandTag::Run) {
         enabled = m_dictionary.contains(setup_key::modelPath);
-    } else if (tag == sendTag) {
+    } else if (tag == CommandTag::Send) {
         enabled = exportFilesExist(m_dictionary, resultTablePath(), absoluteSetupPath());
     }
     if (m_outlets.startStopButton != nullptr) m_outlets.startStopButton->setEnabled(enabled);
@@ -34,7 +34,8 @@ bool MyDocument::validateTag(std::int32_t tag) {
 }
 
 bool MyDocument::validateMenuItem(std::int32_t tag) {
-    return (tag != runTag && tag != sendTag) || validateTag(tag);
+    const auto command = static_cast<CommandTag>(tag);
+    return (command != CommandTag::Run && command != CommandTag::Send) || validateTag(command);
 }
 
 bool MyDocument::outlineViewWriteItems(const std::vector<const ModelNode*>& items, Pasteboard& pasteboard) const {
@@ -155,7 +156,7 @@ const RunResults& MyDocument::buildResults() {
 }
 
 void MyDocument::setResults(RunResults results) {
-    m_builtPlot = {}; // made of the earlier ones
+    m_plot.forget();
     m_results = std::move(results);
     reloadSettings();
 }

@@ -34,6 +34,34 @@ void MyDocument::changePlot(PlotControl control, const std::function<void()>& ch
     if (failure) std::rethrow_exception(failure);
 }
 
+void MyDocument::chooseRole(std::size_t row, PlotRole role) {
+    changePlot({PlotAct::ChooseAxis, row}, [&] {
+        m_results.grid.variables[row].setFunction(role);
+        updatePlot({SettingsTag::RoleChooser, row});
+    });
+}
+
+void MyDocument::hold(std::size_t row, float constant, PlotAct act) {
+    changePlot({act, row}, [&] {
+        m_results.grid.variables[row].setConstant(constant);
+        setupPlotView();
+    });
+}
+
+void MyDocument::changeResponses(std::vector<ResponseVariable> records, PlotAct act,
+                                 const ResponseVariable::Value& value) {
+    changePlot({act}, [&] {
+        for (ResponseVariable& record : records) {
+            record.setValue(responseKey(act), value);
+        }
+        updateScale();
+    });
+}
+
+void MyDocument::resetCameraByHand() {
+    changePlot({PlotAct::ResetCamera}, [this] { resetCamera(); });
+}
+
 /// The plot before the view: curves put the camera back when they are built.
 void MyDocument::putPlotChange(const PlotChange& change) {
     if (change.ofResults()) {

@@ -3,6 +3,7 @@
 #include "document/DocumentOutlets.h"
 #include "document/EditPlace.h"
 #include "document/StartedSetup.h"
+#include "document/Toolbar.h"
 #include "document/UndoHistory.h"
 #include "document/setup/SetupDictionary.h"
 #include "model/ListController.h"
@@ -14,9 +15,8 @@
 #include "platform/Services.h"
 #include "platform/UserDefaults.h"
 #include "platform/XmlDocument.h"
-#include "plot/data/PlotLayout.h"
+#include "plot/data/PlotSession.h"
 #include "plot/data/PlotState.h"
-#include "plot/data/VertexData.h"
 #include "run/PlotChoices.h"
 #include "run/RunControl.h"
 #include "run/RunResults.h"
@@ -50,12 +50,9 @@ struct DocumentServices {
 /// A change to a document's count of changes.
 enum class ChangeKind { Done = 0, Undone = 1, Cleared = 2 };
 
-/// Commands that a tag ties to their enabling rule, on the toolbar and in menus.
-enum CommandTag : std::int32_t { runTag = 1, sendTag = 2 };
-
 /// The control that sends an action from a row of settings.
 struct SettingsSender {
-    int tag = 0;         // 3: role chooser of a sweep variable; 1 and 2: controls of its held value
+    SettingsTag tag = SettingsTag::RoleChooser;
     std::size_t row = 0; // position of the variable in its list
 };
 
@@ -150,7 +147,7 @@ public:
     void awakeFromNib();
     /// The window closes: nothing calls the document any more.
     void close();
-    bool validateTag(std::int32_t tag);
+    bool validateTag(CommandTag tag);
     /// Why there can be neither a run nor results; empty: there can.
     [[nodiscard]] const std::string& runFault() const { return m_services.run.temporaryDirectoryFault; }
     [[nodiscard]] bool validateMenuItem(std::int32_t tag);
@@ -236,21 +233,29 @@ public:
     [[nodiscard]] bool plotIsOutdated() const { return m_plotIsOutdated; }
 
     // -- The plot -------------------------------------------------------------------------------------------------
+    /// Shows what is chosen of the results. A plot of millions of cells is built behind the wait panel; where the user
+    /// cancels it, the plot is cleared. @throws as showPlot
     void setupPlotView();
     void updateScale() { setupPlotView(); }
     void updatePlot(const SettingsSender& sender);
-    /// A plot of millions of cells is built behind the wait panel; where the user cancels it, the plot is cleared.
+    // Each part of the plot's building alone, for those rows of the layout that was last set up.
     void makePlotForDimensions(std::uint32_t dimensions, const std::vector<std::uint32_t>& indices);
-    /// Writes the plot's vertices into memory of the view, and says how many floats; 0 without a view. Curves put the
-    /// camera back.
-    [[nodiscard]] std::uint32_t make2DVertexData(const std::vector<std::uint32_t>& indices);
-    [[nodiscard]] std::uint32_t make3DVertexData(const std::vector<std::uint32_t>& indices);
+    [[nodiscard]] std::vector<float> make2DVertexData(const std::vector<std::uint32_t>& indices); // resets the camera
+    [[nodiscard]] std::vector<float> make3DVertexData(const std::vector<std::uint32_t>& indices) const;
     /// What a person does at a control of the plot tab: a step of undo, which goes on while the control moves. It never
     /// marks the document edited.
     void changePlot(PlotControl control, const std::function<void()>& change);
+    // Each of these is such a step, and draws the plot anew. @throws as setupPlotView, with the choice made
+    void chooseRole(std::size_t row, PlotRole role); // taken from the variable that has the axis
+    void hold(std::size_t row, float constant, PlotAct act);
+    /// Sets what the act is about of the responses, which may be records of earlier results.
+    void changeResponses(std::vector<ResponseVariable> records, PlotAct act, const ResponseVariable::Value& value);
+    void resetCameraByHand();
     void endPlotMove() { m_undo.endMove(); } // the control was let go
     [[nodiscard]] PlotState plotState() const;
-    [[nodiscard]] const PlotLayout& plotLayout() const { return m_layout; } // nSurfaces, xEdges, zEdges, xQuads, zQuads
+    [[nodiscard]] const PlotLayout& plotLayout() const {
+        return m_plot.layout();
+    } // nSurfaces, xEdges, zEdges, xQuads, zQuads
 
     // -- Camera, light, rotation: they read and write the plot view, and are 0 without one --------------------------
     [[nodiscard]] float eyeXPos() const;
@@ -318,7 +323,7 @@ private:
     [[nodiscard]] std::vector<std::string> layOutGrid();
     void restorePlotChoices();
     void clearPlot();
-    [[nodiscard]] std::uint32_t fillVertexMemory(const std::vector<std::uint32_t>& indices);
+    void whileDrawing(const std::function<void(PlotView&, const BuildOptions&)>& draw);
     void redrawPlot();
     [[nodiscard]] double rotationSliderMax() const;
 
@@ -357,8 +362,7 @@ private:
     bool m_plotIsOutdated = false;
     bool m_looksForCompanion = false;
 
-    PlotLayout m_layout;
-    BuiltPlot m_builtPlot; // what the view's memory holds of it
+    PlotSession m_plot;
     std::unique_ptr<RunLoop::Source> m_timer;
     bool m_isAnimated = false;
     float m_yRotationSliderValue = 0;

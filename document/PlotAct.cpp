@@ -27,6 +27,10 @@ std::string_view plotActName(PlotAct act) {
     return "Change Plot";
 }
 
+std::string_view responseKey(PlotAct act) {
+    return act == PlotAct::TypeScale ? "scale" : act == PlotAct::ChooseColor ? "color" : "includep";
+}
+
 bool isMove(PlotAct act) {
     return act == PlotAct::MoveHeldValue || act == PlotAct::MoveCamera || act == PlotAct::MoveLight ||
            act == PlotAct::Rotate;

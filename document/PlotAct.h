@@ -25,6 +25,9 @@ enum class PlotAct {
 /// Whether a control moves on and on while it is held, so that all of its way is one step.
 [[nodiscard]] bool isMove(PlotAct act);
 
+/// The key of the response's value that the act is about.
+[[nodiscard]] std::string_view responseKey(PlotAct act);
+
 /// The control that does it. Part: which of those that do the same, such as its row.
 struct PlotControl {
     PlotAct act;

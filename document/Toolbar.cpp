@@ -1,7 +1,5 @@
 #include "document/Toolbar.h"
 
-#include "document/MyDocument.h"
-
 #include <array>
 
 namespace orrery {
@@ -10,8 +8,8 @@ namespace {
 
 const std::array<ToolbarItem, 2>& items() {
     static const std::array<ToolbarItem, 2> all{
-        ToolbarItem{"Run Simulation", "gimbal.jpg", "Run", ToolbarAction::RunSimulation, runTag},
-        ToolbarItem{"To Dorado", "Wren.tif", "Send To Dorado", ToolbarAction::SaveToDorado, sendTag}};
+        ToolbarItem{"Run Simulation", "gimbal.jpg", "Run", ToolbarAction::RunSimulation, CommandTag::Run},
+        ToolbarItem{"To Dorado", "Wren.tif", "Send To Dorado", ToolbarAction::SaveToDorado, CommandTag::Send}};
     return all;
 }
 
@@ -26,7 +24,7 @@ ToolbarItem toolbarItem(std::string_view identifier) {
     for (const ToolbarItem& item : items()) {
         if (item.identifier == identifier) return item;
     }
-    return {std::string(identifier), {}, {}, {}, 0};
+    return {std::string(identifier), {}, {}, {}, {}};
 }
 
 } // namespace orrery

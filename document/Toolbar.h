@@ -8,6 +8,9 @@
 
 namespace orrery {
 
+/// Commands that a tag ties to their enabling rule, on the toolbar and in menus.
+enum class CommandTag : std::int32_t { Run = 1, Send = 2 };
+
 /// The document commands that the toolbar offers.
 enum class ToolbarAction { RunSimulation, SaveToDorado };
 
@@ -18,7 +21,7 @@ struct ToolbarItem {
     std::string image; // name of the image resource
     std::string label;
     std::optional<ToolbarAction> action; // sent to the document
-    std::int32_t tag = 0;
+    std::optional<CommandTag> tag;
 };
 
 inline constexpr std::string_view toolbarIdentifier = "standard";

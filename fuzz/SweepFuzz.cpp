@@ -41,7 +41,9 @@ void requireGrid(const orrery::SweepGrid& grid) {
 void requirePlot(orrery::SweepGrid& grid, std::size_t first) {
     constexpr std::uint32_t mostRows = 100'000; // so that an input takes no time to speak of
     for (std::size_t n = 0; n < grid.variables.size(); ++n) {
-        grid.variables[n].setFunction(n == first ? 1U : n == first + 1 ? 2U : 0U);
+        grid.variables[n].setFunction(n == first       ? orrery::PlotRole::Axis1
+                                      : n == first + 1 ? orrery::PlotRole::Axis2
+                                                       : orrery::PlotRole::Held);
     }
     std::vector<orrery::ResponseVariable> responses(3);
     responses[1].setValue("includep", true);

@@ -55,13 +55,15 @@ public:
     virtual void selectRows(const std::vector<std::size_t>& rows) = 0; // exactly these
 };
 
-/// The rows of the sweep or response variables, one per variable in list order. In a row, the role chooser has the
-/// tag 3 and the controls of the held value have the tags 1 and 2.
+/// The controls in the row of a sweep variable, by their tags.
+enum class SettingsTag : int { HeldField = 1, HeldSlider = 2, RoleChooser = 3 };
+
+/// The rows of the sweep or response variables, one per variable in list order.
 class SettingsRows {
 public:
     virtual ~SettingsRows() = default;
     virtual void reloadData() = 0;
-    virtual void setControlEnabled(std::size_t row, int tag, bool enabled) = 0;
+    virtual void setControlEnabled(std::size_t row, SettingsTag tag, bool enabled) = 0;
 };
 
 /// Keeps the window alive while the main thread waits for a calculation: after a moment it shows how far that is, and

@@ -6,6 +6,13 @@
 
 namespace orrery {
 
+/// What a sweep variable is to a plot. A variable may hold other values, which mean none of these.
+enum class PlotRole : std::uint32_t {
+    Held = 0, // at its constant
+    Axis1 = 1,
+    Axis2 = 2
+};
+
 /// A sweep variable: one axis of the grid that the engine sweeps.
 ///
 /// Its value at index i is start + i × step, for i from 0 to stridesPerCycle − 1; two rows of the result table that
@@ -19,7 +26,7 @@ public:
     [[nodiscard]] float constant() const { return m_constant; } // the value at which it is held off the axes
     [[nodiscard]] std::uint32_t stride() const { return m_stride; }
     [[nodiscard]] std::uint32_t stridesPerCycle() const { return m_stridesPerCycle; } // the number of values
-    [[nodiscard]] std::uint32_t function() const { return m_function; } // 0 held at constant, 1 or 2 on a plot axis
+    [[nodiscard]] PlotRole function() const { return m_function; }
     [[nodiscard]] std::uint32_t userOrder() const { return m_userOrder; }
 
     void setName(std::string name) { m_name = std::move(name); }
@@ -29,10 +36,10 @@ public:
     void setConstant(float constant) { m_constant = constant; }
     void setStride(std::uint32_t stride) { m_stride = stride; }
     void setStridesPerCycle(std::uint32_t count) { m_stridesPerCycle = count; }
-    void setFunction(std::uint32_t function) { m_function = function; }
+    void setFunction(PlotRole function) { m_function = function; }
     void setUserOrder(std::uint32_t order) { m_userOrder = order; }
 
-    [[nodiscard]] bool onAxis() const { return m_function == 1 || m_function == 2; }
+    [[nodiscard]] bool onAxis() const { return m_function == PlotRole::Axis1 || m_function == PlotRole::Axis2; }
 
 private:
     std::string m_name;
@@ -42,7 +49,7 @@ private:
     float m_constant = 0;
     std::uint32_t m_stride = 0;
     std::uint32_t m_stridesPerCycle = 0;
-    std::uint32_t m_function = 0;
+    PlotRole m_function = PlotRole::Held;
     std::uint32_t m_userOrder = 0;
 };
 

@@ -14,13 +14,13 @@ namespace {
 std::uint32_t firstRow(std::span<const IndependentVariable> variables) {
     std::uint32_t row = 0;
     for (const IndependentVariable& variable : variables) {
-        row += variable.function() == 0 ? variable.stride() * heldIndex(variable) : 0;
+        row += variable.function() == PlotRole::Held ? variable.stride() * heldIndex(variable) : 0;
     }
     return row;
 }
 
 bool hasRows(std::span<const IndependentVariable> variables) {
-    return !variables.empty() && variables.back().function() <= 2 &&
+    return !variables.empty() && variables.back().function() <= PlotRole::Axis2 &&
            std::ranges::none_of(variables, [](const auto& variable) { return variable.stridesPerCycle() == 0; });
 }
 

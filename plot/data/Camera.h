@@ -24,6 +24,11 @@ struct CameraRecord {
     std::int32_t viewHeight = 0;
 };
 
+/// Where a new camera and a new light stand, and where resetCamera puts them back.
+inline constexpr Vector3 defaultViewPos{0, 1, 4};
+inline constexpr Vector3 defaultViewDir{0, -2, -10};
+inline constexpr float defaultLightHeight = 1;
+
 /// The step between two values of a circular slider of length `max`, the short way round; single precision.
 [[nodiscard]] float circularStep(float oldValue, float newValue, float max);
 

@@ -42,7 +42,7 @@ PlotLayout plotLayout(std::span<const IndependentVariable> variables, std::span<
 RoleChange claimAxisRole(std::span<IndependentVariable> variables, std::size_t changed) {
     RoleChange change;
     const IndependentVariable& claimant = variables[changed];
-    if (claimant.function() == 0) {
+    if (claimant.function() == PlotRole::Held) {
         change.enabled.push_back(changed);
     }
     if (!claimant.onAxis()) {
@@ -51,7 +51,7 @@ RoleChange claimAxisRole(std::span<IndependentVariable> variables, std::size_t c
     change.disabled.push_back(changed);
     for (std::size_t position = 0; position < variables.size(); ++position) {
         if (position != changed && variables[position].function() == claimant.function()) {
-            variables[position].setFunction(0);
+            variables[position].setFunction(PlotRole::Held);
             change.enabled.push_back(position);
         }
     }

@@ -22,6 +22,8 @@ struct PlotLayout {
     std::uint32_t dimensions = 0;    // 0 nothing to plot, 2 curves, 3 surfaces
     std::vector<std::string> labels; // names of the axis variables, x first, then z
 
+    /// Whether there is an axis and something to draw over it.
+    [[nodiscard]] bool isDrawn() const { return dimensions != 0 && nSurfaces != 0; }
     /// Vertices of one curve or surface, and floats per vertex.
     [[nodiscard]] std::uint64_t verticesPerSurface() const;
     [[nodiscard]] std::uint32_t floatsPerVertex() const { return floatsPerVertexOf(dimensions); }

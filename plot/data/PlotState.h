@@ -16,7 +16,7 @@ namespace orrery {
 /// The choice for one sweep variable.
 struct AxisChoice {
     std::string name; // of the variable that it was made for
-    std::uint32_t function = 0;
+    PlotRole function = PlotRole::Held;
     float constant = 0;
     friend bool operator==(const AxisChoice&, const AxisChoice&) = default;
 };

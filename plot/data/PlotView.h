@@ -64,6 +64,15 @@ private:
     std::string m_failure;
 };
 
+/// Sets one coordinate of the eye or of the point looked at, such as (viewPos, x).
+void setCoordinate(PlotView& view, Vector3 CameraRecord::*vector, double Vector3::*axis, float value);
+
+/// Puts camera and light back to their defaults; the rotation stays.
+void resetCamera(PlotView& view);
+
+/// Leaves the view without a plot.
+void clearPlot(PlotView& view);
+
 /// A plot view without a surface: keeps what it is given. Camera, light and rotation work as in any view.
 class StoredPlotView : public PlotView {
 public:

@@ -14,16 +14,6 @@ namespace orrery {
 
 namespace {
 
-/// What a new window's camera is set to.
-void resetView(PlotView& view) {
-    CameraRecord& camera = view.camera();
-    camera.viewPos = {0, 1, 4};
-    camera.viewDir = {0, -2, -10};
-    camera.viewUp = {0, 1, 0};
-    camera.aperture = 40.0;
-    view.setLightHeight(1.0F);
-}
-
 /// Applied behind the build, which may reset the camera.
 void applyRequest(const PlotPictureRequest& request, PlotView& view) {
     view.camera().viewPos = request.eye.value_or(view.camera().viewPos);
@@ -43,7 +33,7 @@ Pixels renderPlot(const PlotPictureRequest& request, TextRasterizer& rasterizer,
     const GlErrorWatch watch(glError);
     OpenGLPlotView view(surface, rasterizer);
     view.prepareOpenGL();
-    resetView(view);
+    resetCamera(view);
     build(view);
     applyRequest(request, view);
     view.drawRect();

@@ -187,6 +187,8 @@ TEST_F(ApplicationTest, PreferencesAreOnePanelWhoseChoicesWork) {
 
 TEST_F(ApplicationTest, ComingBackReadsChangedModelsAgain) {
     DocumentWindow& first = open("crop-single.orrery");
+    DocumentWindow& second = open("crop-one-stepper.orrery");
+    openNew();
     const auto before = first.document().modelModification();
     std::filesystem::last_write_time(files.path() + "crop.xml",
                                      std::filesystem::file_time_type::clock::now() + std::chrono::seconds(5));
@@ -197,6 +199,7 @@ TEST_F(ApplicationTest, ComingBackReadsChangedModelsAgain) {
     ASSERT_TRUE(ended(*other));
     activate(first);
     EXPECT_TRUE(waitFor([&] { return first.document().modelModification() != before; }));
+    EXPECT_EQ(second.document().modelModification(), first.document().modelModification());
 }
 
 TEST_F(ApplicationTest, ASecondStartHandsItsFilesToTheFirst) {

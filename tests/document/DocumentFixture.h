@@ -130,8 +130,9 @@ struct RecordingWindow : StatusView, ProgressWheel, TwoStateButton, Alerts, Slid
     void requestUserAttention() override { ++attention; }
     [[nodiscard]] double maxValue() const override { return 360; }
     void reloadData() override {}
-    void setControlEnabled(std::size_t row, int tag, bool enabled) override {
-        controls.push_back(std::to_string(row) + "." + std::to_string(tag) + (enabled ? " on" : " off"));
+    void setControlEnabled(std::size_t row, SettingsTag tag, bool enabled) override {
+        controls.push_back(std::to_string(row) + "." + std::to_string(static_cast<int>(tag)) +
+                           (enabled ? " on" : " off"));
     }
 };
 

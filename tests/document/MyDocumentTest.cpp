@@ -115,17 +115,17 @@ TEST_F(MyDocumentTest, AModelThatCannotBeImportedIsToldAndTheWindowIsSetUp) {
 TEST_F(MyDocumentTest, TagsEnableTheirCommands) {
     document.initWithType("setup");
     show(document);
-    EXPECT_FALSE(document.validateTag(runTag));
+    EXPECT_FALSE(document.validateTag(CommandTag::Run));
     document.theDictionary().setText(setup_key::modelPath, "");
-    EXPECT_TRUE(document.validateTag(runTag));
+    EXPECT_TRUE(document.validateTag(CommandTag::Run));
     EXPECT_TRUE(window.buttonEnabled);
-    EXPECT_FALSE(document.validateTag(sendTag));
+    EXPECT_FALSE(document.validateTag(CommandTag::Send));
     EXPECT_FALSE(window.buttonEnabled); // whichever was asked last
     temporary.write("Zephyr.txt", "");
-    EXPECT_TRUE(document.validateTag(sendTag));
+    EXPECT_TRUE(document.validateTag(CommandTag::Send));
     document.theDictionary().setText(setup_key::dimensions, "{ 2, 1 }");
-    EXPECT_FALSE(document.validateTag(sendTag)); // no outputs
-    EXPECT_FALSE(document.validateTag(7));
+    EXPECT_FALSE(document.validateTag(CommandTag::Send)); // no outputs
+    EXPECT_FALSE(document.validateTag(CommandTag{7}));
     EXPECT_TRUE(document.validateMenuItem(7));
 }
 
@@ -199,7 +199,7 @@ using PlotTest = ResultsTest;
 TEST_F(PlotTest, NothingIsDrawnWithoutAnAxisOrAResponse) {
     document.setupPlotView();
     EXPECT_TRUE(plot.ranges().empty());
-    document.independentVariables()[1].setFunction(1);
+    document.independentVariables()[1].setFunction(PlotRole::Axis1);
     document.setupPlotView();
     EXPECT_TRUE(plot.ranges().empty());
     document.dependentVariables()[1].setValue("includep", true);
@@ -211,23 +211,23 @@ TEST_F(PlotTest, NothingIsDrawnWithoutAnAxisOrAResponse) {
     EXPECT_FLOAT_EQ(plot.vertices().at(7), 2.0F * 40 / 40 - 1);
     EXPECT_FLOAT_EQ(plot.vertices().at(1), 2.0F * 10 / 40 - 1);
     EXPECT_EQ(plot.colors().at(0).alpha, 0.9F);
-    document.independentVariables()[1].setFunction(0);
+    document.independentVariables()[1].setFunction(PlotRole::Held);
     document.updateScale();
     EXPECT_TRUE(plot.ranges().empty());
 }
 
 TEST_F(PlotTest, AnAxisRoleIsHeldByOneVariable) {
     document.dependentVariables()[0].setValue("includep", true);
-    document.independentVariables()[0].setFunction(1);
-    document.updatePlot({3, 0});
-    document.independentVariables()[1].setFunction(1);
+    document.independentVariables()[0].setFunction(PlotRole::Axis1);
+    document.updatePlot({SettingsTag::RoleChooser, 0});
+    document.independentVariables()[1].setFunction(PlotRole::Axis1);
     window.controls.clear();
-    document.updatePlot({3, 1});
-    EXPECT_EQ(document.independentVariables()[0].function(), 0U);
+    document.updatePlot({SettingsTag::RoleChooser, 1});
+    EXPECT_EQ(document.independentVariables()[0].function(), PlotRole::Held);
     std::ranges::sort(window.controls);
     EXPECT_EQ(window.controls, (std::vector<std::string>{"0.1 on", "0.2 on", "1.1 off", "1.2 off"}));
-    document.independentVariables()[0].setFunction(2);
-    document.updatePlot({3, 0});
+    document.independentVariables()[0].setFunction(PlotRole::Axis2);
+    document.updatePlot({SettingsTag::RoleChooser, 0});
     EXPECT_EQ(plot.dimensions(), 3U);
     EXPECT_EQ(plot.ranges(), (std::vector<VertexRange>{{0, 12}}));
     EXPECT_EQ(plot.labels(), (std::vector<std::string>{"/Field/Crop/rain", "day"}));
@@ -237,8 +237,8 @@ TEST_F(PlotTest, ACancelledPlotIsEmptyAndComesWithTheNextChange) {
     CancellablePanel panel;
     show(document, &panel);
     document.dependentVariables()[0].setValue("includep", true);
-    document.independentVariables()[0].setFunction(1);
-    document.independentVariables()[1].setFunction(2);
+    document.independentVariables()[0].setFunction(PlotRole::Axis1);
+    document.independentVariables()[1].setFunction(PlotRole::Axis2);
     float scale = 0;
     for (const std::size_t ranges : {1U, 0U, 1U}) {
         document.dependentVariables()[0].setValue("scale", ++scale);

@@ -11,8 +11,8 @@ protected:
     }
     void axis(std::size_t row, std::uint32_t role) {
         document.changePlot({PlotAct::ChooseAxis, row}, [&] {
-            document.independentVariables()[row].setFunction(role);
-            document.updatePlot({3, row});
+            document.independentVariables()[row].setFunction(static_cast<PlotRole>(role));
+            document.updatePlot({SettingsTag::RoleChooser, row});
         });
     }
     void include(std::size_t row) {
@@ -34,7 +34,9 @@ TEST_F(PlotUndoTest, EveryChoiceIsTakenBackAndMadeAgainAndNoEdit) {
         std::function<void(MyDocument&)> choose;
     };
     const std::vector<Case> cases{
-        {{PlotAct::ChooseAxis}, "Change Axis", [](auto& d) { d.independentVariables()[0].setFunction(2); }},
+        {{PlotAct::ChooseAxis},
+         "Change Axis",
+         [](auto& d) { d.independentVariables()[0].setFunction(PlotRole::Axis2); }},
         {{PlotAct::TypeHeldValue}, "Change Held Value", [](auto& d) { d.independentVariables()[0].setConstant(1); }},
         {{PlotAct::TypeScale}, "Change Scale", [](auto& d) { d.dependentVariables()[1].setValue("scale", 2.0F); }},
         {{PlotAct::ChooseColor},
@@ -103,11 +105,11 @@ TEST_F(PlotUndoTest, AnAxisComesBackWithTheCameraThatItsLossPutBack) {
     document.undo();
     EXPECT_EQ(plot.dimensions(), 3U);
     EXPECT_EQ(document.eyeXPos(), 3);
-    EXPECT_EQ(document.independentVariables()[0].function(), 1U);
+    EXPECT_EQ(document.independentVariables()[0].function(), PlotRole::Axis1);
     document.redo();
     EXPECT_EQ(plot.dimensions(), 2U);
     EXPECT_EQ(document.eyeXPos(), 0);
-    EXPECT_EQ(document.independentVariables()[0].function(), 0U);
+    EXPECT_EQ(document.independentVariables()[0].function(), PlotRole::Held);
 }
 
 TEST_F(PlotUndoTest, ANewRunOfTheSameKeepsTheStepsAndOneOfOthersPassesThemOver) {

@@ -287,13 +287,13 @@ TEST_F(RunControlTest, ACancelledReadingLeavesNoResults) {
 
 TEST_F(RunControlTest, ARunOfTheSameVariablesKeepsWhatWasChosenToBeSeenAndAnAbortEmptiesThePlot) {
     run();
-    document.independentVariables().back().setFunction(1);
+    document.independentVariables().back().setFunction(PlotRole::Axis1);
     document.dependentVariables().front().setValue("includep", true);
     document.setupPlotView();
     const std::vector<VertexRange> shown = plot.ranges();
     ASSERT_FALSE(shown.empty());
     run();
-    EXPECT_EQ(document.independentVariables().back().function(), 1U);
+    EXPECT_EQ(document.independentVariables().back().function(), PlotRole::Axis1);
     EXPECT_TRUE(document.dependentVariables().front().includep());
     EXPECT_TRUE(document.plotIsOutdated());
     document.runSimulation();

@@ -33,7 +33,7 @@ constexpr float inf = std::numeric_limits<float>::infinity();
 IndependentVariable axis(const char* name, std::uint32_t function, std::uint32_t count) {
     IndependentVariable variable;
     variable.setName(name);
-    variable.setFunction(function);
+    variable.setFunction(static_cast<PlotRole>(function));
     variable.setStridesPerCycle(count);
     return variable;
 }
@@ -76,9 +76,9 @@ TEST(AxisRole, IsHeldByOneVariableAtATime) {
     RoleChange change = claimAxisRole(variables, 2);
     EXPECT_THAT(change.disabled, ElementsAre(2));
     EXPECT_THAT(change.enabled, ElementsAre(0));
-    EXPECT_EQ(variables[0].function(), 0U);
-    EXPECT_EQ(variables[1].function(), 2U);
-    variables[2].setFunction(0);
+    EXPECT_EQ(variables[0].function(), PlotRole::Held);
+    EXPECT_EQ(variables[1].function(), PlotRole::Axis2);
+    variables[2].setFunction(PlotRole::Held);
     change = claimAxisRole(variables, 2);
     EXPECT_THAT(change.disabled, IsEmpty());
     EXPECT_THAT(change.enabled, ElementsAre(2));

@@ -13,7 +13,7 @@ IndependentVariable variable(const char* name, std::uint32_t count, float consta
     made.setStep(1);
     made.setStridesPerCycle(count);
     made.setConstant(constant);
-    made.setFunction(function);
+    made.setFunction(static_cast<PlotRole>(function));
     return made;
 }
 
@@ -30,7 +30,7 @@ TEST(PlotChoicesTest, AreKeptForTheSameNamesOnly) {
     std::vector<ResponseVariable> responses{{"x", "1"}, {"y", "2"}};
     ASSERT_TRUE(keepChoices(choices, variables, responses));
     EXPECT_EQ(variables[0].constant(), 1.0F);
-    EXPECT_EQ(variables[1].function(), 1U);
+    EXPECT_EQ(variables[1].function(), PlotRole::Axis1);
     EXPECT_EQ(responses[1].scale(), 2.5F);
     EXPECT_TRUE(responses[1].includep());
 

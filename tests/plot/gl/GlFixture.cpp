@@ -13,17 +13,10 @@ Pixels BlockRasterizer::rasterize(std::string_view, const TextAttributes& attrib
     return {made, height, std::vector<std::uint8_t>(std::size_t{4} * static_cast<std::size_t>(made) * height, 255)};
 }
 
-void lookAsANewWindow(OpenGLPlotView& view) {
-    view.camera().viewPos = {0, 1, 4};
-    view.camera().viewDir = {0, -2, -10};
-    view.camera().viewUp = {0, 1, 0};
-    view.setLightHeight(1.0F);
-}
-
 TestView::TestView(int width, int height, int samples, std::size_t largestBytes)
     : surface(width, height, samples), view(surface, rasterizer, largestBytes) {
     view.prepareOpenGL();
-    lookAsANewWindow(view);
+    resetCamera(view);
 }
 
 Pixels TestView::frame() {

@@ -34,9 +34,6 @@ struct TestSurface : EglSurface {
     double density = 1;
 };
 
-/// Gives the view the camera and the light of a new window.
-void lookAsANewWindow(OpenGLPlotView& view);
-
 /// A view on a surface of its own with a new window's camera.
 struct TestView {
     explicit TestView(int width = 300, int height = 240, int samples = 1, std::size_t largestBytes = largestBuffer);

@@ -22,7 +22,7 @@ struct Window {
         view = owned.get();
         surface->setClient(std::move(owned));
         surface->setFixedSize(300, 240);
-        lookAsANewWindow(*view);
+        resetCamera(*view);
         (new QVBoxLayout(&window))->addWidget(surface);
         window.layout()->setContentsMargins(0, 0, 0, 0);
     }

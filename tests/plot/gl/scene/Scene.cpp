@@ -1,6 +1,6 @@
 #include "tests/plot/gl/scene/Scene.h"
 
-#include "plot/data/ShowPlot.h"
+#include "plot/data/PlotSession.h"
 #include "run/IndependentVariable.h"
 #include "run/IndexSet.h"
 
@@ -19,7 +19,7 @@ std::vector<IndependentVariable> variablesOf(const Scene& scene) {
         variables[i].setStep(1);
         variables[i].setStride(z || variables.size() == 1 ? 1 : scene.zCount);
         variables[i].setStridesPerCycle(z ? scene.zCount : scene.xCount);
-        variables[i].setFunction(static_cast<std::uint32_t>(i) + 1);
+        variables[i].setFunction(z ? PlotRole::Axis2 : PlotRole::Axis1);
     }
     return variables;
 }
