@@ -137,14 +137,14 @@ void DocumentFiles::revert() {
 void DocumentFiles::tellOfFile() {
     if (const auto path = m_document.filePath(); path && m_document.knownFile().isClaimedElsewhere(*path)) {
         tell(tr("“%1” is open in another Orrery.").arg(displayName()),
-             "Change it there or here, not in both: what is saved last replaces the rest.");
+             "Change it in one of the two only: whatever is saved last replaces the rest.");
     }
     m_document.knownFile().claim();
     if (m_document.unparsedFault().empty()) return;
     tell(tr("“%1” holds no setup.").arg(displayName()),
          m_document.unparsedFault() +
              "\nThe window shows an empty setup. When you save it, the old file is kept beside "
-             "it, with “~” behind its name.");
+             "it, with “~” after its name.");
 }
 
 void DocumentFiles::revertToFile() {

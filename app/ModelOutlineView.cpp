@@ -210,10 +210,10 @@ void ModelOutlineView::startDrag(Qt::DropActions /*supportedActions*/) {
 }
 
 QString ModelOutlineView::emptyStateText() const {
-    if (!m_model->filter().isEmpty()) return tr("Nothing in the model holds “%1”").arg(m_model->filter());
+    if (!m_model->filter().isEmpty()) return tr("Nothing in the model contains “%1”").arg(m_model->filter());
     if (m_document == nullptr || m_document->modelFilePath().empty())
         return tr("Choose a model file\n(Setup > Choose Model…)");
-    return tr("The model was not read, or holds no parts");
+    return tr("The model was not read, or has no parts");
 }
 
 void ModelOutlineView::paintEvent(QPaintEvent* event) {

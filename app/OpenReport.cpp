@@ -31,8 +31,8 @@ std::optional<AlertText> OpenReport::alert() const {
     text.matter = "files to open";
     if (leftOut > 0) {
         text.informative +=
-            fmt::format("At most {} windows open at once. {} left out: open them with File > Open\u2026", mostWindows,
-                        leftOut == 1 ? "One file was" : fmt::format("{} files were", leftOut));
+            fmt::format("At most {} windows are opened at once. {} left out: open them with File > Open\u2026",
+                        mostWindows, leftOut == 1 ? "One file was" : fmt::format("{} files were", leftOut));
     } else {
         text.informative.pop_back();
     }

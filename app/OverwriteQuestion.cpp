@@ -12,16 +12,16 @@ std::optional<AlertText> overwriteQuestion(const KnownFile& known, const std::st
     if (change == KnownFile::Change::Missing) {
         question.message = name + " is no longer there.";
         question.informative =
-            "It was removed, renamed or moved. Saving makes it again in " + coreText(shownFolder(path)) + ".";
+            "It was removed, renamed or moved. Saving creates it again in " + coreText(shownFolder(path)) + ".";
     } else if (known.isClaimedElsewhere(path)) {
         question.message = name + " is open in another Orrery.";
         question.informative =
             change == KnownFile::Change::None
                 ? "Saving replaces the file, and what is saved there later replaces yours."
-                : "It was saved there meanwhile. Saving replaces that by the contents of this window.";
+                : "It has been saved there in the meantime. Saving replaces that with the contents of this window.";
     } else if (change == KnownFile::Change::Contents) {
         question.message = name + " was changed by another program.";
-        question.informative = "Saving replaces what that program wrote by the contents of this window.";
+        question.informative = "Saving replaces what that program wrote with the contents of this window.";
     } else {
         return std::nullopt;
     }

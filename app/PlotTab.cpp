@@ -64,7 +64,7 @@ void PlotTab::makeSurface(TextRasterizer& rasterizer) {
     m_surface = new QtGlSurface(m_ui.glContainer);
     m_surface->setObjectName("glView");
     m_surface->setAccessibleName(tr("Plot"));
-    m_surface->setToolTip(tr("Drag to turn, wheel to come nearer, double click to reset"));
+    m_surface->setToolTip(tr("Drag to turn, scroll to move closer, double-click to reset"));
     m_surface->setFocusPolicy(Qt::StrongFocus);
     m_surface->setContextMenuPolicy(Qt::ActionsContextMenu);
     m_surface->installEventFilter(this);

@@ -27,11 +27,11 @@ constexpr std::array headers = {
                              "The file that the engine writes for this output, unless the dimensions are 1, 1")},
     Header{"coordinates", QT_TRANSLATE_NOOP("PortTable", "Coordinates"),
            QT_TRANSLATE_NOOP("PortTable", "The cell of the model's dimensions, such as { 0, 0 }")},
-    Header{"value", QT_TRANSLATE_NOOP("PortTable", "Value"), QT_TRANSLATE_NOOP("PortTable", "The value to begin with")},
+    Header{"value", QT_TRANSLATE_NOOP("PortTable", "Value"), QT_TRANSLATE_NOOP("PortTable", "The initial value")},
     Header{"start", QT_TRANSLATE_NOOP("PortTable", "Start"),
            QT_TRANSLATE_NOOP("PortTable", "First value of the sweep")},
     Header{"step", QT_TRANSLATE_NOOP("PortTable", "Step"),
-           QT_TRANSLATE_NOOP("PortTable", "From one value to the next")},
+           QT_TRANSLATE_NOOP("PortTable", "The step from one value to the next")},
     Header{"stop", QT_TRANSLATE_NOOP("PortTable", "Stop"), QT_TRANSLATE_NOOP("PortTable", "Last value of the sweep")},
 };
 

@@ -61,7 +61,7 @@ void ResponseSettings::chooseColor(std::size_t row) {
     const ResponseVariable record = m_document.results().responses.variables[row];
     auto* dialog = new QColorDialog(qtColor(record.color()), m_rows[row].window());
     dialog->setObjectName("colorDialog");
-    dialog->setWindowTitle(tr("Color of %1").arg(qtText(record.name())));
+    dialog->setWindowTitle(tr("Colour of %1").arg(qtText(record.name())));
     dialog->setOption(QColorDialog::DontUseNativeDialog);
     dialog->setWindowModality(Qt::WindowModal);
     dialog->setAttribute(Qt::WA_DeleteOnClose);

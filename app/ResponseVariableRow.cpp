@@ -41,7 +41,7 @@ ResponseVariableRow::ResponseVariableRow(std::size_t number, QWidget* parent)
 void ResponseVariableRow::makeControls() {
     m_name->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     m_scale->setFixedWidth(m_scale->fontMetrics().averageCharWidth() * 9);
-    m_scale->setToolTip(tr("Scale: the response's values are drawn times this"));
+    m_scale->setToolTip(tr("Scale: the response's values are multiplied by this when drawn"));
     m_color->setAutoRaise(true);
     m_color->setIconSize({24, 14});
     auto* line = new QHBoxLayout(this);
@@ -77,8 +77,8 @@ void ResponseVariableRow::showVariable(const ResponseVariable& variable) {
 void ResponseVariableRow::showColor(const Color& color) {
     const QColor shown = qtColor(color);
     m_color->setIcon(swatch(shown, m_color->iconSize(), devicePixelRatioF(), palette().color(QPalette::Mid)));
-    m_color->setAccessibleName(tr("Color of %1: %2").arg(accessibleName(), shown.name()));
-    m_color->setToolTip(tr("Color %1; choose another").arg(shown.name()));
+    m_color->setAccessibleName(tr("Colour of %1: %2").arg(accessibleName(), shown.name()));
+    m_color->setToolTip(tr("Colour %1; choose another").arg(shown.name()));
 }
 
 QWidget& ResponseVariableRow::control(PlotAct act) const {

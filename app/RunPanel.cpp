@@ -42,7 +42,7 @@ void RunPanel::refresh() {
 
 void RunPanel::showState() {
     const RunControl& run = m_document.runControl();
-    const QString text = m_document.runFault().empty() ? runStateText(run) : tr("No runs: see the log");
+    const QString text = m_document.runFault().empty() ? runStateText(run) : tr("Cannot run: see the log");
     m_ui.runState->setText(text);
     const int tab = m_ui.tabView->indexOf(m_ui.plotTab);
     m_ui.tabView->setTabIcon(tab, runStateIcon(run, *m_ui.tabView->style()));

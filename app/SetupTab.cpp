@@ -82,8 +82,8 @@ void SetupTab::layOut() {
     m_ui.workSplitter->setStretchFactor(1, 0);
     m_ui.workSplitter->setSizes({600, 150});
     m_ui.outputTable->setEmptyStateText(tr("Drag output ports here"));
-    m_ui.inputTable->setEmptyStateText(tr("Drag input ports here to give them a first value"));
-    m_ui.stepperTable->setEmptyStateText(tr("Drag input ports here to sweep them from start by step to stop"));
+    m_ui.inputTable->setEmptyStateText(tr("Drag input ports here to give them an initial value"));
+    m_ui.stepperTable->setEmptyStateText(tr("Drag input ports here to sweep them from start to stop by step"));
     const int iconSize = m_ui.sweepProblems->fontMetrics().height();
     m_ui.sweepProblemsIcon->setPixmap(
         warningIcon().pixmap(QSize(iconSize, iconSize), m_ui.setupTab->devicePixelRatioF()));

@@ -80,7 +80,7 @@ void Output::flush() {
         m_file->write(m_held);
     } else if (const int error = writeAll(STDOUT_FILENO, m_held); error != 0) {
         throw OrreryError(std::string("cannot be written: ") + std::strerror(error) + ".", {.file = "standard output"},
-                          "What was written is not complete; send it to a file with room for it.");
+                          "The output is incomplete; send it to a file on a disk with more room.");
     }
     m_held.clear();
 }

@@ -74,7 +74,7 @@ void addPictureOptions(CLI::App& parser, PictureOptions& options) {
                       fmt::format("X,Y,Z of the point looked at (default: {})", pointText(defaultViewDir)));
     parser.add_option("--light", options.lightHeight,
                       fmt::format("Height of the light (default: {})", defaultLightHeight));
-    parser.add_option("--samples", options.samples, "Samples per pixel; 1 leaves edges as steps")
+    parser.add_option("--samples", options.samples, "Samples per pixel; 1 leaves edges jagged")
         ->check(CLI::Range(1, 64))
         ->capture_default_str();
 }

@@ -83,7 +83,7 @@ std::string gridText(const SweepGrid& grid) {
 std::string responseText(const RunResults& results) {
     const std::vector<ResponseVariable>& responses = results.responses.variables;
     if (responses.empty()) {
-        return "No responses: no recorded output of the model stands in the table's header.\n";
+        return "No responses: no recorded output of the model appears in the table's header.\n";
     }
     const std::size_t width = widest(responses);
     std::string text = fmt::format("{}  {:>10} {:>10} {:>10}  mean over {}\n", padded("Response", width + 2), "minimum",

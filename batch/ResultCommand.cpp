@@ -88,7 +88,8 @@ Action buildResultsCommand(CLI::App& parser) {
     auto* summary = parser.add_flag("--summary", options->summary, "Leave the data out");
     parser.add_option("--csv", options->csv, "Write the data as CSV to a file, - for standard output")
         ->excludes(summary);
-    parser.add_option("--threads", options->threads, "Read the table by so many threads (default: as many as pay)")
+    parser
+        .add_option("--threads", options->threads, "Read the table with this many threads (default: as many as help)")
         ->check(CLI::Range(1, 64));
     return [options] { return printResults(*options); };
 }

@@ -135,7 +135,7 @@ private:
         m_document.setModelTree(std::move(tree));
         printProblems(m_document.setupProblems(), setupPath);
         if (!m_engine.empty() && !isExecutable(m_engine)) {
-            throw OrreryError("is no program that can be run.", {.file = m_engine},
+            throw OrreryError("is not a program that can be run.", {.file = m_engine},
                               "Name the engine's executable file with --engine.");
         }
     }
@@ -208,9 +208,9 @@ Action buildRunCommand(CLI::App& parser) {
                     "Print the results even where the table is that of an earlier run");
     parser.add_flag("--accept-partial", options->acceptPartial, "Print the results even where rows are missing");
     parser.add_flag("--overwrite-outputs", options->overwriteOutputs,
-                    "Let a setup from elsewhere write over files outside its folder");
-    parser.footer("Exit code: 0 when this run left its whole table, 1 for everything else, also with --accept-…; 130 "
-                  "after an interrupt.\nHow the engine ended is told and decides nothing.");
+                    "Let a setup from elsewhere overwrite files outside its folder");
+    parser.footer("Exit code: 0 when this run left its whole table, 1 otherwise, even with --accept-…; 130 "
+                  "after an interrupt.\nHow the engine ended is reported, but does not decide the code.");
     return [options] { return runSetup(*options); };
 }
 

@@ -27,7 +27,7 @@ int usage(const CLI::App& parser, const CLI::ParseError& error) {
     if (error.get_exit_code() == 0) { // --help, --version
         return parser.exit(error) == 0 && std::cout.flush() ? exitDone : exitFailed;
     }
-    printMessage(std::string(error.what()) + ". Ask for the options with --help.");
+    printMessage(std::string(error.what()) + ". See --help for the options.");
     return exitUsage;
 }
 

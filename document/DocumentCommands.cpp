@@ -104,8 +104,8 @@ bool MyDocument::mayRun() {
 }
 
 bool MyDocument::asksToWriteOver(const std::vector<std::string>& files) {
-    const AlertText question{"This setup writes over files outside its folder.",
-                             fmt::format("It was not written here, and its run would replace {}. Run it only if you "
+    const AlertText question{"This setup overwrites files outside its folder.",
+                             fmt::format("It was not saved here, and running it would replace {}. Run it only if you "
                                          "know where it comes from.",
                                          listedForMessage(files)),
                              {"Replace and Run", "Cancel"}};
@@ -314,7 +314,7 @@ void MyDocument::sendTo(RemoteObject* companion) {
         companion->importWaves(exportPaths(m_dictionary, resultTablePath(), absoluteSetupPath()),
                                [this, alive = std::weak_ptr<int>(m_alive)](std::string_view failure) {
                                    if (alive.expired() || failure.empty()) return;
-                                   showSheet({"Dorado did not take the files.", std::string(failure)});
+                                   showSheet({"Dorado did not accept the files.", std::string(failure)});
                                });
     } catch (const OrreryError& error) {
         showSheet({"The results cannot be sent to Dorado.", error.what()});

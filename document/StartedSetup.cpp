@@ -65,7 +65,7 @@ std::optional<SweepGrid> StartedSetup::grid(const Calendar& calendar) const {
 std::string StartedSetup::note(const SetupDictionary& documentsSetup) const {
     if (!m_fault.empty()) return "It is not known which setup ran: " + m_fault;
     if (!m_setup || isSameSetup(*m_setup, documentsSetup)) return {};
-    return "The document's setup is not the one that ran: the results are those of its file as that was when the "
+    return "The document's setup is not the one that ran: the results are those of its file as it was when the "
            "engine started.";
 }
 

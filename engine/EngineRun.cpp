@@ -25,7 +25,7 @@ SetupDictionary readSetupFile(const std::string& path) {
     if (setup.parsed) {
         return std::move(setup.dictionary);
     }
-    throw OrreryError("this is no setup file: " + setup.fault, {path}, "Name a setup saved by Orrery.");
+    throw OrreryError("this is not a setup file: " + setup.fault, {path}, "Name a setup saved by Orrery.");
 }
 
 std::string modelPathOf(const SetupDictionary& setup, const std::string& setupPath) {

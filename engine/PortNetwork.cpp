@@ -116,7 +116,7 @@ void PortNetwork::connect(NetworkPort& port, const std::vector<std::string>& sou
     const auto source = m_portOfIdentifier.find(sources.front());
     if (source == m_portOfIdentifier.end()) {
         throw OrreryError("the source \"" + quotedForMessage(sources.front()) + "\" of port \"" + port.path +
-                              "\" is no port of the model.",
+                              "\" is not a port of the model.",
                           placeOf(port), "Name the identifier of a port.");
     }
     port.source = source->second;

@@ -26,7 +26,7 @@ std::size_t stageCountOf(const PortNetwork& network, const NetworkPart& part) {
     if (count >= 1 && count <= mostStages) {
         return static_cast<std::size_t>(count);
     }
-    throw OrreryError(partLabel(part, "stages") + ": a delay has 1 to 1000 stages.", network.placeOf(part),
+    throw OrreryError(partLabel(part, "stages") + ": a delay has from 1 to 1000 stages.", network.placeOf(part),
                       "Write such a number.");
 }
 
@@ -104,7 +104,7 @@ std::size_t PortValues::representative(std::size_t port, const std::set<std::siz
     }
     const NetworkPort& culprit = m_network.ports()[present];
     throw OrreryError("algebraic cycle: " + portLabel(culprit) + " passes its own value on to itself.",
-                      m_network.placeOf(culprit), "Take one of its connections away.");
+                      m_network.placeOf(culprit), "Remove one of its connections.");
 }
 
 std::size_t PortValues::grow(std::size_t count, double value) {

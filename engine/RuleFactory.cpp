@@ -73,9 +73,10 @@ std::unique_ptr<Rule> makeRandomRule(const PartContext& context, const NetworkPo
     const double interval = numberOf(context, "interval", 1);
     const double seed = numberOf(context, "seed", 0);
     if ((!normal && !distribution.empty() && distribution != "uniform") || !(interval > 0) || seed < 0 || seed > 1e15) {
-        throw OrreryError(partLabel(context.part) + " draws no numbers with these attributes.",
-                          context.network.placeOf(context.part),
-                          "Write \"uniform\" or \"normal\" as distribution, an interval above 0 and a seed from 0.");
+        throw OrreryError(
+            partLabel(context.part) + " cannot draw numbers with these attributes.",
+            context.network.placeOf(context.part),
+            "Write \"uniform\" or \"normal\" as distribution, an interval above 0 and a seed of at least 0.");
     }
     // Outputs differ by their place among the model's ports.
     const auto stream = static_cast<std::uint64_t>(&output - context.network.ports().data());

@@ -64,7 +64,7 @@ void planGridOfCells(const SetupDictionary& setup, RunPlan& plan, const std::str
     if (!whole(size.x) || !whole(size.y) || size.x * size.y > mostCells) {
         throw OrreryError("the dimensions \"" +
                               quotedForMessage(std::string(setup.textOrEmpty(setup_key::dimensions))) +
-                              "\" are no pair of counts.",
+                              "\" are not a pair of counts.",
                           {setupPath}, "Write { width, height }, at most a million cells; { 1, 1 } for one.");
     }
     plan.width = static_cast<std::size_t>(size.x);

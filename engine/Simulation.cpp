@@ -81,7 +81,7 @@ void Simulation::gather(std::size_t cell, std::uint32_t dayIndex) {
         }
         const NetworkPort& port = m_network.ports()[m_watched[index]];
         const std::uint64_t row = std::uint64_t{m_combination} * m_plan.day().stridesPerCycle() + dayIndex;
-        throw OrreryError(portLabel(port) + " is no finite number any more in row " + std::to_string(row) + ", day " +
+        throw OrreryError(portLabel(port) + " is no longer a finite number in row " + std::to_string(row) + ", day " +
                               shortestText(valueAtIndex(m_plan.day(), dayIndex)) + ".",
                           m_network.placeOf(port),
                           "Look for a division by 0 or a logarithm in its formulas, or take more steps per day.");

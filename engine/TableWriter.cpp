@@ -32,7 +32,7 @@ std::string headerLine(const PortNetwork& network, const RunPlan& plan, const st
     header += '\n';
     if (header.size() > headerLimit) {
         throw OrreryError(std::to_string(recorders.size()) + " recorded outputs make a header of " +
-                              std::to_string(header.size()) + " bytes, and only " + std::to_string(headerLimit) +
+                              std::to_string(header.size()) + " bytes, but only " + std::to_string(headerLimit) +
                               " are read.",
                           {network.modelPath()}, "Record fewer outputs in the model.");
     }

@@ -23,12 +23,12 @@ WholeFile::WholeFile(std::string path)
     : m_path(std::move(path)), m_partPath(m_path + "." + std::to_string(getpid()) + ".part") {
     struct stat status {};
     if (stat(m_path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
-        throw OrreryError("there is something here that is no file, so no result can be written.", {m_path},
-                          "Take it away, or name another file.");
+        throw OrreryError("what is here is not a file, so no result can be written.", {m_path},
+                          "Remove it, or name another file.");
     }
     m_descriptor = open(m_partPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666);
     if (m_descriptor < 0) {
-        fail("cannot be made", errno);
+        fail("cannot be created", errno);
     }
     m_buffer.reserve(bufferSize + bufferSize / 4);
 }
@@ -79,7 +79,7 @@ void WholeFile::flush() {
 
 void WholeFile::fail(const std::string& what, int error) const {
     throw OrreryError("the result file " + what + ": " + std::generic_category().message(error) +
-                          "; a file that was there before is unchanged.",
+                          "; any file that was there before is unchanged.",
                       {m_path}, "Make room or choose a directory that can be written, then run again.");
 }
 

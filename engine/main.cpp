@@ -81,7 +81,7 @@ int main(int argc, char** argv) {
     }
     if (arguments.size() != 1) {
         printLine(stderr,
-                  fmt::format("Zephyr: expected one argument, the setup file, and got {}. Save the setup first, "
+                  fmt::format("Zephyr: expected one argument, the setup file, but got {}. Save the setup first, "
                               "or see Zephyr --help.",
                               arguments.size()));
         return 1;

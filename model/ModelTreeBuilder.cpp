@@ -147,8 +147,8 @@ void ModelTreeBuilder::addToIndex(std::size_t node) {
     if (identifier == nullptr) return; // nothing can refer to it
     const std::uint32_t before = m_nodeOfIdentifier.put(*identifier, static_cast<std::uint32_t>(node));
     if (before != m_nodeOfIdentifier.none && ++m_repeats <= loggedRepeats) {
-        m_repeatNotes.push_back(fmt::format("{}: identifier \"{}\" is used again; it stood at line {} and names this "
-                                            "object from now on.",
+        m_repeatNotes.push_back(fmt::format("{}: identifier \"{}\" is used again; it was used at line {} and now names "
+                                            "this object.",
                                             placeOf(node).text(), quotedForMessage(*identifier), m_lines[before]));
     }
 }
@@ -270,7 +270,7 @@ void ModelTreeBuilder::checkAncestors() const {
 void ModelTreeBuilder::checkDepth(std::size_t node, std::size_t depth) const {
     if (node >= m_lines.size() || m_tree.m_nodes[node].kind == ModelNodeKind::Port) return;
     if (depth <= modelDepthLimit) return;
-    throw OrreryError(fmt::format("The {} lies more than {} levels deep.", describe(node), modelDepthLimit),
+    throw OrreryError(fmt::format("The {} is more than {} levels deep.", describe(node), modelDepthLimit),
                       placeOf(node), "Nest the model's levels less deeply.");
 }
 
@@ -289,7 +289,7 @@ void ModelTreeBuilder::failWithoutChild(std::size_t node, std::string_view relat
     const char* reason = "no object has that identifier";
     if (identifier.empty()) reason = "that is an empty reference (no text, or two blanks in a row)";
     if (std::ranges::find(m_templates, identifier) != m_templates.end()) {
-        reason = "that is a template, which is no part of a model";
+        reason = "that is a template, which is not part of a model";
     }
     throw OrreryError(fmt::format("Failure to find child node: {} names \"{}\" among its \"{}\", but {}.",
                                   describe(node), quotedForMessage(std::string(identifier)), relationship, reason),

@@ -23,7 +23,7 @@ std::vector<std::string> exportPaths(const SetupDictionary& setup, const std::st
         paths.push_back(resolvedModelPath(output.text("outputPath"), setupPath));
         if (paths.back().empty()) {
             throw OrreryError("The output " + quotedForMessage(std::string(output.text("portPath"))) +
-                                  " has no path of a result file.",
+                                  " has no path for its result file.",
                               {}, "Type its path into the outputs table.");
         }
     }

@@ -91,7 +91,7 @@ void requireText(std::string_view header, const std::string& fileName) {
     if (!marked && controls * 8 <= line.size()) return;
     throw OrreryError(fmt::format("This is not a result table: it is UTF-16 or binary data and begins with {}.",
                                   quotedForMessage(decodeMacRoman(line.substr(0, 16)))),
-                      {fileName, 0, 0}, "Have the engine write plain text, one byte for each character.");
+                      {fileName, 0, 0}, "Have the engine write plain text, one byte per character.");
 }
 
 } // namespace

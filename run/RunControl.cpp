@@ -38,7 +38,7 @@ AlertText someoneElseRuns(const RunLock::Holder& holder) {
     const std::string who = holder.description.empty() ? "Another simulation" : holder.description;
     const std::string process = holder.processId > 0 ? fmt::format(" (process {})", holder.processId) : "";
     return {"Another simulation is running.",
-            fmt::format("{}{} uses the temporary directory, which holds one result table. Wait for its turn, or "
+            fmt::format("{}{} uses the temporary directory, which holds one result table. Wait for it to end, or "
                         "start Orrery with another temporary directory (TMPDIR).",
                         who, process),
             {"Wait", "Cancel"},
@@ -315,7 +315,7 @@ void RunControl::finishResults() {
         m_host.clearSweepForRun();
         appendStatus("\nAborted");
     } catch (const std::bad_alloc&) {
-        failResults("The results need more memory than there is.");
+        failResults("The results need more memory than is available.");
     } catch (const std::exception& error) {
         failResults(error.what());
     }
@@ -334,7 +334,8 @@ void RunControl::requireOwnTable() {
     case RunLock::Standing::Lost:
         throw OrreryError("The lock of this run was removed or replaced while the engine ran. The table may be another "
                           "run's, so it was not read.",
-                          {m_lock->path()}, "Run again, and let nothing clear the temporary directory meanwhile.");
+                          {m_lock->path()},
+                          "Run again, and let nothing clear the temporary directory in the meantime.");
     }
 }
 

@@ -301,7 +301,7 @@ void TableReading::countRowsBeyond(TableBlock& block) {
 }
 
 void TableReading::throwLineTooLong(std::string_view line) const {
-    throw OrreryError(fmt::format("This is not a result table: the line behind its first {} rows is longer than {} MB "
+    throw OrreryError(fmt::format("This is not a result table: the line after its first {} rows is longer than {} MB "
                                   "and begins with {}.",
                                   m_row, longestLine >> 20U, quotedForMessage(std::string(line.substr(0, 40)))),
                       {m_fileName, 0, 0}, "Run the simulation again.");

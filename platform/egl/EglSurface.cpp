@@ -31,7 +31,7 @@ EGLDisplay surfacelessDisplay() {
         return found != EGL_NO_DISPLAY && eglInitialize(found, nullptr, nullptr) == EGL_TRUE ? found : EGL_NO_DISPLAY;
     }();
     if (display == EGL_NO_DISPLAY) {
-        throw OrreryError("There is no OpenGL without a window here.", {}, noGlRemedy);
+        throw OrreryError("OpenGL cannot be used without a window here.", {}, noGlRemedy);
     }
     return display;
 }
@@ -55,7 +55,7 @@ void checkSize(int width, int height, int samples) {
     }
     const int limit = std::min(limitOf(GL_MAX_RENDERBUFFER_SIZE), limitOf(GL_MAX_VIEWPORT_DIMS));
     if (width > limit || height > limit) {
-        throw OrreryError(fmt::format("{} is larger than the OpenGL driver draws.", size), {},
+        throw OrreryError(fmt::format("{} is larger than the OpenGL driver can draw.", size), {},
                           fmt::format("Choose at most {} x {}.", limit, limit));
     }
     const std::uint64_t need = bytesNeeded(width, height, samples);
@@ -77,7 +77,7 @@ struct EglSurface::Context {
         eglChooseConfig(display, wanted.data(), &config, 1, &count);
         name = eglCreateContext(display, count > 0 ? config : EGL_NO_CONFIG_KHR, EGL_NO_CONTEXT, nullptr);
         if (name == EGL_NO_CONTEXT) {
-            throw OrreryError("OpenGL gives no drawing context.", {}, noGlRemedy);
+            throw OrreryError("OpenGL provides no drawing context.", {}, noGlRemedy);
         }
     }
     Context(const Context&) = delete;
@@ -226,7 +226,7 @@ void EglSurface::recreateContext() {
 
 void EglSurface::makeTarget() {
     if (!m_context->makeCurrent()) {
-        throw OrreryError("OpenGL gives no drawing context.", {}, noGlRemedy);
+        throw OrreryError("OpenGL provides no drawing context.", {}, noGlRemedy);
     }
     checkSize(m_width, m_height, std::max(m_samples, 1));
     const int limit = std::max(limitOf(GL_MAX_SAMPLES), 1);

@@ -139,7 +139,7 @@ std::string fileKind(unsigned mode) {
     case S_IFBLK:
         return "a device";
     default:
-        return "no regular file";
+        return "not a regular file";
     }
 }
 

@@ -180,9 +180,10 @@ void Child::reportLeftBehind() {
     const auto keep = shared_from_this();
     m_waiting.reset();
     if (m_events.left == nullptr) return;
-    m_events.left(fmt::format("{}: The engine has ended, but something that it left behind still holds its output. "
-                              "Abort the run to end it.",
-                              m_path));
+    m_events.left(
+        fmt::format("{}: The engine has ended, but something that it left behind still holds its output open. "
+                    "Abort the run to end it.",
+                    m_path));
 }
 
 std::size_t Child::bytesInPipe() const {

@@ -41,7 +41,7 @@ bool isAbandoned(int directory, const char* name) {
 std::string unforeseenSaveName() {
     std::uint64_t number = 0;
     if (getrandom(&number, sizeof number, 0) != sizeof number) {
-        throw OrreryError("The system gives no random number: " + systemReason(errno) + ".", {}, "Save it again.");
+        throw OrreryError("The system provides no random numbers: " + systemReason(errno) + ".", {}, "Save it again.");
     }
     return fmt::format("{}{:016x}", prefix, number);
 }

@@ -14,21 +14,21 @@ struct Reason {
 
 constexpr std::array reasons{
     Reason{ENOENT, "there is no such file or directory"},
-    Reason{EACCES, "you do not have the permission"},
+    Reason{EACCES, "you do not have permission"},
     Reason{EPERM, "the system does not permit it"},
     Reason{EROFS, "the disk is read-only"},
     Reason{ENOSPC, "the disk is full"},
-    Reason{EDQUOT, "your share of the disk is used up"},
+    Reason{EDQUOT, "your disk quota is used up"},
     Reason{EFBIG, "it would be larger than files may be here"},
     Reason{EIO, "the disk reports an error"},
     Reason{EISDIR, "it is a directory"},
-    Reason{ENOTDIR, "a part of its path is no directory"},
+    Reason{ENOTDIR, "part of its path is not a directory"},
     Reason{ENAMETOOLONG, "its name is too long"},
     Reason{ELOOP, "its links lead in a circle"},
     Reason{EMFILE, "Orrery has too many files open"},
     Reason{ENFILE, "the system has too many files open"},
     Reason{ENOMEM, "there is not enough memory"},
-    Reason{ENOEXEC, "it is no program for this computer"},
+    Reason{ENOEXEC, "it is not a program for this computer"},
     Reason{ETXTBSY, "it is being written"},
 };
 

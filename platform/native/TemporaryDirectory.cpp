@@ -78,7 +78,8 @@ void makeDirectories(const std::string& path) {
         makeDirectories(path.substr(0, path.rfind('/')));
         if (mkdir(path.c_str(), S_IRWXU) == 0 || errno == EEXIST) return;
     }
-    throwUnusable(path, "cannot be made: " + systemReason(errno), "Set TMPDIR to a directory that you can write to.");
+    throwUnusable(path, "cannot be created: " + systemReason(errno),
+                  "Set TMPDIR to a directory that you can write to.");
 }
 
 struct stat statusOf(const std::string& path) {

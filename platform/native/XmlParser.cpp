@@ -42,9 +42,9 @@ std::string problemInWords(XML_Error code, bool hasElement) {
     case XML_ERROR_NO_ELEMENTS:
         return hasElement ? "The file ends before its root element is closed." : "The file holds no XML element.";
     case XML_ERROR_INVALID_TOKEN:
-        return "This is not well-formed XML: an unexpected character stands here.";
+        return "This is not well-formed XML: there is an unexpected character here.";
     case XML_ERROR_SYNTAX:
-        return "This is not well-formed XML: nothing of this kind may stand here.";
+        return "This is not well-formed XML: this is not allowed here.";
     case XML_ERROR_UNCLOSED_TOKEN:
         return "The file ends inside a tag, comment or reference that starts here.";
     case XML_ERROR_PARTIAL_CHAR:
@@ -66,7 +66,7 @@ std::string problemInWords(XML_Error code, bool hasElement) {
     case XML_ERROR_ATTRIBUTE_EXTERNAL_ENTITY_REF:
         return "An attribute refers to an external entity.";
     case XML_ERROR_MISPLACED_XML_PI:
-        return "The XML declaration does not stand at the very start of the file.";
+        return "The XML declaration is not at the very start of the file.";
     case XML_ERROR_AMPLIFICATION_LIMIT_BREACH:
         return "Its entities expand to far more text than a model can need.";
     default:

@@ -73,7 +73,7 @@ void OptionalDateEdit::layOut() {
     m_field->setKeyboardTracking(false);
     m_field->setDateTimeRange(earliest(), latest());
     m_meaning->setObjectName("startDayMeaning");
-    m_meaning->setToolTip(tr("The day's number in its year, with which results begin, and the time zone"));
+    m_meaning->setToolTip(tr("The day's number in the year, at which the results begin, and the time zone"));
     setFocusPolicy(Qt::StrongFocus); // for the key of its label
 }
 

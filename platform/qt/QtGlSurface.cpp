@@ -38,11 +38,11 @@ void QtGlSurface::setApplicationFormat(const GlPixelFormat& format) {
 std::string QtGlSurface::whyUnavailable() {
     QOpenGLContext context;
     if (!context.create()) {
-        return "This display has no OpenGL, which drawing plots needs.";
+        return "This display has no OpenGL, which is needed to draw plots.";
     }
     const QSurfaceFormat got = context.format();
     if (got.renderableType() == QSurfaceFormat::OpenGLES || got.version() < qMakePair(2, 1)) {
-        return "This display has no OpenGL 2.1, which drawing plots needs.";
+        return "This display has no OpenGL 2.1, which is needed to draw plots.";
     }
     return {};
 }

@@ -59,7 +59,7 @@ std::string failureText(const QDBusError& error, std::chrono::milliseconds timeo
     case QDBusError::UnknownObject:
     case QDBusError::UnknownInterface:
     case QDBusError::InvalidSignature:
-        return "It does not know the call importWaves. Its version may not fit.";
+        return "It does not know the call importWaves. It may be the wrong version.";
     default:
         if (error.name() == "org.freedesktop.DBus.Error.NameHasNoOwner") return "It is not running any more.";
         return escapedForLine(error.name().toStdString() + ": " + error.message().toStdString());
