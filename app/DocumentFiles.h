@@ -37,7 +37,7 @@ public:
     void save(Answer done); // an untitled document asks for a name
     void saveAs(Answer done);
     void revert();
-    /// Claims the file that was read, and says so when another Orrery has it open or when it is no setup.
+    /// Claims the file that was read, and says so when another Orrery has it open or when it is not a setup.
     void tellOfFile();
 
     /// Neither unsaved changes nor a run would be lost.

@@ -30,7 +30,7 @@ private:
     void nameSteps();
     void focusChanged(QWidget* now);
     void addSelectedPorts(PortList list);
-    /// Which way all selected nodes face; nothing when they do not agree, or when one is no port.
+    /// Which way all selected nodes face; nothing when they do not agree, or when one is not a port.
     [[nodiscard]] std::optional<PortDirection> selectedDirection() const;
     void moveRows(int direction);
     void removeRows();

@@ -36,7 +36,7 @@ QString shownNameAndFolder(const std::string& path) {
 }
 
 bool isSameFile(const std::string& path, const std::string& other) {
-    std::error_code ignored; // what is not there is no other file either
+    std::error_code ignored; // what is not there is not another file either
     return absolutePath(path) == absolutePath(other) || std::filesystem::equivalent(path, other, ignored);
 }
 

@@ -20,7 +20,7 @@ constexpr int largest = 36;
 int logFontSize(const UserDefaults& defaults) {
     int points = QFontInfo(QFontDatabase::systemFont(QFontDatabase::FixedFont)).pointSize();
     const std::string text = defaults.stringForKey(key).value_or("");
-    std::from_chars(text.data(), text.data() + text.size(), points); // leaves the size where the text is no number
+    std::from_chars(text.data(), text.data() + text.size(), points); // leaves the size where the text is not a number
     return std::clamp(points, smallest, largest);
 }
 

@@ -31,7 +31,7 @@ constexpr std::array classWords = {
     ClassWord{"KSRANDOM", QT_TRANSLATE_NOOP("ModelOutline", "random numbers")},
 };
 
-constexpr std::size_t longestValue = 200; // a tool tip is no text view
+constexpr std::size_t longestValue = 200; // a tool tip is not a text view
 constexpr std::size_t mostRows = 24;
 
 QString valueForTip(std::string_view value) {

@@ -4,8 +4,8 @@
 
 namespace orrery {
 
-/// A field for one number, with a decimal point in every locale. What is no number is refused with the reason, and the
-/// field shows its number again. Signals come from the user alone.
+/// A field for one number, with a decimal point in every locale. What is not a number is refused with the reason, and
+/// the field shows its number again. Signals come from the user alone.
 class NumberField : public QLineEdit {
     Q_OBJECT
 

@@ -6,7 +6,7 @@
 
 namespace orrery {
 
-/// What is wrong with a setup, a line each: the line leads to its place, and what would mend it stands behind it.
+/// What is wrong with a setup, a line each: the line leads to its place, and what would mend it comes after it.
 /// Tab goes from link to link, Return follows one. As high as its text, up to some lines; then it scrolls.
 class ProblemsView : public QTextBrowser {
     Q_OBJECT

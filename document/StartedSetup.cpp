@@ -18,7 +18,7 @@ namespace orrery {
 
 namespace {
 
-/// As bits, since a step may be no number.
+/// As bits, since a step may not be a number.
 bool isSameAxis(const IndependentVariable& one, const IndependentVariable& other) {
     const auto bits = [](float value) { return std::bit_cast<std::uint32_t>(value); };
     return one.name() == other.name() && bits(one.start()) == bits(other.start()) &&

@@ -14,7 +14,7 @@ namespace orrery {
 class StartedSetup {
 public:
     StartedSetup() = default; // nothing is known
-    /// Reads the setup file now. One that cannot be read, or is no setup, leaves nothing known but why.
+    /// Reads the setup file now. One that cannot be read, or is not a setup, leaves nothing known but why.
     explicit StartedSetup(const std::string& path);
 
     /// The grid that ran; none where it is not known.

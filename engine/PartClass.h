@@ -21,7 +21,7 @@ enum class PartClass {
 /// Whether the output is computed by a rule or a rate; otherwise it passes an input of its part on.
 [[nodiscard]] bool isComputed(const NetworkPart& part, const NetworkPort& output);
 
-/// What an output or part is called in messages: port "/Field/Crop/biomass", or with the attribute behind it.
+/// What an output or part is called in messages: port "/Field/Crop/biomass", or with the attribute after it.
 [[nodiscard]] std::string portLabel(const NetworkPort& port, std::string_view attribute = {});
 [[nodiscard]] std::string partLabel(const NetworkPart& part, std::string_view attribute = {});
 

@@ -25,7 +25,7 @@ public:
     /// Carries every cell on to the row of that day index.
     /// @param onStep called after each time step of a cell; what it throws passes through
     /// @return the watched values, those of all cells of a port together
-    /// @throws OrreryError naming a port whose value is no finite number any more
+    /// @throws OrreryError naming a port whose value is no longer a finite number
     std::span<const double> report(std::uint32_t dayIndex, const std::function<void()>& onStep);
 
     [[nodiscard]] std::vector<std::string> notes() const { return m_program.notes(); }

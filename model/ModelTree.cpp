@@ -11,7 +11,7 @@ namespace orrery {
 
 namespace {
 
-/// Hands the objects of a file to a builder. A file that is no whole XML document is told first, so what the builder
+/// Hands the objects of a file to a builder. A file that is not a whole XML document is told first, so what the builder
 /// finds wrong waits until the end.
 class BuildingHandler : public ModelObjectHandler {
 public:

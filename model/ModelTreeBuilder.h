@@ -99,7 +99,7 @@ private:
 
     ModelTree m_tree;                     // nodes of objects first, in their order, then the port groups
     std::vector<std::size_t> m_lines;     // of the objects' nodes
-    std::vector<Relationships> m_owners;  // of the objects that are no ports, in their order
+    std::vector<Relationships> m_owners;  // of the objects that are not ports, in their order
     std::vector<std::string> m_templates; // their identifiers
     IdentifierIndex<IdentifierOf> m_nodeOfIdentifier{{&m_tree}};
     std::string m_rootIdentifier;

@@ -50,7 +50,7 @@ struct DropDecision {
 [[nodiscard]] Entry newEntry(PortList list);
 
 /// Puts a dropped port into the list: on a row it becomes that entry's port path, above a row a new entry is inserted
-/// there, behind the last one it is appended.
+/// there, after the last one it is appended.
 void dropPort(EntryList& entries, std::string portPath, std::size_t row, DropOperation operation);
 
 /// Moves the rows (ascending, each once, within the list) to just above `row`, as one block in their old order.

@@ -34,7 +34,7 @@ const ModelNode* portNamed(const ModelNode& owner, PortDirection direction, std:
     return nullptr;
 }
 
-/// What is left of the path behind the node's name and a slash; std::nullopt when it does not begin so. A name may
+/// What is left of the path after the node's name and a slash; std::nullopt when it does not begin so. A name may
 /// hold slashes itself.
 std::optional<std::string_view> behindName(std::string_view path, const ModelNode& node) {
     const std::string_view name = node.name();

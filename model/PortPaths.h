@@ -23,10 +23,10 @@ struct PortReference {
     PortDirection direction = PortDirection::Input;
 };
 
-/// std::nullopt when the node is no port in an "inputs" or "outputs" group.
+/// std::nullopt when the node is not a port in an "inputs" or "outputs" group.
 [[nodiscard]] std::optional<PortDirection> portDirection(const ModelNode& node);
 
-/// How setups name a port; std::nullopt when the node is no port in an "inputs" or "outputs" group.
+/// How setups name a port; std::nullopt when the node is not a port in an "inputs" or "outputs" group.
 [[nodiscard]] std::optional<PortReference> portReference(const ModelNode& node);
 
 /// The port of that path, found by name from the root down; nullptr when there is none. A path without the leading

@@ -37,7 +37,7 @@ void awaitNewStamp(const FileIdentity& identity);
 /// A file opened for reading without blocking on a FIFO or device: only regular files are taken. Move-only.
 class ReadableFile {
 public:
-    /// @throws OrreryError naming the path and the system's reason, or that it is no regular file
+    /// @throws OrreryError naming the path and the system's reason, or that it is not a regular file
     explicit ReadableFile(const std::string& path);
     ReadableFile(ReadableFile&& other) noexcept;
     ReadableFile& operator=(ReadableFile&& other) noexcept;
@@ -45,7 +45,7 @@ public:
     ReadableFile& operator=(const ReadableFile&) = delete;
     ~ReadableFile();
 
-    /// Up to `capacity` bytes from `offset`, fewer only at the end of the file, 0 behind it. Interrupted and short
+    /// Up to `capacity` bytes from `offset`, fewer only at the end of the file, 0 beyond it. Interrupted and short
     /// reads are carried on.
     /// @throws OrreryError naming the path, the position and the system's reason
     std::size_t readAt(char* buffer, std::size_t capacity, std::uint64_t offset) const;

@@ -38,7 +38,7 @@ class LogSearch {
 public:
     enum class State { Running, Found, NotFound };
 
-    /// Forward, the first match that begins at or behind `start`; backward, the last one that begins before it.
+    /// Forward, the first match that begins at or after `start`; backward, the last one that begins before it.
     LogSearch(const LogText& text, LogPattern pattern, std::uint64_t start, SearchDirection direction);
 
     /// Looks at up to 1 MB more.

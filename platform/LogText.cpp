@@ -75,7 +75,7 @@ std::uint64_t LogText::firstRow() const {
 /// Where the row ends, once that is certain. There is no line end between its begin and `searched`.
 std::optional<LogText::Break> LogText::breakOf(std::uint64_t rowBegin, std::uint64_t searched) const {
     const std::uint64_t limit = rowBegin + longestRow;
-    const std::uint64_t last = std::min(limit + 1, end()); // a line end right behind a full row belongs to it
+    const std::uint64_t last = std::min(limit + 1, end()); // a line end right after a full row belongs to it
     const auto lineFeed = find('\n', searched, last);
     const auto carriageReturn = find('\r', searched, lineFeed.value_or(last));
     if (carriageReturn) {

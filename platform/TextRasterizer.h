@@ -22,7 +22,7 @@ class TextRasterizer {
 public:
     virtual ~TextRasterizer() = default;
     /// One line of UTF-8 text on opaque black, as large as the text measures and without a margin; every alpha is 255.
-    /// A text wider than `maxWidth` pixels is shortened in the middle, what is behind its last slash kept whole where
+    /// A text wider than `maxWidth` pixels is shortened in the middle, what is after its last slash kept whole where
     /// that fits. Control characters are shown as blanks.
     [[nodiscard]] virtual Pixels rasterize(std::string_view text, const TextAttributes& attributes, int maxWidth) = 0;
 };

@@ -9,7 +9,7 @@ namespace orrery {
 /// Whether the bytes are well-formed UTF-8 (no overlong forms, no surrogates, nothing above U+10FFFF).
 [[nodiscard]] bool isValidUtf8(std::string_view bytes);
 
-/// The code point that starts at `position`, which moves behind it. A malformed sequence gives U+FFFD and moves over
+/// The code point that starts at `position`, which moves past it. A malformed sequence gives U+FFFD and moves over
 /// its longest well-formed beginning, at least one byte.
 [[nodiscard]] char32_t nextCodePoint(std::string_view utf8, std::size_t& position);
 

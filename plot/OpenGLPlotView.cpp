@@ -297,7 +297,7 @@ void OpenGLPlotView::drawLabel(std::size_t index, float x, float y, float z) {
     }
 }
 
-/// Whether the range has a colour and lies within the plot, so that GL never reads behind its end.
+/// Whether the range has a colour and lies within the plot, so that GL never reads past its end.
 bool OpenGLPlotView::drawable(std::size_t index) const {
     const VertexRange& range = m_ranges[index];
     const std::uint64_t end = std::uint64_t{range.first} + range.count;

@@ -52,7 +52,7 @@ void noteOtherVariables(const Names& labels, const HeaderExpectation& expected, 
                                 listedForMessage(known), listedForMessage(wanted)));
 }
 
-/// Labels that are dropped move the responses behind them up: the first that moves shows by example what that means.
+/// Labels that are dropped move the responses after them up: the first that moves shows by example what that means.
 void noteDroppedLabels(const ResponseVariables& matched, const PortsByName& ports, Names& notes) {
     Names dropped;
     std::string example;

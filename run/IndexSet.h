@@ -9,7 +9,7 @@
 namespace orrery {
 
 /// Index of the value at which the variable is held: (constant − start) ÷ step truncated toward zero in single
-/// precision, then kept within 0 … stridesPerCycle − 1 (0 when it is no number).
+/// precision, then kept within 0 … stridesPerCycle − 1 (0 when it is not a number).
 [[nodiscard]] std::uint32_t heldIndex(const IndependentVariable& variable);
 
 /// The constant that holds the variable at the value of that index: the value itself, or the next number that heldIndex

@@ -33,7 +33,7 @@ bool isNumber(std::string_view text) {
     return scanned.length > 0 && scanned.length == text.size() && std::isfinite(scanned.value);
 }
 
-/// What was perhaps meant by a text that is no number: one with braces around it, or with a decimal comma.
+/// What was perhaps meant by a text that is not a number: one with braces around it, or with a decimal comma.
 std::string meantNumber(std::string_view text) {
     std::string meant(withoutBraces(text));
     if (std::ranges::count(meant, ',') == 1) std::ranges::replace(meant, ',', '.');
@@ -44,7 +44,7 @@ std::string quoted(std::string_view text) {
     return "\"" + quotedForMessage(std::string(text)) + "\"";
 }
 
-/// Takes a number and what may stand behind it off the text.
+/// Takes a number and what may stand after it off the text.
 bool takeNumber(std::string_view& text, std::string_view separators) {
     const ScannedFloat scanned = scanFloat(text);
     if (scanned.length == 0 || !std::isfinite(scanned.value)) return false;

@@ -7,7 +7,7 @@
 
 namespace orrery {
 
-/// Why a text is not the number or pair that it stands for, to be put behind the name of its place.
+/// Why a text is not the number or pair that it stands for, to be put after the name of its place.
 struct NumberFault {
     std::string words;  // "is empty and counts as 0"
     std::string mended; // the text that was perhaps meant; may be empty

@@ -39,7 +39,7 @@ struct ResponseVariables {
     std::vector<std::string> notes;          // what the user should know of the header, one line each
 };
 
-/// Pairs the recorders with the header's labels behind the `sweepVariableCount` + 1 leading ones, by the last part of
+/// Pairs the recorders with the header's labels after the `sweepVariableCount` + 1 leading ones, by the last part of
 /// their name (the later of two recorders of one name stands for all labels of that name). A label without a recorder
 /// is dropped.
 /// @param fileName for messages only
@@ -49,7 +49,7 @@ struct ResponseVariables {
                                                        std::size_t sweepVariableCount, const std::string& fileName);
 
 /// Reads the header of the table at the path, matches, and notes what is odd about it.
-/// @throws OrreryError when the table cannot be opened (see ResultTableMissing), is no text (UTF-16, binary), or its
+/// @throws OrreryError when the table cannot be opened (see ResultTableMissing), is not text (UTF-16, binary), or its
 ///         header has too few labels
 [[nodiscard]] ResponseVariables constructDependentVariables(const ModelTree& tree,
                                                             std::span<const IndependentVariable> sweepVariables,

@@ -39,14 +39,14 @@ struct TableShape {
 inline constexpr float noMaximum = -2147483648.0F;
 
 struct ResultTable {
-    CellBlock cells;                      // row-major, rows × columns; 0 where there was no number
+    CellBlock cells;                      // row-major, rows × columns; 0 where there was not a number
     std::vector<float> maxima;            // per column, noMaximum at least
     std::uint32_t rowsFound = 0;          // rows of the table that were there, whole
     std::uint64_t cellsWithoutNumber = 0; // in the rows found
     std::uint32_t firstRowWithout = 0;    // the first such row, counted from 0
     std::uint64_t infiniteCells = 0;      // numbers beyond the range of a single
     std::uint32_t firstInfiniteRow = 0;   // the first row with one, counted from 0
-    std::uint64_t rowsBeyond = 0;         // behind the last that was taken; not read
+    std::uint64_t rowsBeyond = 0;         // after the last that was taken; not read
     bool lastLineUnterminated = false;    // the last row taken has no line end
 
     /// What the user should know, one sentence each ("12 of 100 rows …"); empty when the table was as promised.

@@ -44,7 +44,7 @@ bool isDigit(char c) {
 constexpr std::size_t longestPlainNumber = 40; // bytes that the plain road may look at from a number's start
 constexpr unsigned plainDigits = 18;           // so many never overflow 64 bits; more are counted and refused
 
-constexpr int largestPower = 22; // beyond it a power of ten is no exact double
+constexpr int largestPower = 22; // beyond it a power of ten is not an exact double
 
 constexpr std::array<double, largestPower + 1> powersOfTen = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
                                                               1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
@@ -88,7 +88,7 @@ unsigned takeDigits(const char* text, std::uint64_t& number) {
     return count;
 }
 
-/// Takes the exponent behind an "e" or "E", up to two digits with or without a sign. Returns its length.
+/// Takes the exponent after an "e" or "E", up to two digits with or without a sign. Returns its length.
 std::size_t takeExponent(const char* text, int& exponent) {
     const bool negative = *text == '-';
     const std::size_t sign = negative || *text == '+' ? 1 : 0;

@@ -7,7 +7,7 @@
 
 namespace orrery {
 
-/// The text of one row behind its leading fields, without its line feed. Nothing is owned.
+/// The text of one row after its leading fields, without its line feed. Nothing is owned.
 struct RowText {
     const char* begin = nullptr;
     const char* end = nullptr;
@@ -42,7 +42,7 @@ struct ScannedCell {
 [[nodiscard]] std::optional<float> nearestSingle(std::uint64_t number, int power);
 
 /// Passes over up to `fields` tokens without white space, white space (line feeds included) before each. Counts
-/// `fields` down by the tokens passed and returns where it stopped: behind the last token, or `end`.
+/// `fields` down by the tokens passed and returns where it stopped: after the last token, or `end`.
 [[nodiscard]] const char* passOverFields(const char* begin, const char* end, std::size_t& fields);
 
 } // namespace orrery

@@ -35,7 +35,7 @@ struct SetupProblems {
     void add(const Make& problem) {
         shown.size() < mostShown ? shown.push_back(problem()) : void(++more);
     }
-    /// Adds another's problems behind these.
+    /// Adds another's problems after these.
     void append(SetupProblems others);
     /// "and 12 more problems"; empty where all are shown.
     [[nodiscard]] std::string moreWords() const;

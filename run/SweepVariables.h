@@ -33,7 +33,7 @@ struct SweepGrid {
 [[nodiscard]] double stepperCount(float start, float stop, float step);
 [[nodiscard]] double dayCount(const SetupDictionary& setup);
 
-/// Why a stepper has no values, to be put behind its name.
+/// Why a stepper has no values, to be put after its name.
 [[nodiscard]] std::string noValuesWords(float start, float stop, float step);
 
 /// A sentence about a setting.

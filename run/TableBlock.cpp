@@ -44,7 +44,7 @@ BorderCounts TableBlock::indexBorders(const TableKernels& kernels) {
     return kernels.findBorders(m_text, m_borders.get() + 1);
 }
 
-/// Whether every line has as many tokens as a row has fields and values, one white-space character behind each.
+/// Whether every line has as many tokens as a row has fields and values, one white-space character after each.
 bool TableBlock::isRegular(const BorderCounts& counts, std::size_t tokens) const {
     if (tokens == 0 || counts.neighbours || counts.borders != counts.lineFeeds * tokens) {
         return false;

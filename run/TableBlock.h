@@ -29,8 +29,8 @@ public:
     [[nodiscard]] std::string_view text() const { return {m_buffer.data() + tableSlack, m_size}; }
     [[nodiscard]] bool atEnd() const { return m_atEnd; }
 
-    /// Finds the rows that end in the lines behind their first `begin` bytes, at most `most`. A row has `leadingFields`
-    /// fields, on as many lines as they take, and the values behind the last one on its line. `fieldsLeft` tells how
+    /// Finds the rows that end in the lines after their first `begin` bytes, at most `most`. A row has `leadingFields`
+    /// fields, on as many lines as they take, and the values after the last one on its line. `fieldsLeft` tells how
     /// many of the first row's fields are still to come, and in the end how many of the row that was begun last.
     struct RowSearch {
         std::size_t leadingFields;

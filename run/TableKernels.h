@@ -9,7 +9,7 @@ namespace orrery {
 /// A piece of a table's text in memory, all whole lines, and where its white space stands. Nothing is owned.
 ///
 /// Text and borders have room around them: `tableSlack` bytes may be read on either side of the text, and as many
-/// borders written behind the last one.
+/// borders written after the last one.
 struct TableText {
     const char* base = nullptr; // all positions count from here
     std::uint32_t begin = 0;    // tableSlack at least

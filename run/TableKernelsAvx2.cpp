@@ -90,7 +90,7 @@ alignas(32) constexpr std::array<std::uint8_t, 32> keepLast = {
     0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF};
 
 /// Row n closes the gap of the point at byte n by moving up all before it; row 16 is for no point. A point at the end,
-/// which may be all there is, stays, and the token is no simple one.
+/// which may be all there is, stays, and the token is not a simple one.
 constexpr std::array<Bytes16, longestToken + 1> makeGapClosers() {
     std::array<Bytes16, longestToken + 1> rows{};
     for (std::uint8_t point = 0; point <= longestToken; ++point) {
@@ -199,7 +199,7 @@ ORRERY_AVX2_INLINE unsigned nonZeroHalves(__m256i halves) {
 }
 
 /// Takes four tokens of the right length as numbers. Returns one bit for each that is none of the simple kind or whose
-/// nearest single cannot be proved; its cell is of no account.
+/// nearest single cannot be proved; its cell does not count.
 ORRERY_AVX2_INLINE unsigned takeFour(Token a, Token b, Token c, Token d, float* cells) {
     __m256i ab = charactersOf(a, b);
     __m256i cd = charactersOf(c, d);
@@ -272,7 +272,7 @@ ORRERY_AVX2 bool takeExponentToken(const char* begin, const char* end, float& va
 /// for the one before.
 struct RowCursor {
     const char* at;
-    const std::uint32_t* border; // the first at or behind `at`
+    const std::uint32_t* border; // the first at or after `at`
 };
 
 /// Behind the border, unless it is the line feed that ends the row, which is never passed.
@@ -287,7 +287,7 @@ struct ExactCell {
     bool found;
 };
 
-/// A cell by the exact road, and on to the token behind it where what is left between makes no difference.
+/// A cell by the exact road, and on to the token after it where what is left between makes no difference.
 [[gnu::noinline]] ExactCell takeCellExactly(const TableText& text, RowCursor row, const std::uint32_t* last) {
     const ScannedCell cell = scanCell({row.at, text.base + *last, text.base + text.end + tableSlack});
     row.at = cell.end;
@@ -300,7 +300,7 @@ struct ExactCell {
     return {row, cell.value, cell.found};
 }
 
-/// Takes those of the next tokens whose bit is set in `left`, and stops at one that is no number with or without an
+/// Takes those of the next tokens whose bit is set in `left`, and stops at one that is not a number with or without an
 /// exponent. Returns how many of `count` it has passed.
 [[gnu::noinline]] std::size_t takeOneByOne(const char* base, const char* at, const std::uint32_t* border, unsigned left,
                                            std::size_t count, float* cells) {

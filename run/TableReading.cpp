@@ -44,8 +44,8 @@ void raiseMaxima(std::span<float> maxima, std::span<const float> cells) {
     }
 }
 
-/// Whether a cell is no finite number. Zero times a finite number is zero, and what is not stays in its sum; four cells
-/// in one register, this is a hundredth of what reading them takes.
+/// Whether a cell is not a finite number. Zero times a finite number is zero, and what is not stays in its sum; four
+/// cells in one register, this is a hundredth of what reading them takes.
 bool holdsInfinite(std::span<const float> cells) {
     using Four = float __attribute__((vector_size(16)));
     constexpr std::size_t together = 8;
@@ -205,7 +205,7 @@ void TableReading::fill(Worker& worker) const {
     worker.mayBeInfinite = worker.mayBeInfinite || holdsInfinite(worker.cells);
 }
 
-// ---- Row by row: what is no whole line, and lines that are too long for an index
+// ---- Row by row: what is not a whole line, and lines that are too long for an index
 
 /// Takes rows of whole lines, or of the table's last line, which may lack its line feed. Returns where in the text it
 /// stopped.
@@ -288,7 +288,7 @@ void TableReading::countRowsBeyond(TableBlock& block) {
     for (bool more = m_row == m_shape.rows; more;) {
         block.read(m_bytes, m_rowsEnd, longestLine);
         more = !block.lines().empty();
-        if (!more && !block.atEnd()) return; // a line without an end is no row
+        if (!more && !block.atEnd()) return; // a line without an end is not a row
         std::string_view text = more ? block.lines() : block.text();
         m_rowsEnd += text.size();
         if (!m_headerPassed) {

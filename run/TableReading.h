@@ -34,7 +34,7 @@ private:
         TableBlock block;
         std::uint32_t firstRow = 0; // of the block
         std::span<float> cells;     // of its rows
-        std::uint64_t position = 0; // behind the block
+        std::uint64_t position = 0; // after the block
         std::vector<float> maxima;
         std::uint64_t cellsWithout = 0;
         std::uint32_t firstRowWithout = 0;
@@ -65,7 +65,7 @@ private:
     std::mutex m_mutex;           // for all below, until the threads have ended
     ResultTable m_table;          // maxima: of the rows that were taken plainly
     std::uint64_t m_position = 0; // of the first byte that belongs to no block taken so far
-    std::uint64_t m_rowsEnd = 0;  // behind the last row taken
+    std::uint64_t m_rowsEnd = 0;  // after the last row taken
     std::uint32_t m_row = 0;      // the row that is taken next
     std::size_t m_fieldsLeft;     // of its leading fields, which may stand on several lines
     bool m_headerPassed = false;

@@ -8,7 +8,7 @@
 
 namespace orrery {
 
-/// What a file of that mode (of struct stat) is when it is no regular file: "a directory", "a named pipe", …
+/// What a file of that mode (of struct stat) is when it is not a regular file: "a directory", "a named pipe", …
 [[nodiscard]] std::string fileKind(unsigned mode);
 
 /// As readWholeFile.

@@ -56,7 +56,7 @@ std::string systemFile(const std::string& path) {
     return text;
 }
 
-/// The number behind the label at the start of a line ("" means the first number); std::nullopt when there is none.
+/// The number after the label at the start of a line ("" means the first number); std::nullopt when there is none.
 std::optional<std::uint64_t> numberAfter(std::string_view text, std::string_view label) {
     while (!text.empty() && !text.starts_with(label))
         text.remove_prefix(std::min(text.find('\n'), text.size() - 1) + 1);

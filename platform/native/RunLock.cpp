@@ -62,7 +62,7 @@ FileDescriptor openOwnDirectory(const std::string& path) {
 }
 
 /// Two lines: the process with its run's number, and what it runs. They help whoever waits, so a failure to write them
-/// is no fault.
+/// is not a fault.
 void writeHolder(int descriptor, const RunLock::Holder& holder) {
     const std::string text = fmt::format("{} {}\n{}", holder.processId, holder.run, holder.description);
     const bool written = ftruncate(descriptor, 0) == 0 &&

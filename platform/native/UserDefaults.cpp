@@ -17,7 +17,7 @@ constexpr std::uint64_t largestFile = 1U << 20U;
 
 using Values = std::map<std::string, std::string>;
 
-/// The file's values; std::nullopt when it is there but is no object of texts.
+/// The file's values; std::nullopt when it is there but is not an object of texts.
 std::optional<Values> readValues(const std::string& path) {
     if (!fileExists(path)) return Values();
     try {

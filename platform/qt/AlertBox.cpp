@@ -47,7 +47,7 @@ std::size_t escapeNumber(const AlertText& alert) {
     return static_cast<std::size_t>(cancel - alert.buttons.begin()) - (cancel == alert.buttons.end() ? 1 : 0);
 }
 
-/// Lets a line break within words that fill a line, a path's behind its slashes.
+/// Lets a line break within words that fill a line, a path's after its slashes.
 QString breakable(QString text) {
     static const QRegularExpression longWord(QString("\\S{%1,}").arg(widestInCharacters));
     static const QRegularExpression places("(/|[^\\s/]{32})");

@@ -15,7 +15,7 @@ struct LogCell {
     char32_t shown = 0; // what stands for it: control and direction characters become visible ones
 };
 
-/// The row's characters as they are shown, up to the first one at or behind `endColumn`.
+/// The row's characters as they are shown, up to the first one at or after `endColumn`.
 [[nodiscard]] std::vector<LogCell> cellsOfRow(std::string_view utf8, int endColumn);
 
 } // namespace orrery

@@ -15,7 +15,7 @@
 
 namespace orrery {
 
-/// Where a search begins: behind the selection, before it, or at its begin again while the text to find is being typed.
+/// Where a search begins: after the selection, before it, or at its begin again while the text to find is being typed.
 enum class FindStart { Next, Previous, Here };
 
 /// The engine's text in a monospaced font, read-only and made for gigabytes, of which most lie on the disk: an append

@@ -9,7 +9,7 @@
 namespace orrery {
 namespace {
 
-/// Qt warns on standard error about a locale whose encoding is not UTF-8, which is no matter of ours.
+/// Qt warns on standard error about a locale whose encoding is not UTF-8, which is no concern of ours.
 std::unique_ptr<QCoreApplication> makeApplication(int& argumentCount, char** arguments) {
     const QtMessageHandler before = qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
     auto application = std::make_unique<QCoreApplication>(argumentCount, arguments);

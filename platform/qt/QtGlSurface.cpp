@@ -50,7 +50,7 @@ std::string QtGlSurface::whyUnavailable() {
 QtGlSurface::QtGlSurface(QWidget* parent) : QOpenGLWidget(parent) {}
 
 QtGlSurface::~QtGlSurface() {
-    disconnect(m_contextGoes); // the base's end destroys the context, when this is no surface any more
+    disconnect(m_contextGoes); // the base's end destroys the context, when this is no longer a surface
     if (isValid()) {
         QOpenGLWidget::makeCurrent();
     }

@@ -8,7 +8,7 @@
 namespace orrery {
 
 /// The heights of one curve or surface: a column's values at the grid points times a factor. Nothing is owned.
-/// A row behind the end of the row list or of the cells is never read; its value counts as 0.
+/// A row beyond the end of the row list or of the cells is never read; its value counts as 0.
 class Heights {
 public:
     Heights(std::span<const float> cells, std::size_t columns, std::size_t column, std::span<const std::uint32_t> rows,

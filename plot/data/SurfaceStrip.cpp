@@ -122,8 +122,8 @@ bool unitNormals(const Vectors& a, const Vectors& b, Vectors& unit) {
                                       _mm_cmplt_ps(squared, _mm_set1_ps(greatestSquared)))) == 0xF;
 }
 
-/// A vector in three lanes of eight, from the lane on that it has in a vertex: a normal in front, a position behind it.
-/// What the other lanes hold is of no account.
+/// A vector in three lanes of eight, from the lane on that it has in a vertex: a normal in front, a position after it.
+/// What the other lanes hold does not count.
 template <std::size_t Lane>
 struct alignas(32) Lanes {
     static constexpr std::size_t lane = Lane;
@@ -168,7 +168,7 @@ public:
         m_far[cells].set(fourOf({strip.x1, strip.y1[begin + cells], strip.z[begin + cells]}));
     }
 
-    /// Writes a cell and up to two floats behind it.
+    /// Writes a cell and up to two floats after it.
     void write(std::size_t k, float* out) const {
         const Four first = m_first[k].get();
         const Four second = m_second[k].get();
@@ -189,7 +189,7 @@ public:
         _mm_storeu_ps(out + 33, m_far[k].get());
     }
 
-    /// The same with half the stores, each of one vertex; the two lanes behind it are written over by the next.
+    /// The same with half the stores, each of one vertex; the two lanes after it are written over by the next.
     [[gnu::target("avx")]] void writeByAvx(std::size_t k, float* out) const {
         const __m256 first = _mm256_load_ps(m_first[k].values.data());
         const __m256 second = _mm256_load_ps(m_second[k].values.data());
@@ -242,7 +242,7 @@ private:
     Normal m_second[most];
 };
 
-/// Writes the cells `first` … `last` − 1 of a piece from `out` on, and up to `writtenBehind` floats behind them.
+/// Writes the cells `first` … `last` − 1 of a piece from `out` on, and up to `writtenBehind` floats after them.
 using CellWriter = void (*)(const Piece& piece, std::size_t first, std::size_t last, float* out);
 constexpr std::size_t writtenBehind = 2;
 
@@ -258,7 +258,7 @@ void writeCells(const Piece& piece, std::size_t first, std::size_t last, float* 
     }
 }
 
-/// Writes the piece into its place. What comes behind the last piece of a strip may be another thread's.
+/// Writes the piece into its place. What comes after the last piece of a strip may be another thread's.
 void writeInPlace(const Piece& piece, std::size_t cells, bool isLast, CellWriter write, float* out) {
     write(piece, 0, isLast ? cells - 1 : cells, out);
     if (isLast) {

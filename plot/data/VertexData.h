@@ -67,7 +67,7 @@ inline constexpr const char* smallerPlotRemedy =
 
 /// Curves: x, y, z = 0 per vertex, one polyline of xEdges vertices per included response variable.
 /// x = i ÷ (xEdges ÷ 2) − 1, y = value × scale × 2 ÷ M − 1, in the precision and order that the functions state.
-/// A row behind the end of the row list or of the block is never read; its value counts as 0.
+/// A row beyond the end of the row list or of the block is never read; its value counts as 0.
 /// The pieces must hold exactly the layout's vertices, in order, and are only written.
 /// @throws AssertionFailure "Inconsistent float count" when the layout's count of surfaces is not that of `responses`
 /// @throws BuildCancelled

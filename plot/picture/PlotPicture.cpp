@@ -14,7 +14,7 @@ namespace orrery {
 
 namespace {
 
-/// Applied behind the build, which may reset the camera.
+/// Applied after the build, which may reset the camera.
 void applyRequest(const PlotPictureRequest& request, PlotView& view) {
     view.camera().viewPos = request.eye.value_or(view.camera().viewPos);
     view.camera().viewDir = request.lookAt.value_or(view.camera().viewDir);
