@@ -10,6 +10,7 @@
 #include "app/Scrollable.h"
 #include "app/ShowPlace.h"
 #include "app/UndoPassThrough.h"
+#include "document/setup/SetupForm.h"
 #include "platform/qt/OptionalDateEdit.h"
 #include "platform/qt/QtText.h"
 #include "ui_MainMenu.h"
@@ -42,12 +43,12 @@ private:
 } // namespace
 
 SetupTab::SetupTab(MyDocument& document, Ui::MyDocument& ui, Ui::MainMenu& menu)
-    : m_document(document), m_ui(ui),
-      m_outline(std::make_unique<ModelOutlet>(ui)), m_settings{{setup_key::runLength, ui.runLength},
-                                                               {setup_key::stepsPerDay, ui.stepsPerDay},
-                                                               {setup_key::reportStep, ui.reportStep},
-                                                               {setup_key::dimensions, ui.dimensions},
-                                                               {setup_key::gcd, ui.gcd}} {
+    : m_document(document), m_ui(ui), m_outline(std::make_unique<ModelOutlet>(ui)) {
+    for (const setup_form::Setting& setting : setup_form::settings) {
+        if (setting.kind == setup_form::Kind::ModelPath) continue; // chosen, not typed
+        auto* field = ui.setupTab->findChild<QLineEdit*>(qtText(setting.key));
+        if (field != nullptr) m_settings.push_back({setting.key, field});
+    }
     m_ui.outlineView->setDocument(document);
     m_ui.outputTable->setDocument(document, PortList::Outputs);
     m_ui.inputTable->setDocument(document, PortList::Initializations);

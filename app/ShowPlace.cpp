@@ -1,7 +1,7 @@
 #include "app/ShowPlace.h"
 
 #include "app/PortTableView.h"
-#include "platform/qt/OptionalDateEdit.h"
+#include "platform/qt/QtText.h"
 #include "ui_MyDocument.h"
 
 #include <array>
@@ -16,17 +16,14 @@ struct Control {
 };
 
 QWidget* controlOf(const Ui::MyDocument& ui, std::string_view key) {
-    const std::array controls = {
-        Control{setup_key::modelPath, ui.selectModel}, // what is done about it
-        Control{setup_key::startDay, ui.startDay},       Control{setup_key::runLength, ui.runLength},
-        Control{setup_key::stepsPerDay, ui.stepsPerDay}, Control{setup_key::reportStep, ui.reportStep},
-        Control{setup_key::dimensions, ui.dimensions},   Control{setup_key::gcd, ui.gcd},
-        Control{setup_key::outputs, ui.outputTable},     Control{setup_key::initializations, ui.inputTable},
-        Control{setup_key::steppers, ui.stepperTable}};
+    const std::array controls = {Control{setup_key::modelPath, ui.selectModel}, // what is done about it
+                                 Control{setup_key::outputs, ui.outputTable},
+                                 Control{setup_key::initializations, ui.inputTable},
+                                 Control{setup_key::steppers, ui.stepperTable}};
     for (const Control& control : controls) {
         if (control.key == key) return control.widget;
     }
-    return nullptr;
+    return ui.setupTab->findChild<QWidget*>(qtText(key)); // a setting's
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "batch/Command.h"
 #include "batch/SetupFiles.h"
+#include "document/setup/SetupForm.h"
 #include "document/setup/SetupWriter.h"
 #include "model/ModelRecord.h"
 #include "model/PortLists.h"
@@ -12,9 +13,9 @@
 #include "run/SetupTrust.h"
 
 #include <CLI/CLI.hpp>
+#include <fmt/ranges.h>
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <memory>
 #include <optional>
@@ -35,8 +36,14 @@ struct NewOptions {
     std::vector<std::string> steppers;
 };
 
-constexpr std::array settableKeys{setup_key::startDay,   setup_key::stepsPerDay, setup_key::runLength,
-                                  setup_key::reportStep, setup_key::dimensions,  setup_key::gcd};
+/// What --set takes: all but the model, which has an option of its own.
+std::vector<std::string> settableKeys() {
+    std::vector<std::string> keys;
+    for (const setup_form::Setting& setting : setup_form::settings) {
+        if (setting.kind != setup_form::Kind::ModelPath) keys.emplace_back(setting.key);
+    }
+    return keys;
+}
 
 [[noreturn]] void refuse(const std::string& option, const std::string& text, const std::string& problem) {
     throw CLI::ValidationError(option, "'" + quotedForMessage(text) + "' " + problem);
@@ -65,10 +72,11 @@ std::optional<Date> dateOf(const std::string& text) {
 
 void applySetting(SetupDictionary& setup, const std::string& text) {
     const auto [key, value] = halves("--set", text, false, "KEY=VALUE");
-    if (std::ranges::find(settableKeys, key) == settableKeys.end()) {
-        refuse("--set", text, "has no key to set" + suggestion(key, {settableKeys.begin(), settableKeys.end()}));
+    const auto* setting = std::ranges::find(setup_form::settings, key, &setup_form::Field::key);
+    if (setting == setup_form::settings.end() || setting->kind == setup_form::Kind::ModelPath) {
+        refuse("--set", text, "has no key to set" + suggestion(key, settableKeys()));
     }
-    if (key == setup_key::startDay) {
+    if (setting->kind == setup_form::Kind::Date) {
         const auto date = dateOf(value);
         if (!date) {
             refuse("--set", text, "holds no date of the form yyyy-mm-dd or yyyy-mm-dd hh:mm:ss +hhmm");
@@ -76,7 +84,7 @@ void applySetting(SetupDictionary& setup, const std::string& text) {
         setup.setStartDay(date);
         return;
     }
-    if (key != setup_key::dimensions && key != setup_key::gcd && !isNumber(value)) {
+    if (setting->kind == setup_form::Kind::Number && !isNumber(value)) {
         refuse("--set", text, "holds no number");
     }
     setup.setText(key, value);
@@ -183,10 +191,10 @@ Action buildNewCommand(CLI::App& parser) {
     const auto options = std::make_shared<NewOptions>();
     parser.add_option("OUT", options->out, "The setup file to write; an old one is replaced whole")->required();
     parser.add_option("--model", options->model, "The model file")->required();
-    const auto add = [&](const char* name, std::vector<std::string>& texts, const char* help) {
+    const auto add = [&](const char* name, std::vector<std::string>& texts, const std::string& help) {
         parser.add_option(name, texts, help)->allow_extra_args(false);
     };
-    add("--set", options->settings, "KEY=VALUE: startDay, stepsPerDay, runLength, reportStep, dimensions or GCD");
+    add("--set", options->settings, "KEY=VALUE: " + fmt::format("{}", fmt::join(settableKeys(), ", ")));
     add("--output", options->outputs, "PORT or PORT=PATH: an output to record");
     add("--init", options->initializations, "PORT=VALUE: an input to set before the run");
     add("--step", options->steppers, "PORT=START:STEP:STOP: an input to sweep");

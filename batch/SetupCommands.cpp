@@ -2,25 +2,18 @@
 #include "batch/JsonWriter.h"
 #include "batch/Output.h"
 #include "batch/SetupFiles.h"
+#include "document/setup/SetupForm.h"
 #include "document/setup/SetupMove.h"
 #include "document/setup/SetupWriter.h"
-#include "platform/Date.h"
 #include "platform/Files.h"
 
 #include <CLI/CLI.hpp>
 
-#include <array>
 #include <memory>
 #include <string>
-#include <string_view>
 
 namespace orrery {
 namespace {
-
-constexpr std::array keysInOrder{setup_key::modelPath, setup_key::stepsPerDay, setup_key::startDay,
-                                 setup_key::runLength, setup_key::reportStep,  setup_key::dimensions,
-                                 setup_key::gcd,       setup_key::outputs,     setup_key::initializations,
-                                 setup_key::steppers};
 
 void writeEntries(JsonWriter& json, const EntryList& entries) {
     json.beginArray();
@@ -37,15 +30,14 @@ void writeEntries(JsonWriter& json, const EntryList& entries) {
 /// The dictionary under its own keys; an absent key is absent.
 void writeSetup(JsonWriter& json, const SetupDictionary& setup) {
     json.beginObject();
-    for (const std::string_view key : keysInOrder) {
-        if (const std::string* text = setup.text(key)) {
-            json.member(key, *text);
-        } else if (const EntryList* entries = setup.list(key)) {
-            json.key(key);
-            writeEntries(json, *entries);
-        } else if (key == setup_key::startDay && setup.startDay()) {
-            json.member(key, dateDescription(*setup.startDay()));
-        }
+    for (const setup_form::Setting& setting : setup_form::settings) {
+        if (setup.contains(setting.key)) json.member(setting.key, setup_form::settingText(setup, setting));
+    }
+    for (const setup_form::List& list : setup_form::lists) {
+        const EntryList* entries = setup.list(list.key);
+        if (entries == nullptr) continue;
+        json.key(list.key);
+        writeEntries(json, *entries);
     }
     json.endObject();
 }

@@ -1,6 +1,7 @@
 #include "document/MyDocument.h"
 
 #include "document/setup/ModelPath.h"
+#include "document/setup/SetupForm.h"
 #include "document/setup/SetupMove.h"
 #include "document/setup/SetupReader.h"
 #include "document/setup/SetupWriter.h"
@@ -22,12 +23,6 @@
 namespace orrery {
 
 namespace {
-
-constexpr std::initializer_list<std::string_view> observedWhenNew = {
-    setup_key::stepsPerDay, setup_key::modelPath, setup_key::dimensions, setup_key::runLength, setup_key::reportStep};
-constexpr std::initializer_list<std::string_view> observedWhenOpened = {setup_key::startDay,  setup_key::stepsPerDay,
-                                                                        setup_key::modelPath, setup_key::dimensions,
-                                                                        setup_key::runLength, setup_key::reportStep};
 
 // The interval is kept as a single-precision number of seconds, 0.01666666753590107.
 constexpr auto animationInterval =
@@ -56,7 +51,7 @@ MyDocument::~MyDocument() {
 
 void MyDocument::initWithType(std::string_view /*typeName*/) {
     if (!m_hasDictionary) setTheDictionary(defaultSetup());
-    observe(observedWhenNew);
+    observeSettings(false);
 }
 
 void MyDocument::setTheDictionary(SetupDictionary dictionary) {
@@ -70,9 +65,11 @@ void MyDocument::setTheDictionary(SetupDictionary dictionary) {
     setupChanged();
 }
 
-void MyDocument::observe(std::initializer_list<std::string_view> keys) {
-    for (const std::string_view key : keys) {
-        m_dictionary.addObserver(key, [this](std::string_view changed) { observeValueForKeyPath(changed); });
+void MyDocument::observeSettings(bool opened) {
+    for (const setup_form::Setting& setting : setup_form::settings) {
+        using setup_form::Counted;
+        if (setting.counted == Counted::Nowhere || (setting.counted == Counted::InOpenedOnes && !opened)) continue;
+        m_dictionary.addObserver(setting.key, [this](std::string_view changed) { observeValueForKeyPath(changed); });
     }
 }
 
@@ -110,7 +107,7 @@ bool MyDocument::loadDataRepresentation(std::string_view bytes, std::string_view
     if (!loaded.parsed) logLine(loaded.fault);
     m_isOurs = SetupTrust(m_services.userDefaults).knows(bytes);
     setTheDictionary(std::move(loaded.dictionary));
-    observe(observedWhenOpened);
+    observeSettings(true);
     return true;
 }
 

@@ -25,7 +25,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <initializer_list>
 #include <map>
 #include <memory>
 #include <optional>
@@ -304,7 +303,7 @@ private:
     void whileWaiting(const std::function<void(const ReadProgress&)>& work);
     void installTree(ModelTree tree, std::size_t recorders);
     void setupChanged();
-    void observe(std::initializer_list<std::string_view> keys);
+    void observeSettings(bool opened);
     KnownFile writeSetup(const SetupDictionary& setup, const std::string& path);
     void replaceModelPaths(const std::function<std::string(const std::string&)>& replacement);
     void keepUnparsedFile(const std::string& path);

@@ -3,6 +3,7 @@
 #include "platform/Utf8.h"
 
 #include <algorithm>
+#include <cctype>
 #include <string_view>
 #include <utility>
 
@@ -39,6 +40,11 @@ std::string quotedForMessage(const std::string& text) {
     while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U)
         --end; // never inside a character
     return escapedForLine(std::string_view(text).substr(0, end)) + "…";
+}
+
+std::string capitalized(std::string words) {
+    if (!words.empty()) words[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(words[0])));
+    return words;
 }
 
 std::string listedForMessage(const std::vector<std::string>& texts) {

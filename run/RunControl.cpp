@@ -7,7 +7,6 @@
 
 #include <fmt/format.h>
 
-#include <cctype>
 #include <chrono>
 #include <exception>
 #include <new>
@@ -44,11 +43,6 @@ AlertText someoneElseRuns(const RunLock::Holder& holder) {
             {"Wait", "Cancel"},
             Severity::Question,
             0};
-}
-
-std::string sentence(std::string words) {
-    words[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(words[0])));
-    return words + '.';
 }
 
 } // namespace
@@ -295,7 +289,8 @@ void RunControl::takeEnd() {
         appendStatus("Aborted");
     } else {
         appendStatus("Processing output\u2026");
-        if (const std::string how = engineFailure(m_outcome.end); !how.empty()) appendStatus("\n" + sentence(how));
+        if (const std::string how = engineFailure(m_outcome.end); !how.empty())
+            appendStatus("\n" + capitalized(how) + ".");
         finishResults();
     }
 }

@@ -1,6 +1,7 @@
 #include "run/SetupProblems.h"
 
 #include "document/setup/ModelPath.h"
+#include "document/setup/SetupForm.h"
 #include "platform/Numbers.h"
 #include "platform/OrreryError.h"
 #include "run/ListProblems.h"
@@ -11,7 +12,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <exception>
 #include <optional>
@@ -36,23 +36,18 @@ void addModelProblem(const SetupDictionary& setup, const SetupSurroundings& arou
     }
 }
 
-/// Whether all settings of time are numbers; what they come to can be judged only then.
+/// Whether all settings that should be numbers are; what they come to can be judged only then.
 bool addTimeFaults(const SetupDictionary& setup, SetupProblems& problems) {
-    struct Setting {
-        std::string_view key;
-        const char* word;
-        const char* countsAs;
-    };
-    constexpr std::array settings = {Setting{setup_key::runLength, "Run length", "1 day"},
-                                     Setting{setup_key::stepsPerDay, "Steps per day", "0, so the run has no rows"},
-                                     Setting{setup_key::reportStep, "Report step", "0, so the run has no rows"}};
     bool areNumbers = true;
-    for (const auto& [key, word, countsAs] : settings) {
-        const std::optional<NumberFault> fault = numberFault(setup.textOrEmpty(key), countsAs);
+    for (const setup_form::Setting& setting : setup_form::settings) {
+        if (setting.kind != setup_form::Kind::Number) continue;
+        const auto fault = numberFault(setup.textOrEmpty(setting.key), setting.countsAs);
         if (!fault) continue;
         areNumbers = false;
-        problems.add([&, name = word, setting = key] {
-            return SetupProblem{fmt::format("{} {}.", name, fault->words), {std::string(setting)}, mendsOf(*fault)};
+        problems.add([&] {
+            return SetupProblem{capitalized(fmt::format("{} {}.", setting.userWord, fault->words)),
+                                {std::string(setting.key)},
+                                mendsOf(*fault)};
         });
     }
     return areNumbers;

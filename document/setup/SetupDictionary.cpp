@@ -1,5 +1,7 @@
 #include "document/setup/SetupDictionary.h"
 
+#include "document/setup/SetupForm.h"
+
 #include <utility>
 
 namespace orrery {
@@ -96,10 +98,9 @@ void SetupDictionary::changed(const std::string& key) {
 SetupDictionary defaultSetup() {
     SetupDictionary setup;
     setup.setStartDay(Date());
-    setup.setText(setup_key::stepsPerDay, "10");
-    setup.setText(setup_key::dimensions, "{ 1, 1 }");
-    setup.setText(setup_key::runLength, "100");
-    setup.setText(setup_key::reportStep, "10");
+    for (const setup_form::Setting& setting : setup_form::settings) {
+        if (setting.atFirst) setup.setText(setting.key, std::string(*setting.atFirst));
+    }
     return setup;
 }
 

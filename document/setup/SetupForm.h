@@ -3,10 +3,12 @@
 #include "document/setup/SetupDictionary.h"
 
 #include <array>
+#include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 
-/// The shape of the setup file, as its reader and its writer share it.
+/// What a setup holds, and its shape in the file.
 namespace orrery::setup_form {
 
 /// A value: its key in the dictionary or entry, its element in the file, and what the user calls it.
@@ -16,16 +18,49 @@ struct Field {
     std::string_view userWord;
 };
 
+/// What a setting is, which says how it is entered and how it is checked.
+enum class Kind { ModelPath, Date, Number, Pair, Text };
+
+/// In which documents a change of a setting counts as a change of the document.
+enum class Counted { Nowhere, InOpenedOnes, Everywhere };
+
+/// A value of the setup itself. Its reader, its writer, its observers, the tool's options, the checks before a run and
+/// the setup tab follow this row; on the tab its control has the key as its name.
+struct Setting : Field {
+    Kind kind = Kind::Text;
+    bool required = false; // in a file; its first element counts. Of the others exactly one must be there
+    Counted counted = Counted::Everywhere;
+    std::optional<std::string_view> atFirst = {};   // in a new setup
+    std::optional<std::string_view> otherwise = {}; // where a file has not exactly one
+    std::string_view countsAs = {};                 // what becomes of a text that is no number, in words
+};
+
 /// The settings in the order of the file.
 inline constexpr std::array settings = {
-    Field{setup_key::modelPath, "ModelPath", "model path"},
-    Field{setup_key::stepsPerDay, "StepsPerDay", "steps per day"},
-    Field{setup_key::startDay, "StartDay", "start day"},
-    Field{setup_key::runLength, "RunLength", "run length"},
-    Field{setup_key::reportStep, "ReportStep", "report step"},
-    Field{setup_key::dimensions, "Dimensions", "dimensions"},
-    Field{setup_key::gcd, "GCD", "GCD"},
+    Setting{{setup_key::modelPath, "ModelPath", "model path"}, Kind::ModelPath, true},
+    Setting{{setup_key::stepsPerDay, "StepsPerDay", "steps per day"},
+            Kind::Number,
+            false,
+            Counted::Everywhere,
+            "10",
+            {},
+            "0, so the run has no rows"},
+    Setting{{setup_key::startDay, "StartDay", "start day"}, Kind::Date, false, Counted::InOpenedOnes},
+    Setting{
+        {setup_key::runLength, "RunLength", "run length"}, Kind::Number, true, Counted::Everywhere, "100", {}, "1 day"},
+    Setting{{setup_key::reportStep, "ReportStep", "report step"},
+            Kind::Number,
+            true,
+            Counted::Everywhere,
+            "10",
+            {},
+            "0, so the run has no rows"},
+    Setting{{setup_key::dimensions, "Dimensions", "dimensions"}, Kind::Pair, true, Counted::Everywhere, "{ 1, 1 }"},
+    Setting{{setup_key::gcd, "GCD", "GCD"}, Kind::Text, false, Counted::Nowhere, {}, "0"},
 };
+
+/// The text of the setting's value; empty when it is absent.
+[[nodiscard]] std::string settingText(const SetupDictionary& setup, const Setting& setting);
 
 inline constexpr Field portPath{"portPath", "PortPath", "port"};
 inline constexpr std::array outputFields = {portPath, Field{"outputPath", "OutputPathName", "result file"}};

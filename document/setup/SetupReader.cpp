@@ -6,7 +6,6 @@
 
 #include <fmt/format.h>
 
-#include <array>
 #include <utility>
 
 namespace orrery {
@@ -15,51 +14,50 @@ namespace {
 
 using Elements = std::vector<const XmlElement*>;
 
-constexpr std::array requiredSettings = {setup_key::modelPath, setup_key::dimensions, setup_key::runLength,
-                                         setup_key::reportStep};
-
 /// The element's only child of that name; nullptr when there is none or there are several.
 const XmlElement* onlyChild(const XmlElement& parent, std::string_view name) {
     const Elements found = parent.elementsForName(name);
     return found.size() == 1 ? found.front() : nullptr;
 }
 
-std::string_view elementOf(std::string_view key) {
-    for (const setup_form::Field& field : setup_form::settings) {
-        if (field.key == key) return field.element;
+using setup_form::Setting;
+
+/// Old files give the length of a step in days instead; its reciprocal is taken in single precision.
+void readStepLength(SetupDictionary& setup, const XmlElement& root) {
+    if (const XmlElement* step = onlyChild(root, "Dt")) {
+        const float stepsPerDay = 1.0F / floatValue(step->stringValue());
+        setup.setText(setup_key::stepsPerDay, fmt::format("{:.6f}", static_cast<double>(stepsPerDay)));
     }
-    throw AssertionFailure("No such setting");
+}
+
+/// A setting that the file gives once or not at all. Without a root, as of bytes that do not parse, it gives none.
+void readSetting(SetupDictionary& setup, const XmlElement* root, const Setting& setting) {
+    const XmlElement* element = root == nullptr ? nullptr : onlyChild(*root, setting.element);
+    if (setting.kind == setup_form::Kind::Date) {
+        setup.setStartDay(element == nullptr ? Date() : dateWithString(element->stringValue()));
+    } else if (element != nullptr) {
+        setup.setText(setting.key, element->stringValue());
+    } else if (setting.otherwise) {
+        setup.setText(setting.key, std::string(*setting.otherwise));
+    } else if (setting.key == setup_key::stepsPerDay && root != nullptr) {
+        readStepLength(setup, *root);
+    }
 }
 
 void readRequiredSettings(SetupDictionary& setup, const XmlElement& root, const std::string& fileName) {
     std::string missing;
-    for (const std::string_view key : requiredSettings) {
-        const std::string_view element = elementOf(key);
-        const Elements found = root.elementsForName(element);
+    for (const Setting& setting : setup_form::settings) {
+        if (!setting.required) continue;
+        const Elements found = root.elementsForName(setting.element);
         if (found.empty()) {
-            missing += fmt::format("{}<{}>", missing.empty() ? "" : ", ", element);
+            missing += fmt::format("{}<{}>", missing.empty() ? "" : ", ", setting.element);
         } else {
-            setup.setText(key, found.front()->stringValue());
+            setup.setText(setting.key, found.front()->stringValue());
         }
     }
     if (!missing.empty()) {
         throw OrreryError(fmt::format("The setup lacks {} inside <{}>.", missing, quotedForMessage(root.name())),
                           Place{fileName}, "Check that this is a setup file, and add what is missing.");
-    }
-}
-
-void readStartDay(SetupDictionary& setup, const XmlElement* root) {
-    const XmlElement* element = root == nullptr ? nullptr : onlyChild(*root, elementOf(setup_key::startDay));
-    setup.setStartDay(element == nullptr ? Date() : dateWithString(element->stringValue()));
-}
-
-/// Old files give the length of a step in days instead; its reciprocal is taken in single precision.
-void readStepsPerDay(SetupDictionary& setup, const XmlElement& root) {
-    if (const XmlElement* element = onlyChild(root, elementOf(setup_key::stepsPerDay))) {
-        setup.setText(setup_key::stepsPerDay, element->stringValue());
-    } else if (const XmlElement* step = onlyChild(root, "Dt")) {
-        const float stepsPerDay = 1.0F / floatValue(step->stringValue());
-        setup.setText(setup_key::stepsPerDay, fmt::format("{:.6f}", static_cast<double>(stepsPerDay)));
     }
 }
 
@@ -96,13 +94,10 @@ EntryList readList(const XmlElement& root, const setup_form::List& list) {
 SetupDictionary setupFromXml(const XmlDocument& document, const std::string& fileName) {
     SetupDictionary setup;
     const XmlElement* root = document.rootElement();
-    if (root != nullptr) {
-        readRequiredSettings(setup, *root, fileName);
-        readStepsPerDay(setup, *root);
+    if (root != nullptr) readRequiredSettings(setup, *root, fileName);
+    for (const Setting& setting : setup_form::settings) {
+        if (!setting.required) readSetting(setup, root, setting);
     }
-    const XmlElement* gcd = root == nullptr ? nullptr : onlyChild(*root, elementOf(setup_key::gcd));
-    setup.setText(setup_key::gcd, gcd == nullptr ? "0" : gcd->stringValue());
-    readStartDay(setup, root);
     for (const setup_form::List& list : setup_form::lists) {
         setup.setList(list.key, root == nullptr ? EntryList() : readList(*root, list));
     }

@@ -17,12 +17,6 @@ namespace {
 
 using setup_form::Field;
 
-std::string settingText(const SetupDictionary& setup, const Field& field) {
-    if (field.key != setup_key::startDay) return std::string(setup.textOrEmpty(field.key));
-    const std::optional<Date> day = setup.startDay();
-    return day ? dateDescription(*day) : std::string();
-}
-
 std::string codePointName(std::string_view character) {
     std::size_t position = 0;
     return fmt::format("U+{:04X}", static_cast<std::uint32_t>(nextCodePoint(character, position)));
@@ -49,8 +43,8 @@ void checkText(std::string_view text, const std::string& place, const std::strin
 }
 
 void checkSettings(const SetupDictionary& setup, const std::string& fileName) {
-    for (const Field& field : setup_form::settings) {
-        checkText(settingText(setup, field), std::string(field.userWord), fileName);
+    for (const setup_form::Setting& field : setup_form::settings) {
+        checkText(setup_form::settingText(setup, field), std::string(field.userWord), fileName);
     }
 }
 
@@ -98,8 +92,8 @@ XmlDocument setupToXml(const SetupDictionary& setup) {
     XmlDocument document;
     XmlElement& root = document.elementWithName("Simulation");
     document.setRootElement(root);
-    for (const Field& field : setup_form::settings) {
-        root.addChild(document.elementWithName(std::string(field.element), settingText(setup, field)));
+    for (const setup_form::Setting& field : setup_form::settings) {
+        root.addChild(document.elementWithName(std::string(field.element), setup_form::settingText(setup, field)));
     }
     for (const setup_form::List& list : setup_form::lists) {
         for (const Entry& entry : setup.entries(list.key)) {
