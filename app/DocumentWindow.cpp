@@ -49,19 +49,20 @@ DocumentWindow::DocumentWindow(ApplicationServices& services, std::unique_ptr<My
     connectOutlets();
     makeToolbar();
     connectMenu();
-    m_document->setChangeObserver([this] { m_files->updateTitle(); });
-    m_document->setSetupObserver([this] {
+    SetupEditing::Observers& observers = m_document->setup().observers();
+    observers.countChanged = [this] { m_files->updateTitle(); };
+    observers.setupChanged = [this] {
         m_setupTab->refresh();
         m_files->updateTitle();
         m_resultFiles.watch(m_document->usedFiles());
         validateCommands();
-    });
+    };
     m_document->setRunObserver([this] {
         m_runPanel->refresh();
         m_plotTab->refresh();
         validateCommands();
     });
-    m_document->setEditShower([this](const EditPlace& place) { showEdit(*m_document, *m_ui, *m_plotTab, place); });
+    observers.showEdit = [this](const EditPlace& place) { showEdit(*m_document, *m_ui, *m_plotTab, place); };
     connect(&m_resultFiles, &ResultFileWatch::filesChanged, this, &DocumentWindow::lookForFiles);
     m_document->awakeFromNib();
     m_plotTab->setCameraBounds();
@@ -76,10 +77,8 @@ DocumentWindow::DocumentWindow(ApplicationServices& services, std::unique_ptr<My
 DocumentWindow::~DocumentWindow() {
     m_document->close();
     m_document->setOutlets({});
-    m_document->setChangeObserver({});
-    m_document->setSetupObserver({});
+    m_document->setup().observers() = {};
     m_document->setRunObserver({});
-    m_document->setEditShower({});
 }
 
 void DocumentWindow::connectOutlets() {

@@ -38,7 +38,7 @@ EditCommands::EditCommands(MyDocument& document, Ui::MyDocument& ui, Ui::MainMen
     : m_document(document), m_ui(ui), m_menu(menu) {
     connectCommands();
     addContextMenus();
-    m_document.setHistoryObserver([this] { nameSteps(); });
+    m_document.setup().observers().historyChanged = [this] { nameSteps(); };
     connect(m_ui.outlineView, &ModelOutlineView::selectedNodesChanged, this, &EditCommands::validate);
     for (PortTableView* table : {m_ui.outputTable, m_ui.inputTable, m_ui.stepperTable}) {
         connect(table, &PortTableView::selectedRowsChanged, this, &EditCommands::validate);
@@ -47,7 +47,7 @@ EditCommands::EditCommands(MyDocument& document, Ui::MyDocument& ui, Ui::MainMen
 }
 
 EditCommands::~EditCommands() {
-    m_document.setHistoryObserver({});
+    m_document.setup().observers().historyChanged = {};
 }
 
 void EditCommands::connectCommands() {
@@ -86,10 +86,10 @@ void EditCommands::focusChanged(QWidget* now) {
 }
 
 void EditCommands::nameSteps() {
-    m_menu.actionUndo->setText("&" + qtText(m_document.undoMenuItemTitle()));
-    m_menu.actionUndo->setEnabled(m_document.canUndo());
-    m_menu.actionRedo->setText("&" + qtText(m_document.redoMenuItemTitle()));
-    m_menu.actionRedo->setEnabled(m_document.canRedo());
+    m_menu.actionUndo->setText("&" + qtText(m_document.setup().undoMenuItemTitle()));
+    m_menu.actionUndo->setEnabled(m_document.setup().canUndo());
+    m_menu.actionRedo->setText("&" + qtText(m_document.setup().redoMenuItemTitle()));
+    m_menu.actionRedo->setEnabled(m_document.setup().canRedo());
 }
 
 void EditCommands::validate() {
@@ -119,13 +119,13 @@ void EditCommands::addSelectedPorts(PortList list) {
     for (const ModelNode* node : m_ui.outlineView->selectedNodes()) {
         if (auto port = portReference(*node)) paths.push_back(std::move(port->path));
     }
-    m_document.addPorts(list, paths);
+    m_document.setup().addPorts(list, paths);
 }
 
 void EditCommands::moveRows(int direction) {
     if (m_table == nullptr) return;
     m_table->setFocus(); // what is typed into a cell belongs to its row
-    m_document.moveSelected(m_table->portList(), direction);
+    m_document.setup().moveSelected(m_table->portList(), direction);
 }
 
 void EditCommands::removeRows() {
@@ -142,7 +142,7 @@ void EditCommands::removeRows() {
 
 void EditCommands::stepBack(bool redo) {
     commitPendingEdit(*m_ui.centralWidget->window());
-    guardedPlot(m_document, [&] { redo ? m_document.redo() : m_document.undo(); });
+    guardedPlot(m_document, [&] { redo ? m_document.setup().redo() : m_document.setup().undo(); });
     nameSteps();
 }
 

@@ -94,7 +94,8 @@ QString PortTableModel::acceptText(const QModelIndex& index, const QString& text
         if (!parsed.value) return qtText(parsed.errorDescription);
         typed = SequenceFormatter::stringForObjectValue(*parsed.value);
     }
-    m_document.editEntry(m_list, static_cast<std::size_t>(index.row()), field(index.column()).key, std::move(typed));
+    m_document.setup().editEntry(m_list, static_cast<std::size_t>(index.row()), field(index.column()).key,
+                                 std::move(typed));
     return {};
 }
 

@@ -104,7 +104,8 @@ void SetupTab::connectSettings() {
     for (QWidget* part : m_ui.startDay->findChildren<QWidget*>()) {
         letUndoPassThrough(*part);
     }
-    connect(m_ui.startDay, &OptionalDateEdit::edited, this, [this] { m_document.editStartDay(m_ui.startDay->date()); });
+    connect(m_ui.startDay, &OptionalDateEdit::edited, this,
+            [this] { m_document.setup().editStartDay(m_ui.startDay->date()); });
     connect(m_ui.selectModel, &QPushButton::clicked, this, [this] { m_document.selectModel(); });
     connect(m_ui.sweepProblems, &ProblemsView::problemChosen, this, [this](const SetupProblem& problem) {
         commitPendingEdit(*m_ui.centralWidget->window());
@@ -133,7 +134,7 @@ void SetupTab::commit(const Setting& setting) {
     if (!setting.field->isModified()) return;
     const QString typed = setting.field->text();
     setting.field->setModified(false);
-    m_document.editText(setting.key, coreText(typed));
+    m_document.setup().editText(setting.key, coreText(typed));
     setting.field->setText(typed);
 }
 
@@ -174,7 +175,7 @@ void SetupTab::showProblems() {
 void SetupTab::mend(const SetupProblem& problem, const std::string& value) {
     commitPendingEdit(*m_ui.centralWidget->window());
     const std::vector<SetupProblem> present = m_document.setupProblems().shown;
-    if (std::ranges::find(present, problem) != present.end()) m_document.mend(problem.place, value);
+    if (std::ranges::find(present, problem) != present.end()) m_document.setup().editPlace(problem.place, value);
     showPlace(m_ui, problem.place);
 }
 

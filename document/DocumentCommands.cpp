@@ -25,9 +25,9 @@ bool MyDocument::validateTag(CommandTag tag) {
     if (!m_services.run.temporaryDirectoryFault.empty()) {
         enabled = false; // neither a run nor its results have a place
     } else if (tag == CommandTag::Run) {
-        enabled = m_dictionary.contains(setup_key::modelPath);
+        enabled = m_setup.dictionary().contains(setup_key::modelPath);
     } else if (tag == CommandTag::Send) {
-        enabled = exportFilesExist(m_dictionary, resultTablePath(), absoluteSetupPath());
+        enabled = exportFilesExist(m_setup.dictionary(), resultTablePath(), absoluteSetupPath());
     }
     if (m_outlets.startStopButton != nullptr) m_outlets.startStopButton->setEnabled(enabled);
     return enabled;
@@ -68,29 +68,14 @@ bool MyDocument::tableViewAcceptDrop(PortList table, const Pasteboard& pasteboar
         if (!holds(portPboardType(table))) return false;
         const auto path = unarchivePortPath(pasteboard.dataForType(std::string(portPboardType(table))));
         if (!path) return false;
-        edit(fmt::format("Drop {}", listWord(table)), [&] {
-            controller(table).drop(*path, row, operation);
-            updateChangeCount(ChangeKind::Done);
-        });
+        m_setup.drop(table, *path, row, operation);
     } else {
         if (!holds(rowPboardType(table))) return false;
         const auto rows = unarchiveRows(pasteboard.dataForType(std::string(rowPboardType(table))));
         if (!rows) return false;
-        moveRowsTo(table, *rows, row);
+        m_setup.moveRowsTo(table, *rows, row);
     }
     return true;
-}
-
-void MyDocument::addOrRemove(PortList list, int segment) {
-    const std::string name = fmt::format("{} {}", segment == 1 ? "Remove" : "Add", listWord(list));
-    edit(name, [&] {
-        updateChangeCount(ChangeKind::Done);
-        if (segment == 1) {
-            controller(list).removeSelected();
-        } else if (segment == 0) {
-            controller(list).addObject(newEntry(list));
-        }
-    });
 }
 
 /// A setup from elsewhere may name any file of the user's as a result file.
@@ -135,7 +120,8 @@ void MyDocument::clearSweepForRun() {
 void MyDocument::runStateChanged() {
     if (m_run.outcome().kind == RunOutcome::Kind::Aborted) clearPlot();
     if (m_runObserver) m_runObserver();
-    if (m_historyObserver) m_historyObserver(); // other results, other choices to take back
+    if (m_setup.observers().historyChanged)
+        m_setup.observers().historyChanged(); // other results, other choices to take back
 }
 
 std::string MyDocument::resultTablePath() const {
@@ -147,7 +133,7 @@ const RunResults& MyDocument::buildResults() {
     std::vector<std::string> notes = layOutGrid();
     RunResults built;
     readTable([&](const TableReadOptions& options) {
-        built = readRunResults(m_results.grid, m_modelTree, resultTablePath(), options);
+        built = readRunResults(m_results.grid, m_model.tree(), resultTablePath(), options);
     });
     built.notes.insert(built.notes.begin(), std::move_iterator(notes.begin()), std::move_iterator(notes.end()));
     setResults(std::move(built));
@@ -168,7 +154,7 @@ std::vector<std::string> MyDocument::layOutGrid() {
     m_gridChoice.difference = ran ? gridDifference(*ran, m_results.grid) : "";
     const std::string text = m_gridChoice.text();
     std::vector<std::string> notes;
-    if (std::string note = text.empty() ? m_startedSetup.note(m_dictionary) : text; !note.empty()) {
+    if (std::string note = text.empty() ? m_startedSetup.note(m_setup.dictionary()) : text; !note.empty()) {
         notes.push_back(std::move(note));
     }
     if (m_gridChoice.ofStarted && ran) {
@@ -213,14 +199,14 @@ void MyDocument::readWhileWaiting(const std::function<void(const TableReadOption
 }
 
 void MyDocument::constructIndependentVariables() {
-    m_results.grid = orrery::constructIndependentVariables(m_dictionary, *m_services.calendar);
+    m_results.grid = orrery::constructIndependentVariables(m_setup.dictionary(), *m_services.calendar);
     reloadSettings();
 }
 
 void MyDocument::constructDependentVariables() {
     readTable([this](const TableReadOptions& /*options*/) {
         m_results.responses =
-            orrery::constructDependentVariables(m_modelTree, independentVariables(), resultTablePath());
+            orrery::constructDependentVariables(m_model.tree(), independentVariables(), resultTablePath());
     });
     reloadSettings();
 }
@@ -262,16 +248,16 @@ void MyDocument::restorePlotChoices() {
 }
 
 std::string MyDocument::sweepSummary() const {
-    return orrery::sweepSummary(m_dictionary, *m_services.calendar, m_recorderCount);
+    return orrery::sweepSummary(m_setup.dictionary(), *m_services.calendar, m_model.recorders());
 }
 
 SetupProblems MyDocument::setupProblems() {
-    return orrery::setupProblems(m_dictionary, {.ports = m_portFaults,
-                                                .responses = m_recorderCount,
-                                                .calendar = *m_services.calendar,
-                                                .setupPath = absoluteSetupPath(),
-                                                .fileExists = fileExists,
-                                                .availableMemory = availableMemory});
+    return orrery::setupProblems(m_setup.dictionary(), {.ports = m_model.portFaults(),
+                                                        .responses = m_model.recorders(),
+                                                        .calendar = *m_services.calendar,
+                                                        .setupPath = absoluteSetupPath(),
+                                                        .fileExists = fileExists,
+                                                        .availableMemory = availableMemory});
 }
 
 std::vector<std::uint32_t> MyDocument::makeCurrentIndexSet() const {
@@ -284,9 +270,9 @@ std::string MyDocument::absoluteSetupPath() const {
 
 std::vector<std::string> MyDocument::usedFiles() const {
     std::vector<std::string> files{modelFilePath(), resultTablePath()};
-    if (isSingleRun(m_dictionary)) return files;
+    if (isSingleRun(m_setup.dictionary())) return files;
     const std::string setupPath = absoluteSetupPath();
-    for (const Entry& output : m_dictionary.entries(setup_key::outputs)) {
+    for (const Entry& output : m_setup.dictionary().entries(setup_key::outputs)) {
         files.push_back(resolvedModelPath(output.text("outputPath"), setupPath));
     }
     return files;
@@ -311,7 +297,7 @@ void MyDocument::sendTo(RemoteObject* companion) {
         return;
     }
     try {
-        companion->importWaves(exportPaths(m_dictionary, resultTablePath(), absoluteSetupPath()),
+        companion->importWaves(exportPaths(m_setup.dictionary(), resultTablePath(), absoluteSetupPath()),
                                [this, alive = std::weak_ptr<int>(m_alive)](std::string_view failure) {
                                    if (alive.expired() || failure.empty()) return;
                                    showSheet({"Dorado did not accept the files.", std::string(failure)});

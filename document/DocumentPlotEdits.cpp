@@ -29,8 +29,8 @@ void MyDocument::changePlot(PlotControl control, const std::function<void()>& ch
     } catch (...) {
         failure = std::current_exception();
     }
-    m_undo.recordPlot(control, difference(before, plotState()));
-    if (m_historyObserver) m_historyObserver();
+    m_setup.history().recordPlot(control, difference(before, plotState()));
+    if (m_setup.observers().historyChanged) m_setup.observers().historyChanged();
     if (failure) std::rethrow_exception(failure);
 }
 

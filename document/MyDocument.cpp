@@ -28,21 +28,17 @@ namespace {
 constexpr auto animationInterval =
     std::chrono::nanoseconds(static_cast<std::int64_t>(static_cast<double>(1.0F / 60.0F) * 1e9));
 
-/// A model that stays broken is read again at every activation: its sheet is one and shows the latest.
-AlertText modelSheet(std::string message, std::string informative, Severity severity = Severity::Warning) {
-    return {std::move(message), std::move(informative), {"OK"}, severity, {}, "model"};
-}
-
 } // namespace
 
-MyDocument::MyDocument(DocumentServices services) : m_services(std::move(services)), m_run(*this, m_services.run) {
+MyDocument::MyDocument(DocumentServices services)
+    : m_services(std::move(services)), m_setup([this] { return m_model.importFrom(modelFilePath()); },
+                                               [this](const PlotChange& change) { putPlotChange(change); }),
+      m_model([this] { m_setup.setupChanged(); }, [this](const AlertText& text) { showSheet(text); }),
+      m_run(*this, m_services.run) {
     if (m_services.calendar == nullptr) m_services.calendar = &currentCalendar();
-    m_undo.setApplies([this](const PlotChange& change) {
+    m_setup.history().setApplies([this](const PlotChange& change) {
         return change.appliesTo(m_results.grid.variables, m_results.responses.variables);
     });
-    for (const PortList list : {PortList::Outputs, PortList::Initializations, PortList::Steppers}) {
-        m_controllers.emplace_back(list, [this]() -> SetupDictionary& { return m_dictionary; });
-    }
 }
 
 MyDocument::~MyDocument() {
@@ -50,50 +46,12 @@ MyDocument::~MyDocument() {
 }
 
 void MyDocument::initWithType(std::string_view /*typeName*/) {
-    if (!m_hasDictionary) setTheDictionary(defaultSetup());
-    observeSettings(false);
-}
-
-void MyDocument::setTheDictionary(SetupDictionary dictionary) {
-    m_dictionary = std::move(dictionary);
-    m_hasDictionary = true;
-    m_savedValues = m_dictionary.values();
-    m_undo.clear();
-    for (ListController& controller : m_controllers) {
-        controller.rearrangeObjects();
-    }
-    setupChanged();
-}
-
-void MyDocument::observeSettings(bool opened) {
-    for (const setup_form::Setting& setting : setup_form::settings) {
-        using setup_form::Counted;
-        if (setting.counted == Counted::Nowhere || (setting.counted == Counted::InOpenedOnes && !opened)) continue;
-        m_dictionary.addObserver(setting.key, [this](std::string_view changed) { observeValueForKeyPath(changed); });
-    }
-}
-
-void MyDocument::observeValueForKeyPath(std::string_view /*key*/) {
-    updateChangeCount(ChangeKind::Done);
-}
-
-void MyDocument::updateChangeCount(ChangeKind kind) {
-    switch (kind) {
-    case ChangeKind::Done:
-        ++m_changeCount;
-        break;
-    case ChangeKind::Undone:
-        --m_changeCount;
-        break;
-    case ChangeKind::Cleared:
-        m_changeCount = 0;
-        break;
-    }
-    if (m_changeObserver) m_changeObserver();
+    if (!m_setup.hasDictionary()) setTheDictionary(defaultSetup());
+    m_setup.observeSettings(false);
 }
 
 XmlDocument MyDocument::convertToXML() const {
-    return setupToXml(m_dictionary);
+    return setupToXml(m_setup.dictionary());
 }
 
 void MyDocument::convertFromXML(const XmlDocument& document) {
@@ -107,7 +65,7 @@ bool MyDocument::loadDataRepresentation(std::string_view bytes, std::string_view
     if (!loaded.parsed) logLine(loaded.fault);
     m_isOurs = SetupTrust(m_services.userDefaults).knows(bytes);
     setTheDictionary(std::move(loaded.dictionary));
-    observeSettings(true);
+    m_setup.observeSettings(true);
     return true;
 }
 
@@ -126,17 +84,16 @@ void MyDocument::readFromFile(std::string path) {
 
 void MyDocument::readCopyOf(const std::string& path) {
     readFromFile(path);
-    replaceModelPaths([&](const std::string& model) { return absoluteModelPath(model, path); });
+    m_setup.replaceModelPaths([&](const std::string& model) { return absoluteModelPath(model, path); });
     m_filePath.reset();
     m_knownFile = {};
     m_unparsedBytes.clear();
     m_isUnsavedCopy = true;
-    m_savedValues = m_dictionary.values();
-    updateChangeCount(ChangeKind::Cleared);
+    m_setup.setSaved();
 }
 
 void MyDocument::writeToURL(const std::string& path, std::string_view /*typeName*/) {
-    (void)writeSetup(m_dictionary, path);
+    (void)writeSetup(m_setup.dictionary(), path);
 }
 
 KnownFile MyDocument::writeSetup(const SetupDictionary& setup, const std::string& path) {
@@ -165,26 +122,14 @@ void MyDocument::keepUnparsedFile(const std::string& path) {
 }
 
 void MyDocument::saveToFile(const std::string& path) {
-    m_knownFile = writeSetup(setupAfterMove(m_dictionary, m_filePath, path), path);
-    replaceModelPaths([&](const std::string& model) { return modelPathAfterMove(model, m_filePath, path); });
+    m_knownFile = writeSetup(setupAfterMove(m_setup.dictionary(), m_filePath, path), path);
+    m_setup.replaceModelPaths([&](const std::string& model) { return modelPathAfterMove(model, m_filePath, path); });
     m_isUnsavedCopy = false;
     const bool hadFile = std::exchange(m_filePath, std::string(path)).has_value();
-    m_savedValues = m_dictionary.values();
-    updateChangeCount(ChangeKind::Cleared);
+    m_setup.setSaved();
     // Only now a relative path names a model.
-    const bool findsModel = !hadFile && modelFilePath() != m_dictionary.textOrEmpty(setup_key::modelPath);
-    if (findsModel && !importModelOfSetup()) leaveModelUnread(false);
-}
-
-/// In the setup as well as in what can be undone and done again.
-void MyDocument::replaceModelPaths(const std::function<std::string(const std::string&)>& replacement) {
-    m_undo.replaceTexts(setup_key::modelPath, replacement);
-    const std::string* present = m_dictionary.text(setup_key::modelPath);
-    if (present == nullptr) return;
-    std::string replaced = replacement(*present);
-    if (replaced == *present) return;
-    m_dictionary.setText(setup_key::modelPath, std::move(replaced));
-    setupChanged();
+    const bool findsModel = !hadFile && modelFilePath() != m_setup.dictionary().textOrEmpty(setup_key::modelPath);
+    if (findsModel) importModelOrLeaveIt(false);
 }
 
 void MyDocument::revertToFile() {
@@ -192,7 +137,7 @@ void MyDocument::revertToFile() {
     const std::string before = modelFilePath();
     readFromFile(*m_filePath);
     updateChangeCount(ChangeKind::Cleared);
-    if (!importModelOfSetup()) leaveModelUnread(modelFilePath() == before);
+    importModelOrLeaveIt(modelFilePath() == before);
 }
 
 void MyDocument::saveDocument(std::function<void(bool)> didSave) {
@@ -213,6 +158,7 @@ void MyDocument::saveDocument(std::function<void(bool)> didSave) {
 
 void MyDocument::setOutlets(const DocumentOutlets& outlets) {
     m_outlets = outlets;
+    m_model.setOutlets(outlets.outlineView, outlets.waitPanel);
     m_run.setOutlets({outlets.statusView, outlets.progressWheel, outlets.startStopButton, outlets.alerts});
     controller(PortList::Outputs).setView(outlets.outputTable);
     controller(PortList::Initializations).setView(outlets.inputTable);
@@ -220,7 +166,7 @@ void MyDocument::setOutlets(const DocumentOutlets& outlets) {
 }
 
 void MyDocument::awakeFromNib() {
-    if (!modelFilePath().empty() && !importModelOfSetup()) leaveModelUnread(false);
+    if (!modelFilePath().empty()) importModelOrLeaveIt(false);
     if (m_services.run.runLoop != nullptr) {
         m_timer = m_services.run.runLoop->repeat(animationInterval, [this] { animationTimer(); });
         m_timer->setResting(!m_isAnimated);
@@ -230,31 +176,9 @@ void MyDocument::awakeFromNib() {
     setLightSliderMin(-5);
 }
 
-/// False when the user has cancelled it, which then changes nothing.
-bool MyDocument::importModelOfSetup() {
-    const std::string path = modelFilePath();
-    try {
-        makeModelTree(path); // an empty path gives an empty tree
-        setModelModification(path.empty() ? std::nullopt : modificationDate(path));
-    } catch (const ReadingCancelled&) {
-        showSheet(modelSheet("The model was not imported.",
-                             "The import was cancelled. To import it later, choose it again with "
-                             "Setup > Choose Model\u2026",
-                             Severity::Information));
-        return false;
-    } catch (const std::exception& failure) {
-        reportImportFailure(failure);
-    }
-    return true;
-}
-
-/// The user does not want the present model file read: coming back to the application is no reason to try again.
-void MyDocument::leaveModelUnread(bool treeIsOfPresentModel) {
-    setModelModification(modificationDate(modelFilePath()));
-    if (treeIsOfPresentModel) return;
-    setModelTree({});
-    if (m_outlets.outlineView != nullptr) m_outlets.outlineView->reloadData();
-    setupChanged();
+/// Where the user cancels the import, the tree of an earlier model goes.
+void MyDocument::importModelOrLeaveIt(bool treeIsOfSameModel) {
+    if (!m_model.importFrom(modelFilePath())) m_model.leaveUnread(modelFilePath(), treeIsOfSameModel);
 }
 
 void MyDocument::close() {
@@ -263,81 +187,9 @@ void MyDocument::close() {
 }
 
 std::string MyDocument::modelFilePath() const {
-    const std::string_view path = m_dictionary.textOrEmpty(setup_key::modelPath);
+    const std::string_view path = m_setup.dictionary().textOrEmpty(setup_key::modelPath);
     if (path.empty()) return {};
     return resolvedModelPath(std::string(path), m_filePath.value_or(""));
-}
-
-void MyDocument::makeModelTree(const std::string& path) {
-    ImportedModel imported;
-    std::size_t recorders = 0;
-    {
-        std::optional<PanelWait> open;
-        if (m_outlets.waitPanel != nullptr) open.emplace(*m_outlets.waitPanel, "Reading the model\u2026");
-        whileWaiting([&](const ReadProgress& progress) {
-            imported = importModel(path, progress);
-            recorders = recorderCount(imported.tree);
-        });
-        installTree(std::move(imported.tree), recorders);
-    }
-    if (!imported.fault.empty()) showSheet(modelSheet("The model could not be read.", imported.fault));
-}
-
-/// On another thread where there is a panel to wait with.
-void MyDocument::whileWaiting(const std::function<void(const ReadProgress&)>& work) {
-    WaitPanel* panel = m_outlets.waitPanel;
-    if (panel == nullptr) {
-        work({});
-        return;
-    }
-    std::atomic<double> done = 0;
-    std::atomic<bool> cancelled = !panel->update(0);
-    const auto progress = [&](double fractionDone) {
-        done = fractionDone;
-        return !cancelled;
-    };
-    runBeside([&] { work(progress); },
-              [&] {
-                  if (!panel->update(done)) cancelled = true;
-              });
-}
-
-/// Within a wait. To free the old tree takes long, too, when it is large.
-void MyDocument::installTree(ModelTree tree, std::size_t recorders) {
-    std::swap(m_modelTree, tree);
-    m_portFaults.forget();
-    m_recorderCount = recorders;
-    if (m_outlets.outlineView != nullptr) m_outlets.outlineView->reloadData();
-    setupChanged();
-    if (!tree.empty()) whileWaiting([&tree](const ReadProgress&) { tree = {}; });
-}
-
-void MyDocument::setModelTree(ModelTree tree) {
-    m_modelTree = std::move(tree);
-    m_portFaults.forget();
-    m_recorderCount = recorderCount(m_modelTree);
-}
-
-void MyDocument::updateModelTree() {
-    const std::string path = modelFilePath();
-    if (path.empty()) return;
-    const std::optional<Date> date = modificationDate(path);
-    if (!date || date == m_modelModification) return;
-    makeModelTree(path);
-    setModelModification(date);
-}
-
-void MyDocument::refreshModel() {
-    try {
-        updateModelTree();
-    } catch (const ReadingCancelled&) {
-        leaveModelUnread(true);
-        showSheet(modelSheet("The model has changed, but was not imported again.",
-                             "The import was cancelled. The window shows the model as it was before.",
-                             Severity::Information));
-    } catch (const std::exception& failure) {
-        reportImportFailure(failure);
-    }
 }
 
 void MyDocument::selectModel() {
@@ -345,19 +197,8 @@ void MyDocument::selectModel() {
     OpenPanelRequest request;
     request.fileTypes = {"xml", "kestrelxmldoc"};
     m_outlets.openPanel->beginSheet(request, [this, alive = std::weak_ptr<int>(m_alive)](const std::string& path) {
-        if (!alive.expired()) useModel(path);
+        if (!alive.expired()) m_setup.chooseModel(path);
     });
-}
-
-void MyDocument::useModel(const std::string& path) {
-    const bool isOther = m_dictionary.textOrEmpty(setup_key::modelPath) != path;
-    edit("Choose Model", [&] { m_dictionary.setText(setup_key::modelPath, path); });
-    if (!importModelOfSetup() && isOther) stepBack();
-}
-
-void MyDocument::reportImportFailure(const std::exception& failure) {
-    logLine(failure.what());
-    showSheet(modelSheet("The model could not be imported.", failure.what()));
 }
 
 void MyDocument::showSheet(const AlertText& text) {

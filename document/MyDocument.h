@@ -1,15 +1,10 @@
 #pragma once
 
+#include "document/DocumentModel.h"
 #include "document/DocumentOutlets.h"
-#include "document/EditPlace.h"
+#include "document/SetupEditing.h"
 #include "document/StartedSetup.h"
 #include "document/Toolbar.h"
-#include "document/UndoHistory.h"
-#include "document/setup/SetupDictionary.h"
-#include "model/ListController.h"
-#include "model/ModelTree.h"
-#include "model/PortFaults.h"
-#include "model/PortLists.h"
 #include "platform/KnownFile.h"
 #include "platform/Pasteboard.h"
 #include "platform/Services.h"
@@ -46,9 +41,6 @@ struct DocumentServices {
     bool writesOverOutputs = false; // of setups that were not written here, without asking
 };
 
-/// A change to a document's count of changes.
-enum class ChangeKind { Done = 0, Undone = 1, Cleared = 2 };
-
 /// The control that sends an action from a row of settings.
 struct SettingsSender {
     SettingsTag tag = SettingsTag::RoleChooser;
@@ -71,44 +63,18 @@ public:
     // -- The setup and its changes --------------------------------------------------------------------------------
     /// Makes this a new, untitled setup: the defaults unless a setup is present, and its observation.
     void initWithType(std::string_view typeName);
-    [[nodiscard]] SetupDictionary& theDictionary() { return m_dictionary; }
-    [[nodiscard]] const SetupDictionary& theDictionary() const { return m_dictionary; }
-    void setTheDictionary(SetupDictionary dictionary); // observation is not carried over
-    void observeValueForKeyPath(std::string_view key);
-    void updateChangeCount(ChangeKind kind);
-    [[nodiscard]] bool isDocumentEdited() const {
-        return m_changeCount != 0;
-    } // changes were counted since the last save
-    /// Whether a save would lose or gain anything: counted changes, or a setup that differs from the saved one. Fields
-    /// of entries and a new setup's start day count no change, and are not to be lost or run unsaved all the same.
-    [[nodiscard]] bool hasUnsavedChanges() const override;
-    /// Called after every change of the edited state or the count.
-    void setChangeObserver(std::function<void()> observer) { m_changeObserver = std::move(observer); }
-    /// Called after every change of the setup that was made through the document, with what depends on it up to date.
-    void setSetupObserver(std::function<void()> observer) { m_setupObserver = std::move(observer); }
+    [[nodiscard]] SetupDictionary& theDictionary() { return m_setup.dictionary(); }
+    [[nodiscard]] const SetupDictionary& theDictionary() const { return m_setup.dictionary(); }
+    void setTheDictionary(SetupDictionary dictionary) { m_setup.setDictionary(std::move(dictionary)); }
+    void observeValueForKeyPath(std::string_view /*key*/) { updateChangeCount(ChangeKind::Done); }
+    void updateChangeCount(ChangeKind kind) { m_setup.updateChangeCount(kind); }
+    [[nodiscard]] bool isDocumentEdited() const { return m_setup.isEdited(); } // since the last save
+    [[nodiscard]] bool hasUnsavedChanges() const override { return m_setup.hasUnsavedChanges(); }
+    /// The setup as it is edited, with its undo.
+    [[nodiscard]] SetupEditing& setup() { return m_setup; }
+    [[nodiscard]] const SetupEditing& setup() const { return m_setup; }
     [[nodiscard]] static std::string_view windowNibName() { return "MyDocument"; }
     void windowControllerDidLoadNib() {} // the base behaviour suffices
-
-    // -- Edits by the user, each one step of undo ------------------------------------------------------------------
-    void editText(std::string_view key, std::string value); // one of the settings; the same text again is no edit
-    void editStartDay(std::optional<Date> date);
-    /// Sets a field of an entry; an empty value leaves the entry without it.
-    void editEntry(PortList list, std::size_t row, std::string_view key, std::string value);
-    /// Appends an entry for each port, as a drop behind the last row does, and selects them.
-    void addPorts(PortList list, const std::vector<std::string>& portPaths);
-    void addPort(PortList list, const std::string& portPath) { addPorts(list, {portPath}); }
-    /// Moves the selected rows of the list up (-1) or down (1) by one place; at its end they stay.
-    void moveSelected(PortList list, int direction);
-    [[nodiscard]] bool canUndo() const { return m_undo.canUndo(); }
-    [[nodiscard]] bool canRedo() const { return m_undo.canRedo(); }
-    void undo(); // nothing when there is nothing to undo
-    void redo();
-    [[nodiscard]] std::string undoMenuItemTitle() const; // "Undo Move Steppers"
-    [[nodiscard]] std::string redoMenuItemTitle() const;
-    /// Called when the next step of undo or redo is another one without a change of the setup.
-    void setHistoryObserver(std::function<void()> observer) { m_historyObserver = std::move(observer); }
-    /// Brings to view what was undone or redone.
-    void setEditShower(std::function<void(const EditPlace&)> show) { m_editShower = std::move(show); }
 
     // -- The setup file -------------------------------------------------------------------------------------------
     [[nodiscard]] XmlDocument convertToXML() const;
@@ -155,28 +121,24 @@ public:
     // -- The model ------------------------------------------------------------------------------------------------
     /// The model file's path as the setup has it, made absolute from the setup file's directory; empty without one.
     [[nodiscard]] std::string modelFilePath() const;
-    /// A long import waits with the panel, where the user may cancel it.
-    /// @throws OrreryError as nodesFromDictionaries, ReadingCancelled; the old tree then stays
-    void makeModelTree(const std::string& path);
-    /// Imports the model anew when its file's modification date has changed. @throws as makeModelTree
-    void updateModelTree();
-    void refreshModel(); // updateModelTree, a failure told in a sheet
+    void makeModelTree(const std::string& path) { m_model.makeTree(path); }
+    void updateModelTree() { m_model.update(modelFilePath()); }
+    void refreshModel() { m_model.refresh(modelFilePath()); } // updateModelTree, a failure told
     void selectModel();
-    void useModel(const std::string& path); // what selectModel does with the chosen file
-    [[nodiscard]] const ModelTree& modelTree() const { return m_modelTree; }
-    void setModelTree(ModelTree tree); // for one that was read already
-    [[nodiscard]] const std::optional<Date>& modelModification() const { return m_modelModification; }
-    void setModelModification(std::optional<Date> date) { m_modelModification = date; }
+    [[nodiscard]] const ModelTree& modelTree() const { return m_model.tree(); }
+    void setModelTree(ModelTree tree) { m_model.setTree(std::move(tree)); } // for one that was read already
+    [[nodiscard]] const std::optional<Date>& modelModification() const { return m_model.modification(); }
+    void setModelModification(std::optional<Date> date) { m_model.setModification(date); }
 
     // -- The port lists -------------------------------------------------------------------------------------------
-    [[nodiscard]] ListController& controller(PortList list) { return m_controllers[static_cast<std::size_t>(list)]; }
+    [[nodiscard]] ListController& controller(PortList list) { return m_setup.controller(list); }
     bool outlineViewWriteItems(const std::vector<const ModelNode*>& items, Pasteboard& pasteboard) const;
     bool tableViewWriteRows(PortList table, const std::vector<std::size_t>& rows, Pasteboard& pasteboard) const;
     [[nodiscard]] static DropDecision tableViewValidateDrop(PortList table, const Pasteboard& pasteboard);
     bool tableViewAcceptDrop(PortList table, const Pasteboard& pasteboard, std::size_t row, DropOperation operation);
-    void addOrRemoveOutput(int segment) { addOrRemove(PortList::Outputs, segment); }
-    void addOrRemoveInitialization(int segment) { addOrRemove(PortList::Initializations, segment); }
-    void addOrRemoveStepper(int segment) { addOrRemove(PortList::Steppers, segment); }
+    void addOrRemoveOutput(int segment) { m_setup.addOrRemove(PortList::Outputs, segment); }
+    void addOrRemoveInitialization(int segment) { m_setup.addOrRemove(PortList::Initializations, segment); }
+    void addOrRemoveStepper(int segment) { m_setup.addOrRemove(PortList::Steppers, segment); }
 
     // -- The run --------------------------------------------------------------------------------------------------
     void runSimulation() { m_run.runSimulation(); }
@@ -220,11 +182,9 @@ public:
     [[nodiscard]] const std::vector<float>& yMax() const { return m_results.table.maxima; }
     void setYMax(std::vector<float> maxima) { m_results.table.maxima = std::move(maxima); }
     [[nodiscard]] std::uint32_t nRowsOfData() const { return m_results.grid.nRowsOfData; }
-    [[nodiscard]] std::string sweepSummary() const;                 // of the setup as it stands now
-    [[nodiscard]] SetupProblems setupProblems();                    // as it stands now
-    [[nodiscard]] PortFaults& portFaults() { return m_portFaults; } // of the model
-    /// Sets what a problem's place holds, as the user would.
-    void mend(const SetupPlace& place, const std::string& value);
+    [[nodiscard]] std::string sweepSummary() const; // of the setup as it stands now
+    [[nodiscard]] SetupProblems setupProblems();    // as it stands now
+    [[nodiscard]] PortFaults& portFaults() { return m_model.portFaults(); }
     [[nodiscard]] std::vector<std::uint32_t> makeCurrentIndexSet() const;
     [[nodiscard]] std::vector<std::string> usedFiles() const; // by commands and problems: absolute, some empty
     void saveToDorado(); // returns at once, and does nothing while the last one still looks for Dorado
@@ -250,7 +210,7 @@ public:
     /// Sets what the act is about of the responses, which may be records of earlier results.
     void changeResponses(std::vector<ResponseVariable> records, PlotAct act, const ResponseVariable::Value& value);
     void resetCameraByHand();
-    void endPlotMove() { m_undo.endMove(); } // the control was let go
+    void endPlotMove() { m_setup.history().endMove(); } // the control was let go
     [[nodiscard]] PlotState plotState() const;
     [[nodiscard]] const PlotLayout& plotLayout() const {
         return m_plot.layout();
@@ -291,25 +251,11 @@ private:
     void clearSweepForRun() override;
     void runStateChanged() override;
 
-    void edit(std::string name, const std::function<void()>& change);
-    bool stepBack();
-    bool stepForward();
-    void showEdit(const UndoHistory::Edit* edit, Step step);
     void putPlotChange(const PlotChange& change);
     void putViewChange(const PlotChange& change);
-    bool restore(const std::map<std::string, UndoHistory::Change, std::less<>>& values, bool countListChange);
-    bool importModelOfSetup();
-    void leaveModelUnread(bool treeIsOfPresentModel);
-    void whileWaiting(const std::function<void(const ReadProgress&)>& work);
-    void installTree(ModelTree tree, std::size_t recorders);
-    void setupChanged();
-    void observeSettings(bool opened);
+    void importModelOrLeaveIt(bool treeIsOfSameModel);
     KnownFile writeSetup(const SetupDictionary& setup, const std::string& path);
-    void replaceModelPaths(const std::function<std::string(const std::string&)>& replacement);
     void keepUnparsedFile(const std::string& path);
-    void addOrRemove(PortList list, int segment);
-    void moveRowsTo(PortList list, const std::vector<std::size_t>& rows, std::size_t row);
-    void reportImportFailure(const std::exception& failure);
     void showSheet(const AlertText& text);
     void sendTo(RemoteObject* companion);
     void setResults(RunResults results);
@@ -328,31 +274,17 @@ private:
 
     DocumentServices m_services;
     DocumentOutlets m_outlets;
-    std::function<void()> m_changeObserver;
-    std::function<void()> m_setupObserver;
     std::function<void()> m_runObserver;
-    std::function<void()> m_historyObserver;
-    std::function<void(const EditPlace&)> m_editShower;
     std::function<void(std::function<void(bool)>)> m_saveHandler;
 
-    SetupDictionary m_dictionary;
-    bool m_hasDictionary = false; // a setup was installed
-    int m_changeCount = 0;
-    SetupDictionary::Values m_savedValues; // as the file has them, or as the new setup began
-    UndoHistory m_undo;
-    bool m_isEditing = false; // within an edit: what it calls belongs to the same step
+    SetupEditing m_setup;
+    DocumentModel m_model;
     std::optional<std::string> m_filePath;
     KnownFile m_knownFile; // at that path
     bool m_isUnsavedCopy = false;
     bool m_isOurs = true; // the setup was written here, or the user has allowed its run
     std::string m_unparsedFault;
     std::string m_unparsedBytes; // of the file that was opened, when it was no setup; kept beside the first save
-    std::vector<ListController> m_controllers; // indexed by PortList
-
-    ModelTree m_modelTree;
-    PortFaults m_portFaults{m_modelTree};
-    std::size_t m_recorderCount = 0;         // of the tree
-    std::optional<Date> m_modelModification; // of the model file at the last import
 
     StartedSetup m_startedSetup; // of the present or last run
     GridChoice m_gridChoice;

@@ -45,14 +45,14 @@ TEST_F(DragAndDrop, APortGoesWhereTheIndicatorShowedAndOnlyToListsThatFit) {
     EXPECT_THAT(ports(PortList::Steppers), ElementsAre(height, eggsPerDay, delay));
 
     int changes = 0;
-    window->document().setChangeObserver([&changes] { ++changes; });
+    window->document().setup().observers().countChanged = [&changes] { ++changes; };
     drag(nodePoint("Moth/Eggs/inputs/delay"), rowPoint(outputs, 0)); // an input
     drag(nodePoint("Weather/outputs/mean temperature"), rowPoint(inputs, 0));
     drag(nodePoint("Weather"), rowPoint(outputs, 0)); // no port
     EXPECT_EQ(ports(PortList::Outputs).size(), 2U);
     EXPECT_THAT(ports(PortList::Initializations), ElementsAre(delay));
     EXPECT_EQ(changes, 0);
-    window->document().setChangeObserver({});
+    window->document().setup().observers().countChanged = {};
 }
 
 TEST_F(DragAndDrop, RowsMoveWithinTheirTableAndOneUndoPutsThemBack) {
@@ -66,8 +66,8 @@ TEST_F(DragAndDrop, RowsMoveWithinTheirTableAndOneUndoPutsThemBack) {
     xdotool({"key", "ctrl+z"});
     ASSERT_TRUE(waitFor([&] { return ports(PortList::Steppers).front() == height; }));
 
-    window->document().addPort(PortList::Steppers, delay);
-    window->document().addPort(PortList::Steppers, spread);
+    window->document().setup().addPort(PortList::Steppers, delay);
+    window->document().setup().addPort(PortList::Steppers, spread);
     window->document().controller(PortList::Steppers).setSelection({0, 2});
     steppers.selectRows({0, 2});
     find<QSplitter>(*window, "listSplitter").setSizes({1, 1, 1000});
@@ -86,7 +86,7 @@ TEST_F(DragAndDrop, EscapeEndsADragWithoutAChange) {
     drag(rowPoint(steppers, 0), rowPoint(steppers, 1, 0.9), {"key", "Escape", "sleep", "0.1"});
     drag(nodePoint("Moth/Eggs/inputs/delay"), rowPoint(steppers, 0), {"key", "Escape", "sleep", "0.1"});
     EXPECT_THAT(ports(PortList::Steppers), ElementsAre(height, eggsPerDay));
-    EXPECT_FALSE(window->document().canUndo());
+    EXPECT_FALSE(window->document().setup().canUndo());
     const QImage before = steppers.grab().toImage();
     steppers.viewport()->repaint();
     EXPECT_EQ(before, steppers.grab().toImage());

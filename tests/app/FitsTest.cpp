@@ -55,7 +55,8 @@ TEST_F(FitsTest, ALongNameKeepsItsOwnPartWhole) {
 
     openSample("insect-two-steppers.orrery");
     PortTableView& steppers = table("stepperTable");
-    window->document().editEntry(PortList::Steppers, 0, "portPath", "/Orchard/Moth/Egg laying/eggs per degree day");
+    window->document().setup().editEntry(PortList::Steppers, 0, "portPath",
+                                         "/Orchard/Moth/Egg laying/eggs per degree day");
     QStyleOptionViewItem option;
     option.initFrom(&steppers);
     option.widget = &steppers;

@@ -81,7 +81,7 @@ TEST_F(KeyboardTest, EveryKeyOfALabelAButtonOrAMenuDoesOneThing) {
     EXPECT_THAT(Mnemonics(*window).faults(), IsEmpty());
     xdotool({"key", "alt+d"});
     ASSERT_TRUE(waitFor([&] { return find<QWidget>(*window, "startDayField").hasFocus(); }));
-    window->document().editStartDay(std::nullopt);
+    window->document().setup().editStartDay(std::nullopt);
     outline().setFocus();
     xdotool({"key", "alt+d"});
     ASSERT_TRUE(waitFor([&] { return find<QWidget>(*window, "startDayPresent").hasFocus(); }));

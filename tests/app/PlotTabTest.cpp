@@ -175,7 +175,7 @@ TEST_F(PlotTabTest, WhatIsUndoneComesToViewFromAnotherTab) {
     DocumentWindow& window = openPlot(oneStepper);
     MyDocument& document = window.document();
     const auto& tabs = find<QTabWidget>(window, "tabView");
-    document.editEntry(PortList::Steppers, 0, "stop", "0.4");
+    document.setup().editEntry(PortList::Steppers, 0, "stop", "0.4");
     xdotool({"key", "ctrl+z"});
     ASSERT_TRUE(waitFor([&] { return tabs.currentIndex() == 0; }));
     auto& steppers = find<PortTableView>(window, "stepperTable");
@@ -215,7 +215,7 @@ TEST_F(PlotTabTest, EachTimeThatAControlIsHeldIsOneStep) {
     QApplication::sendPostedEvents();
     const QPoint middle = centreOnScreen(light);
     xdotool(dragArguments(middle - QPoint(30, 0), middle + QPoint(30, 0)));
-    ASSERT_TRUE(waitFor([&] { return !light.isSliderDown() && document.canUndo(); }));
+    ASSERT_TRUE(waitFor([&] { return !light.isSliderDown() && document.setup().canUndo(); }));
     height.setFocus();
     xdotool({"keydown", "Up", "sleep", "1", "keyup", "Up"});
     ASSERT_TRUE(waitFor([&] { return document.eyeYPos() > 1; }));
@@ -228,10 +228,10 @@ TEST_F(PlotTabTest, EachTimeThatAControlIsHeldIsOneStep) {
     ASSERT_TRUE(waitFor([&] { return document.eyeYPos() == 1; })) << "all of the held key";
     xdotool({"key", "ctrl+z"});
     ASSERT_TRUE(waitFor([&] { return document.lightHeight() == 1; }));
-    EXPECT_FALSE(document.canUndo());
+    EXPECT_FALSE(document.setup().canUndo());
     QTest::keyClick(&view(window), Qt::Key_Plus);
     QTest::keyClick(&view(window), Qt::Key_0);
-    document.undo();
+    document.setup().undo();
     EXPECT_EQ(document.eyeZPos(), 3.75F) << "the reset is a step of its own";
 }
 
@@ -315,7 +315,7 @@ TEST_F(PlotTabTest, TheStateSpeaksAndAnotherGridThanTheOneThatRanIsTold) {
     EXPECT_EQ(state.text(), "");
     document.runSimulation();
     EXPECT_EQ(state.text(), "Running");
-    document.editText(setup_key::runLength, "50");
+    document.setup().editText(setup_key::runLength, "50");
     ASSERT_TRUE(waitFor([&] { return document.runControl().state() == RunControl::State::Idle; }, 60'000));
     EXPECT_TRUE(state.text().startsWith("Done: ")) << state.text().toStdString();
     EXPECT_EQ(tabs.tabToolTip(1), state.text());
@@ -327,7 +327,8 @@ TEST_F(PlotTabTest, TheStateSpeaksAndAnotherGridThanTheOneThatRanIsTold) {
     EXPECT_TRUE(notice(window).contains("by the grid of the setup that ran")) << notice(window).toStdString();
     EXPECT_TRUE(otherGrid.isVisible());
 
-    document.editEntry(PortList::Steppers, 0, "step", "0.00001"); // millions of rows: never at its end by itself
+    document.setup().editEntry(PortList::Steppers, 0, "step",
+                               "0.00001"); // millions of rows: never at its end by itself
     document.saveToFile(*document.filePath());
     const auto& button = find<QPushButton>(window, "startStopButton");
     const auto& wheel = find<QProgressBar>(window, "progressWheel");

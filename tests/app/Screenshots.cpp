@@ -63,7 +63,8 @@ TEST_F(Screenshots, Setups) {
     save("setup-filled");
     window->resize(1024, 700);
     save("setup-1024x700");
-    window->document().useModel(files.write("broken.xml", "<?xml version='1.0'?>\n<database>\n<object type='KSLEVEL'"));
+    window->document().setup().chooseModel(
+        files.write("broken.xml", "<?xml version='1.0'?>\n<database>\n<object type='KSLEVEL'"));
     save("sheet-import-failure");
 }
 
@@ -80,8 +81,8 @@ TEST_F(Screenshots, WorkOnASetup) {
     save("cell-refused");
     clickAt(nodePoint("Moth/Eggs/inputs/delay"), {"sleep", "1.5"});
     save("node-tooltip");
-    window->document().editEntry(PortList::Steppers, 0, "portPath", "/Orchard/Weather/heigth");
-    window->document().editEntry(PortList::Steppers, 1, "step", "0");
+    window->document().setup().editEntry(PortList::Steppers, 0, "portPath", "/Orchard/Weather/heigth");
+    window->document().setup().editEntry(PortList::Steppers, 1, "step", "0");
     field("modelFilter").setText("eggs");
     save("setup-faults");
     outline().setCurrentIndex(showNode("Moth/Egg laying/inputs/eggs per degree day"));
@@ -126,7 +127,7 @@ TEST_F(Screenshots, Runs) {
     MyDocument& document = openSized("crop-one-stepper.orrery");
     action(*window, "actionShowPlot").trigger();
     document.runSimulation();
-    document.editText(setup_key::runLength, "50");
+    document.setup().editText(setup_key::runLength, "50");
     ASSERT_TRUE(waitFor([&] { return document.runControl().state() == RunControl::State::Idle; }, 60'000));
     save("run-other-grid");
     document.readByOtherGrid();
@@ -136,7 +137,7 @@ TEST_F(Screenshots, Runs) {
         QTest::keyClick(QApplication::activeModalWidget(), Qt::Key_Escape);
     });
     document.runSimulation();
-    document.editEntry(PortList::Steppers, 0, "step", "0.00001");
+    document.setup().editEntry(PortList::Steppers, 0, "step", "0.00001");
     document.saveToFile(*document.filePath());
     document.runSimulation();
     QTest::qWait(2500); // for some lines of the engine
@@ -159,7 +160,7 @@ TEST_F(Screenshots, StartPanel) {
 TEST_F(Screenshots, SheetsAndPanels) {
     openSized(crop).saveToDorado();
     save("sheet-dorado");
-    openSized("crop-single.orrery").editText(setup_key::runLength, "90");
+    openSized("crop-single.orrery").setup().editText(setup_key::runLength, "90");
     window->close();
     save("sheet-close");
     QTest::keyClick(QApplication::activeWindow(), Qt::Key_Escape);

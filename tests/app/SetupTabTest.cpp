@@ -57,7 +57,7 @@ TEST_F(SetupTabTest, NumbersAreCheckedInTheirCellsAndKeptAsNumbers) {
     press("Return");
     ASSERT_TRUE(waitFor([&] { return fieldsOf(PortList::Initializations, "coordinates").front() == "{2, 3}"; }));
 
-    window->document().editEntry(PortList::Initializations, 0, "value", "{ 3 }");
+    window->document().setup().editEntry(PortList::Initializations, 0, "value", "{ 3 }");
     typeInto(inputs, 0, 2, {});
     press("Return"); // left as it was
     press("F2");
@@ -69,8 +69,8 @@ TEST_F(SetupTabTest, NumbersAreCheckedInTheirCellsAndKeptAsNumbers) {
 
 TEST_F(SetupTabTest, EveryCellCanBeEmptiedAndIsThenWithoutItsKeyUntilThatIsUndone) {
     openSample("insect-two-steppers.orrery");
-    window->document().addPort(PortList::Outputs, "/Orchard/Moth/Eggs/count");
-    window->document().editEntry(PortList::Outputs, 0, "outputPath", "a.txt");
+    window->document().setup().addPort(PortList::Outputs, "/Orchard/Moth/Eggs/count");
+    window->document().setup().editEntry(PortList::Outputs, 0, "outputPath", "a.txt");
     for (const char* name : {"outputTable", "inputTable", "stepperTable"}) {
         PortTableView& view = table(name);
         ListController& list = window->document().controller(view.portList());
@@ -79,7 +79,7 @@ TEST_F(SetupTabTest, EveryCellCanBeEmptiedAndIsThenWithoutItsKeyUntilThatIsUndon
             typeInto(view, 0, column, {"BackSpace", "Return"});
             const bool emptied = waitFor([&] { return list.arrangedObjects().front().size() == before.size() - 1; });
             ASSERT_TRUE(emptied) << name << ' ' << column;
-            window->document().undo();
+            window->document().setup().undo();
             EXPECT_EQ(list.arrangedObjects().front(), before);
         }
     }
@@ -106,7 +106,7 @@ TEST_F(SetupTabTest, AFieldIsCommittedByReturnAndByLeavingAndHasUndoOfItsOwnWhil
 
     xdotool({"type", "9"});
     ASSERT_TRUE(waitFor([&] { return runLength.text() == "509"; }));
-    window->document().editText("GCD", "4"); // another change does not disturb the typing
+    window->document().setup().editText("GCD", "4"); // another change does not disturb the typing
     EXPECT_EQ(runLength.text(), "509");
     commitPendingEdit(*window);
     EXPECT_EQ(setting("runLength"), "509");
@@ -169,7 +169,7 @@ TEST_F(SetupTabTest, TheFilterShowsMatchesWithTheirAncestorsAndEscapeShowsAllAga
 TEST_F(SetupTabTest, APortThatTheModelHasNotIsMarkedUntilTheModelHasIt) {
     openSample("insect-two-steppers.orrery");
     const QModelIndex cell = table("stepperTable").model()->index(0, 0);
-    window->document().editEntry(PortList::Steppers, 0, "portPath", "/Orchard/Weather/heigth");
+    window->document().setup().editEntry(PortList::Steppers, 0, "portPath", "/Orchard/Weather/heigth");
     const std::string fault = cell.data(Qt::AccessibleDescriptionRole).toString().toStdString();
     EXPECT_THAT(fault, HasSubstr("Did you mean /Orchard/Weather/height?"));
     EXPECT_THAT(cell.data(Qt::ToolTipRole).toString().toStdString(), HasSubstr(fault));
@@ -228,8 +228,8 @@ TEST_F(SetupTabTest, ProblemsLeadToTheirPlaceAndAreMendedThere) {
     openSample("insect-two-steppers.orrery");
     auto& problems = find<ProblemsView>(*window, "sweepProblems");
     EXPECT_FALSE(problems.isVisible());
-    window->document().editEntry(PortList::Steppers, 1, "stop", "0.97");
-    window->document().editText("stepsPerDay", "0");
+    window->document().setup().editEntry(PortList::Steppers, 1, "stop", "0.97");
+    window->document().setup().editText("stepsPerDay", "0");
     ASSERT_TRUE(waitFor([&] { // both lines
         return problems.visibleRegion().boundingRect().height() >= 2 * problems.fontMetrics().lineSpacing();
     }));
@@ -303,7 +303,7 @@ std::string largeModel(int levels) {
 
 TEST_F(SetupTabTest, AHundredThousandNodesAreShownFilteredSelectedInTheOrderOfTheTreeAndAddedInOneStep) {
     window = &openNew();
-    window->document().useModel(files.write("large.xml", largeModel(830)));
+    window->document().setup().chooseModel(files.write("large.xml", largeModel(830)));
     auto& model = static_cast<ModelOutlineModel&>(*outline().model());
     EXPECT_GT(model.shownCount(), 100'000U);
     for (const char* text : {"p", "po", "port rl829p9p8", "l829p9/port"}) {

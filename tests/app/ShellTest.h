@@ -50,7 +50,7 @@ protected:
         ASSERT_TRUE(waitFor([&] { return panel == nullptr; }));
     }
     static void edit(DocumentWindow& window, const std::string& runLength) {
-        window.document().editText(setup_key::runLength, runLength);
+        window.document().setup().editText(setup_key::runLength, runLength);
         ASSERT_TRUE(window.isWindowModified());
     }
     [[nodiscard]] const std::vector<DocumentWindow*>& windows() const {

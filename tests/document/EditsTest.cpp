@@ -32,36 +32,36 @@ TEST_F(EditsTest, EveryKindOfEditIsTakenBackAndDoneAgainUnderItsName) {
     port.setData(archivePortPath("/d"), std::string(outputPathPboardType));
     constexpr PortList outputs = PortList::Outputs;
     const std::vector<Case> cases{
-        {"Change Run Length", [](auto& d) { d.editText(setup_key::runLength, "7"); }, true},
-        {"Change GCD", [](auto& d) { d.editText(setup_key::gcd, "3"); }, false},
-        {"Change Start Day", [](auto& d) { d.editStartDay(std::nullopt); }, false},
-        {"Choose Model", [](auto& d) { d.useModel(ORRERY_SAMPLES "/crop.xml"); }, true},
-        {"Add Output", [](auto& d) { d.addPort(outputs, "/c"); }, true},
+        {"Change Run Length", [](auto& d) { d.setup().editText(setup_key::runLength, "7"); }, true},
+        {"Change GCD", [](auto& d) { d.setup().editText(setup_key::gcd, "3"); }, false},
+        {"Change Start Day", [](auto& d) { d.setup().editStartDay(std::nullopt); }, false},
+        {"Choose Model", [](auto& d) { d.setup().chooseModel(ORRERY_SAMPLES "/crop.xml"); }, true},
+        {"Add Output", [](auto& d) { d.setup().addPort(outputs, "/c"); }, true},
         {"Add Stepper", [](auto& d) { d.addOrRemoveStepper(0); }, true},
         {"Remove Output", [](auto& d) { d.addOrRemoveOutput(1); }, true},
-        {"Move Outputs", [](auto& d) { d.moveSelected(outputs, -1); }, true},
+        {"Move Outputs", [](auto& d) { d.setup().moveSelected(outputs, -1); }, true},
         {"Drop Output", [&](auto& d) { d.tableViewAcceptDrop(outputs, port, 1, DropOperation::On); }, true},
-        {"Change Output Result File", [](auto& d) { d.editEntry(outputs, 1, "outputPath", "x.txt"); }, false},
+        {"Change Output Result File", [](auto& d) { d.setup().editEntry(outputs, 1, "outputPath", "x.txt"); }, false},
     };
     for (const Case& row : cases) {
         SCOPED_TRACE(row.name);
         MyDocument each(services());
         each.initWithType("");
-        each.addPorts(outputs, {"/a", "/b"});
+        each.setup().addPorts(outputs, {"/a", "/b"});
         each.controller(outputs).setSelection({1});
         each.saveToFile(files.path() + "each.orrery");
         const SetupDictionary::Values before = each.theDictionary().values();
         row.edit(each);
         const SetupDictionary::Values after = each.theDictionary().values();
         EXPECT_NE(before, after);
-        EXPECT_EQ(each.undoMenuItemTitle(), std::string("Undo ") + row.name);
+        EXPECT_EQ(each.setup().undoMenuItemTitle(), std::string("Undo ") + row.name);
         EXPECT_EQ(each.isDocumentEdited(), row.counted);
         EXPECT_TRUE(each.hasUnsavedChanges());
-        each.undo();
+        each.setup().undo();
         EXPECT_EQ(each.theDictionary().values(), before);
-        EXPECT_EQ(each.redoMenuItemTitle(), std::string("Redo ") + row.name);
+        EXPECT_EQ(each.setup().redoMenuItemTitle(), std::string("Redo ") + row.name);
         EXPECT_EQ(each.hasUnsavedChanges(), row.counted) << "an undone edit is a change that was counted";
-        each.redo();
+        each.setup().redo();
         EXPECT_EQ(each.theDictionary().values(), after);
         each.saveToFile(files.path() + "each.orrery");
         EXPECT_FALSE(each.hasUnsavedChanges());
@@ -69,50 +69,50 @@ TEST_F(EditsTest, EveryKindOfEditIsTakenBackAndDoneAgainUnderItsName) {
 }
 
 TEST_F(EditsTest, WhatChangesNothingIsNoStepAndANewEditForgetsWhatWasUndone) {
-    document.editText(setup_key::runLength, "100");
+    document.setup().editText(setup_key::runLength, "100");
     document.addOrRemoveOutput(1);
-    document.moveSelected(PortList::Outputs, 1);
-    EXPECT_FALSE(document.canUndo());
-    document.addPort(PortList::Outputs, "/a");
-    document.addPort(PortList::Outputs, "/b");
-    document.undo();
-    document.undo();
+    document.setup().moveSelected(PortList::Outputs, 1);
+    EXPECT_FALSE(document.setup().canUndo());
+    document.setup().addPort(PortList::Outputs, "/a");
+    document.setup().addPort(PortList::Outputs, "/b");
+    document.setup().undo();
+    document.setup().undo();
     EXPECT_EQ(outputs(), "");
     EXPECT_EQ(document.theDictionary().list(setup_key::outputs), nullptr) << "as before the first entry";
-    document.addPort(PortList::Outputs, "/c");
-    EXPECT_FALSE(document.canRedo());
+    document.setup().addPort(PortList::Outputs, "/c");
+    EXPECT_FALSE(document.setup().canRedo());
     EXPECT_EQ(outputs(), "/c ");
 }
 
 TEST_F(EditsTest, RowsMoveByOnePlaceAndStayAtTheEnds) {
-    document.addPorts(PortList::Outputs, {"a", "b", "c"});
+    document.setup().addPorts(PortList::Outputs, {"a", "b", "c"});
     ListController& controller = document.controller(PortList::Outputs);
     controller.setSelection({0, 1});
-    document.moveSelected(PortList::Outputs, -1);
+    document.setup().moveSelected(PortList::Outputs, -1);
     EXPECT_EQ(outputs(), "a b c ");
-    document.moveSelected(PortList::Outputs, 1);
+    document.setup().moveSelected(PortList::Outputs, 1);
     EXPECT_EQ(outputs(), "c a b ");
     EXPECT_EQ(controller.selection(), (std::vector<std::size_t>{1, 2}));
-    document.moveSelected(PortList::Outputs, 1);
+    document.setup().moveSelected(PortList::Outputs, 1);
     EXPECT_EQ(outputs(), "c a b ");
 }
 
 TEST_F(EditsTest, UndoingTheChoiceOfAModelBringsItsTreeBackAndOneThatCannotBeReadEmptiesItAndTellsWhy) {
     show(document);
-    document.useModel(ORRERY_SAMPLES "/crop.xml");
+    document.setup().chooseModel(ORRERY_SAMPLES "/crop.xml");
     const std::string crop(document.modelTree().root()->name());
-    document.useModel(ORRERY_SAMPLES "/insect.xml");
+    document.setup().chooseModel(ORRERY_SAMPLES "/insect.xml");
     EXPECT_NE(document.modelTree().root()->name(), crop);
-    document.undo();
+    document.setup().undo();
     EXPECT_EQ(document.modelTree().root()->name(), crop);
-    document.useModel(files.write("cut.xml", "<database>\n<object"));
+    document.setup().chooseModel(files.write("cut.xml", "<database>\n<object"));
     EXPECT_TRUE(document.modelTree().empty());
     EXPECT_TRUE(document.modelModification().has_value());
     ASSERT_EQ(window.sheets.size(), 1U);
     EXPECT_NE(window.sheets[0].informative.find("cut.xml:2"), std::string::npos) << window.sheets[0].informative;
-    document.undo();
+    document.setup().undo();
     EXPECT_EQ(document.modelTree().root()->name(), crop);
-    document.undo();
+    document.setup().undo();
     EXPECT_TRUE(document.modelTree().empty());
     EXPECT_FALSE(document.modelModification());
 }
@@ -123,10 +123,10 @@ TEST_F(EditsTest, ACancelledImportLeavesTheModelAsItWas) {
         std::function<void(MyDocument&, const std::string& insect)> import;
     };
     const std::vector<Case> cases = {
-        {"choosing", [](MyDocument& d, auto& insect) { d.useModel(insect); }},
-        {"choosing the same", [](MyDocument& d, auto&) { d.useModel(d.modelFilePath()); }},
-        {"setting the path", [](MyDocument& d, auto& insect) { d.editText(setup_key::modelPath, insect); }},
-        {"undoing", [](MyDocument& d, auto&) { d.undo(); }},
+        {"choosing", [](MyDocument& d, auto& insect) { d.setup().chooseModel(insect); }},
+        {"choosing the same", [](MyDocument& d, auto&) { d.setup().chooseModel(d.modelFilePath()); }},
+        {"setting the path", [](MyDocument& d, auto& insect) { d.setup().editText(setup_key::modelPath, insect); }},
+        {"undoing", [](MyDocument& d, auto&) { d.setup().undo(); }},
         {"reverting", [](MyDocument& d, auto&) { d.revertToFile(); }},
         {"coming back to a changed file",
          [](MyDocument& d, auto&) {
@@ -140,8 +140,8 @@ TEST_F(EditsTest, ACancelledImportLeavesTheModelAsItWas) {
         opened.initWithType("");
         CancellablePanel panel;
         show(opened, &panel);
-        opened.useModel(insect);
-        opened.useModel(ORRERY_SAMPLES "/crop.xml");
+        opened.setup().chooseModel(insect);
+        opened.setup().chooseModel(ORRERY_SAMPLES "/crop.xml");
         opened.saveToFile(files.path() + "model.orrery");
         window.sheets.clear();
         const std::string model = opened.modelFilePath();
@@ -157,7 +157,7 @@ TEST_F(EditsTest, ACancelledImportLeavesTheModelAsItWas) {
 }
 
 TEST_F(EditsTest, ASetupWhoseModelIsNotWantedOpensWithoutOneUntilItIsChosenAgain) {
-    document.useModel(ORRERY_SAMPLES "/crop.xml");
+    document.setup().chooseModel(ORRERY_SAMPLES "/crop.xml");
     document.saveToFile(files.path() + "model.orrery");
     MyDocument opened(services());
     opened.readFromFile(files.path() + "model.orrery");
@@ -170,19 +170,19 @@ TEST_F(EditsTest, ASetupWhoseModelIsNotWantedOpensWithoutOneUntilItIsChosenAgain
     EXPECT_FALSE(opened.hasUnsavedChanges());
     EXPECT_EQ(window.sheets.size(), 1U) << "once, although the application became active again";
     panel.cancels = false;
-    opened.useModel(opened.modelFilePath());
+    opened.setup().chooseModel(opened.modelFilePath());
     EXPECT_FALSE(opened.modelTree().empty());
 }
 
 TEST_F(EditsTest, RevertingReadsTheFileAgain) {
     const std::string path = files.path() + "kept.orrery";
     document.saveToFile(path);
-    document.editText(setup_key::runLength, "7");
+    document.setup().editText(setup_key::runLength, "7");
     document.revertToFile();
     EXPECT_EQ(document.theDictionary().textOrEmpty(setup_key::runLength), "100");
     EXPECT_FALSE(document.hasUnsavedChanges());
-    EXPECT_FALSE(document.canUndo());
-    document.editText(setup_key::runLength, "8");
+    EXPECT_FALSE(document.setup().canUndo());
+    document.setup().editText(setup_key::runLength, "8");
     EXPECT_TRUE(document.isDocumentEdited()) << "observed again";
     ASSERT_EQ(document.filePath(), path);
     window.modalAnswer = 0; // Save
@@ -199,12 +199,12 @@ TEST_F(EditsTest, ASaveElsewhereKeepsTheModelAndSoDoesUndo) {
         files.write(name, cropModel);
     }
     document.saveToFile(place + "a.orrery");
-    document.editText(setup_key::modelPath, "weed.xml");
-    document.editText(setup_key::modelPath, "crop.xml");
+    document.setup().editText(setup_key::modelPath, "weed.xml");
+    document.setup().editText(setup_key::modelPath, "crop.xml");
     const auto model = [&] { return std::string(document.theDictionary().textOrEmpty(setup_key::modelPath)); };
     document.saveToFile(place + "b.orrery");
     EXPECT_EQ(model(), "crop.xml");
-    document.editText(setup_key::runLength, "7");
+    document.setup().editText(setup_key::runLength, "7");
     EXPECT_THROW(document.saveToFile(files.path() + "missing/c.orrery"), OrreryError);
     EXPECT_EQ(model(), "crop.xml");
     EXPECT_TRUE(document.isDocumentEdited());
@@ -212,8 +212,8 @@ TEST_F(EditsTest, ASaveElsewhereKeepsTheModelAndSoDoesUndo) {
     EXPECT_EQ(model(), place + "crop.xml");
     EXPECT_NE(readWholeFile(files.path() + "c.orrery").find(">" + model() + "<"), std::string::npos);
     EXPECT_FALSE(document.hasUnsavedChanges());
-    document.undo(); // the run length
-    document.undo();
+    document.setup().undo(); // the run length
+    document.setup().undo();
     EXPECT_EQ(document.modelFilePath(), place + "weed.xml");
 }
 

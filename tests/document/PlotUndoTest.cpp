@@ -7,7 +7,7 @@ namespace {
 class PlotUndoTest : public ResultsTest {
 protected:
     PlotUndoTest() {
-        document.setEditShower([this](const EditPlace& place) { shown = place; });
+        document.setup().observers().showEdit = [this](const EditPlace& place) { shown = place; };
     }
     void axis(std::size_t row, std::uint32_t role) {
         document.changePlot({PlotAct::ChooseAxis, row}, [&] {
@@ -55,15 +55,15 @@ TEST_F(PlotUndoTest, EveryChoiceIsTakenBackAndMadeAgainAndNoEdit) {
     for (const Case& row : cases) {
         document.changePlot(row.control, [&] { row.choose(document); });
         const PlotState after = document.plotState();
-        EXPECT_EQ(document.undoMenuItemTitle(), std::string("Undo ") + row.name);
-        document.undo();
+        EXPECT_EQ(document.setup().undoMenuItemTitle(), std::string("Undo ") + row.name);
+        document.setup().undo();
         EXPECT_EQ(document.plotState(), before) << row.name;
         EXPECT_TRUE(shown.setup.key.empty());
-        document.redo();
+        document.setup().redo();
         EXPECT_EQ(document.plotState(), after) << row.name;
-        document.undo();
+        document.setup().undo();
     }
-    EXPECT_FALSE(document.canUndo());
+    EXPECT_FALSE(document.setup().canUndo());
     EXPECT_FALSE(document.hasUnsavedChanges());
 }
 
@@ -76,20 +76,20 @@ TEST_F(PlotUndoTest, WhileOneControlMovesItsWayIsOneStepAndTheAnimationIsNone) {
     document.endPlotMove();
     light(5);
     const float angle = document.yRotation();
-    document.undo();
+    document.setup().undo();
     EXPECT_EQ(document.lightHeight(), 4);
-    document.undo();
+    document.setup().undo();
     EXPECT_EQ(document.lightHeight(), 1);
     EXPECT_EQ(document.yRotation(), angle) << "the scene turns on";
-    EXPECT_FALSE(document.canUndo());
+    EXPECT_FALSE(document.setup().canUndo());
     light(2);
     light(1); // back where it began
-    EXPECT_FALSE(document.canUndo());
+    EXPECT_FALSE(document.setup().canUndo());
     light(2);
-    document.editText(setup_key::runLength, "7");
+    document.setup().editText(setup_key::runLength, "7");
     light(3);
-    document.undo();
-    document.undo();
+    document.setup().undo();
+    document.setup().undo();
     EXPECT_EQ(document.lightHeight(), 2) << "what came between parts the steps";
 }
 
@@ -102,38 +102,38 @@ TEST_F(PlotUndoTest, AnAxisComesBackWithTheCameraThatItsLossPutBack) {
     EXPECT_EQ(document.eyeXPos(), 3) << "a surface keeps the camera";
     axis(1, 1); // taken from the other: curves
     EXPECT_EQ(document.eyeXPos(), 0);
-    document.undo();
+    document.setup().undo();
     EXPECT_EQ(plot.dimensions(), 3U);
     EXPECT_EQ(document.eyeXPos(), 3);
     EXPECT_EQ(document.independentVariables()[0].function(), PlotRole::Axis1);
-    document.redo();
+    document.setup().redo();
     EXPECT_EQ(plot.dimensions(), 2U);
     EXPECT_EQ(document.eyeXPos(), 0);
     EXPECT_EQ(document.independentVariables()[0].function(), PlotRole::Held);
 }
 
 TEST_F(PlotUndoTest, ANewRunOfTheSameKeepsTheStepsAndOneOfOthersPassesThemOver) {
-    document.editText(setup_key::runLength, "3.5");
+    document.setup().editText(setup_key::runLength, "3.5");
     include(1);
     document.setIndependentVariables({}); // a run goes on
     document.buildResults();
     document.dependentVariables()[1].setValue("includep", true); // as choices are carried over
-    document.undo();
+    document.setup().undo();
     EXPECT_FALSE(document.dependentVariables()[1].includep());
-    document.redo();
+    document.setup().redo();
     axis(0, 2);
     light(9);
     document.setDependentVariables({ResponseVariable("Other/x", "1"), ResponseVariable("Other/y", "2")});
     document.setIndependentVariables({});
-    document.undo();
+    document.setup().undo();
     EXPECT_EQ(document.lightHeight(), 1) << "the view is the same";
-    EXPECT_EQ(document.undoMenuItemTitle(), "Undo Change Run Length");
-    document.undo();
+    EXPECT_EQ(document.setup().undoMenuItemTitle(), "Undo Change Run Length");
+    document.setup().undo();
     EXPECT_EQ(document.theDictionary().textOrEmpty(setup_key::runLength), "3");
     EXPECT_FALSE(document.dependentVariables()[1].includep());
     light(5);
     document.revertToFile();
-    EXPECT_FALSE(document.canUndo());
+    EXPECT_FALSE(document.setup().canUndo());
 }
 
 TEST_F(PlotUndoTest, AnEditIsShownWhereItIs) {
@@ -144,22 +144,24 @@ TEST_F(PlotUndoTest, AnEditIsShownWhereItIs) {
     };
     const SetupPlace stop{"steppers", 1, "stop"};
     const std::vector<Case> cases{
-        {[](auto& d) { d.editText(setup_key::gcd, "7"); }, {"GCD"}, {"GCD"}},
-        {[](auto& d) { d.editEntry(PortList::Steppers, 1, "stop", "4"); }, stop, stop},
-        {[](auto& d) { d.addPort(PortList::Steppers, "/d"); }, {"steppers", 2}, {"steppers", 3}},
+        {[](auto& d) { d.setup().editText(setup_key::gcd, "7"); }, {"GCD"}, {"GCD"}},
+        {[](auto& d) { d.setup().editEntry(PortList::Steppers, 1, "stop", "4"); }, stop, stop},
+        {[](auto& d) { d.setup().addPort(PortList::Steppers, "/d"); }, {"steppers", 2}, {"steppers", 3}},
         {[](auto& d) { d.addOrRemoveStepper(1); }, {"steppers", 1}, {"steppers", 1}},
-        {[](auto& d) { d.addPort(PortList::Outputs, "/o"); }, {"outputs"}, {"outputs", 0}}, // the first of its list
+        {[](auto& d) { d.setup().addPort(PortList::Outputs, "/o"); },
+         {"outputs"},
+         {"outputs", 0}}, // the first of its list
     };
-    document.addPorts(PortList::Steppers, {"/b", "/c"});
+    document.setup().addPorts(PortList::Steppers, {"/b", "/c"});
     for (const Case& row : cases) {
         document.controller(PortList::Steppers).setSelection({1});
         row.edit(document);
-        SCOPED_TRACE(document.undoMenuItemTitle());
-        document.undo();
+        SCOPED_TRACE(document.setup().undoMenuItemTitle());
+        document.setup().undo();
         EXPECT_EQ(shown.setup, row.undone);
-        document.redo();
+        document.setup().redo();
         EXPECT_EQ(shown.setup, row.redone);
-        document.undo();
+        document.setup().undo();
     }
 }
 

@@ -178,7 +178,7 @@ TEST_F(RunControlTest, TextAndStateTellHowARunEnded) {
 }
 
 TEST_F(RunControlTest, WhatRanIsToldFromTheDocumentsSetupAndCanReadTheTable) {
-    document.editEntry(PortList::Steppers, 0, "stop", "2"); // 3 × 3 rows now
+    document.setup().editEntry(PortList::Steppers, 0, "stop", "2"); // 3 × 3 rows now
     EXPECT_FALSE(document.isDocumentEdited());
     window.modalAnswer = 2; // Don't Save: the engine reads 2 × 3
     run();
@@ -209,7 +209,7 @@ TEST_F(RunControlTest, WhatRanIsToldFromTheDocumentsSetupAndCanReadTheTable) {
 
 TEST_F(RunControlTest, AnEditDuringTheRunThatLeavesTheGridIsTold) {
     document.runSimulation();
-    document.addPort(PortList::Initializations, "/Field/Crop/rain");
+    document.setup().addPort(PortList::Initializations, "/Field/Crop/rain");
     writeTable();
     launcher.last().end();
     EXPECT_THAT(window.status, testing::HasSubstr("The document's setup is not the one that ran"));
@@ -245,13 +245,13 @@ TEST_F(ForeignSetup, AsksOnceBeforeItWritesOverFilesOutsideItsFolder) {
     EXPECT_FALSE(runs());
     ASSERT_EQ(window.alerts.size(), 1U);
     EXPECT_THAT(window.alerts[0].informative, testing::HasSubstr("precious.txt"));
-    foreign.editText(setup_key::runLength, "5");
+    foreign.setup().editText(setup_key::runLength, "5");
     foreign.saveToFile(*foreign.filePath()); // which makes it no more trustworthy
     EXPECT_FALSE(runs());
     window.modalAnswer = 0;
     EXPECT_TRUE(runs());
     EXPECT_TRUE(runs());
-    foreign.editText(setup_key::runLength, "6");
+    foreign.setup().editText(setup_key::runLength, "6");
     foreign.saveToFile(*foreign.filePath());
     MyDocument again(services());
     again.readFromFile(*foreign.filePath());
