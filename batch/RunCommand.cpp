@@ -135,7 +135,7 @@ private:
         m_document.setModelTree(std::move(tree));
         printProblems(m_document.setupProblems(), setupPath);
         if (!m_engine.empty() && !isExecutable(m_engine)) {
-            throw OrreryError("is not a program that can be run.", {.file = m_engine},
+            throw OrreryError("This is not a program that can be run.", {.file = m_engine},
                               "Name the engine's executable file with --engine.");
         }
     }

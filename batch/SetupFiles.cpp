@@ -58,7 +58,7 @@ SetupDictionary loadSetup(const std::string& setupPath) {
 ModelTree loadModel(const SetupDictionary& setup, const std::string& setupPath) {
     const std::string modelPath = resolvedModelPath(setup.textOrEmpty(setup_key::modelPath), setupPath);
     if (modelPath.empty()) {
-        throw OrreryError("names no model.", {.file = setupPath},
+        throw OrreryError("The setup names no model.", {.file = setupPath},
                           "Give it one, for example with the option --model of "
                           "orrery-batch new.");
     }

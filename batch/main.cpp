@@ -93,7 +93,7 @@ int main(int argc, char** argv) {
     try {
         return orrery::run(argc, argv);
     } catch (const std::bad_alloc&) {
-        orrery::printMessage("there is not enough memory. Close other programs, or choose a smaller grid.");
+        orrery::printMessage("There is not enough memory. Close other programs, or choose a smaller grid.");
     } catch (const std::exception& error) {
         orrery::printMessage(error.what());
     }

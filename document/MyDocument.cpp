@@ -118,7 +118,7 @@ void MyDocument::keepUnparsedFile(const std::string& path) {
         kept = fmt::format("{}~{}", path, number);
     }
     replaceFile(kept, m_unparsedBytes);
-    logLine(fmt::format("{} was no setup file; its old content is kept as {}", path, kept));
+    logLine(fmt::format("{} was not a setup file; its old content is kept as {}", path, kept));
 }
 
 void MyDocument::saveToFile(const std::string& path) {

@@ -25,7 +25,7 @@ SetupDictionary readSetupFile(const std::string& path) {
     if (setup.parsed) {
         return std::move(setup.dictionary);
     }
-    throw OrreryError("this is not a setup file: " + setup.fault, {path}, "Name a setup saved by Orrery.");
+    throw OrreryError("This is not a setup file: " + setup.fault, {path}, "Name a setup saved by Orrery.");
 }
 
 std::string modelPathOf(const SetupDictionary& setup, const std::string& setupPath) {
@@ -33,7 +33,7 @@ std::string modelPathOf(const SetupDictionary& setup, const std::string& setupPa
     if (!path.empty()) {
         return path;
     }
-    throw OrreryError("the setup names no model.", {setupPath}, "Choose a model in Orrery and save the setup.");
+    throw OrreryError("The setup names no model.", {setupPath}, "Choose a model in Orrery and save the setup.");
 }
 
 void describe(const SetupDictionary& setup, const PortNetwork& network, const RunPlan& plan, std::size_t columns,

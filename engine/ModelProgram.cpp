@@ -148,7 +148,7 @@ ModelProgram::Order ModelProgram::ordered(const std::vector<const Computation*>&
             path += m_network.ports()[computations[item]->port].path + " -> ";
         }
         const NetworkPort& first = m_network.ports()[computations[cycle.items().front()]->port];
-        throw OrreryError("algebraic cycle: " + quotedForMessage(path + first.path) + ".", m_network.placeOf(first),
+        throw OrreryError("Algebraic cycle: " + quotedForMessage(path + first.path) + ".", m_network.placeOf(first),
                           "Put a state (an output with a rate) or a delay into it.");
     }
     return order;

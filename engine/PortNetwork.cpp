@@ -110,12 +110,12 @@ void PortNetwork::connect(NetworkPort& port, const std::vector<std::string>& sou
         return;
     }
     if (sources.size() > 1) {
-        throw OrreryError("port \"" + port.path + "\" has " + std::to_string(sources.size()) + " sources.",
+        throw OrreryError("Port \"" + port.path + "\" has " + std::to_string(sources.size()) + " sources.",
                           placeOf(port), "Name one, or add the values up in an expression.");
     }
     const auto source = m_portOfIdentifier.find(sources.front());
     if (source == m_portOfIdentifier.end()) {
-        throw OrreryError("the source \"" + quotedForMessage(sources.front()) + "\" of port \"" + port.path +
+        throw OrreryError("The source \"" + quotedForMessage(sources.front()) + "\" of port \"" + port.path +
                               "\" is not a port of the model.",
                           placeOf(port), "Name the identifier of a port.");
     }

@@ -103,7 +103,7 @@ std::size_t PortValues::representative(std::size_t port, const std::set<std::siz
         present = *next;
     }
     const NetworkPort& culprit = m_network.ports()[present];
-    throw OrreryError("algebraic cycle: " + portLabel(culprit) + " passes its own value on to itself.",
+    throw OrreryError("Algebraic cycle: " + portLabel(culprit) + " passes its own value on to itself.",
                       m_network.placeOf(culprit), "Remove one of its connections.");
 }
 

@@ -62,7 +62,7 @@ void planGridOfCells(const SetupDictionary& setup, RunPlan& plan, const std::str
     const Point size = pointFromString(setup.textOrEmpty(setup_key::dimensions));
     const auto whole = [](double count) { return count >= 1 && count <= mostCells && count == std::floor(count); };
     if (!whole(size.x) || !whole(size.y) || size.x * size.y > mostCells) {
-        throw OrreryError("the dimensions \"" +
+        throw OrreryError("The dimensions \"" +
                               quotedForMessage(std::string(setup.textOrEmpty(setup_key::dimensions))) +
                               "\" are not a pair of counts.",
                           {setupPath}, "Write { width, height }, at most a million cells; { 1, 1 } for one.");
@@ -76,7 +76,7 @@ void planTime(const SetupDictionary& setup, RunPlan& plan, const std::string& se
     plan.stepDays = 1 / static_cast<double>(stepsPerDay);
     plan.reportSteps = static_cast<double>(floatValue(setup.textOrEmpty(setup_key::reportStep)));
     if (!(stepsPerDay > 0) || !std::isfinite(stepsPerDay) || !(plan.reportSteps > 0)) {
-        throw OrreryError("the steps per day and the report step must be above 0.", {setupPath},
+        throw OrreryError("The steps per day and the report step must be above 0.", {setupPath},
                           "Set them, for example 10 steps a day and a report every 10 steps.");
     }
 }

@@ -23,7 +23,7 @@ WholeFile::WholeFile(std::string path)
     : m_path(std::move(path)), m_partPath(m_path + "." + std::to_string(getpid()) + ".part") {
     struct stat status {};
     if (stat(m_path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
-        throw OrreryError("what is here is not a file, so no result can be written.", {m_path},
+        throw OrreryError("What is here is not a file, so no result can be written.", {m_path},
                           "Remove it, or name another file.");
     }
     m_descriptor = open(m_partPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666);

@@ -26,7 +26,7 @@ std::string codePointName(std::string_view character) {
 std::string unwritablePart(std::string_view text) {
     const std::string_view notXml = firstCharacterNotInXml(text);
     if (!notXml.empty() && !isValidUtf8(notXml)) {
-        return fmt::format("the byte {:02X}, which is no valid UTF-8", static_cast<unsigned char>(notXml.front()));
+        return fmt::format("the byte {:02X}, which is not valid UTF-8", static_cast<unsigned char>(notXml.front()));
     }
     if (!notXml.empty()) return codePointName(notXml) + ", which XML cannot hold";
     const std::string notRoman = firstCharacterNotInMacRoman(text);
