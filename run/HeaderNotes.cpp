@@ -91,7 +91,7 @@ void noteSharedRecords(const ResponseVariables& matched, const PortsByName& port
         const Names& sharing = ports.at(name);
         const std::string quoted = quotedForMessage(std::string(name));
         if (sharing.size() > 1) {
-            notes.push_back(fmt::format("{} recorded ports are named {}: {}. Every column of that name stands under "
+            notes.push_back(fmt::format("{} recorded ports are named {}: {}. Every column of that name is shown under "
                                         "{}, with one scale and colour.",
                                         sharing.size(), quoted, listedForMessage(sharing),
                                         quotedForMessage(sharing.back())));
