@@ -33,7 +33,7 @@ public:
 
     DocumentWindow* newDocument();
     /// The window of the document at the path, opened when it was not, and brought to the front; nullptr when it
-    /// cannot be opened, which is told. A sample opens as an untitled copy, a new one each time.
+    /// cannot be opened, which is reported. A sample opens as an untitled copy, a new one each time.
     DocumentWindow* openDocument(const std::string& path);
     DocumentWindow* openDocument(const QString& path);
     /// The same for all of them, up to as many windows as one go may open. One message tells what was not opened.

@@ -13,7 +13,7 @@ struct LaunchOptions {
     std::string picture;            // where to save a picture of the front window before ending; empty: do not end
 };
 
-/// Reads the arguments. Answers --help and --version, and tells of wrong options; `exitCode` is then what to end with.
+/// Reads the arguments. Answers --help and --version, and reports wrong options; `exitCode` is then what to end with.
 [[nodiscard]] std::optional<LaunchOptions> launchOptions(int argc, char** argv, int& exitCode);
 
 } // namespace orrery

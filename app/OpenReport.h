@@ -20,7 +20,7 @@ struct OpenReport {
     static constexpr std::size_t mostWindows = 20;
 
     std::vector<Failure> failures;
-    std::size_t leftOut = 0; // files that were not tried, since so many windows were opened
+    std::size_t leftOut = 0; // files that were not tried, since too many windows were opened
 
     /// std::nullopt when all were opened.
     [[nodiscard]] std::optional<AlertText> alert() const;

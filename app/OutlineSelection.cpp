@@ -24,7 +24,7 @@ void OutlineSelection::select(const QItemSelection& selection, SelectionFlags co
     m_command = command;
     m_current = m_model.positionsOf(selection);
     const QItemSelection now = m_model.selectionOf(positions());
-    // What has changed is told in full where that is quickly found, otherwise as all gone and all come.
+    // What has changed is reported in full where that is quickly found, otherwise as all gone and all new.
     if (now.size() > fewRanges || this->selection().size() > fewRanges) {
         QItemSelectionModel::select(QItemSelection(), Clear);
     }

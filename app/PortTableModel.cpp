@@ -45,7 +45,7 @@ PortTableModel::PortTableModel(MyDocument& document, PortList list, QObject* par
     : QAbstractTableModel(parent), m_document(document), m_list(list),
       m_fields(std::ranges::find(setup_form::lists, listKey(list), &setup_form::List::key)->fields) {}
 
-/// Rows come and go at the end and all others are told to be changed: what is current stays where it is, so that Tab
+/// Rows come and go at the end and all others are reported as changed: what is current stays where it is, so that Tab
 /// finds the next cell after an edit.
 void PortTableModel::reload() {
     const int rows = static_cast<int>(m_document.controller(m_list).arrangedObjects().size());

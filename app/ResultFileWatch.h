@@ -10,7 +10,7 @@
 namespace orrery {
 
 /// Tells when files may have come or gone: it watches the directories that hold them, also while the files are not
-/// there. A directory in which much happens is told a few times a second. On a disk of another machine it may tell
+/// there. A directory in which much happens is reported a few times a second. On a disk of another machine it may tell
 /// nothing; what comes back to the front looks for itself.
 class ResultFileWatch : public QObject {
     Q_OBJECT

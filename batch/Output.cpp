@@ -89,7 +89,7 @@ void writeToStandardError(std::string_view text) {
     (void)writeAll(STDERR_FILENO, text);
 }
 
-// In a buffer of its own: where memory ran out, that is what is to be told.
+// In a buffer of its own: where memory ran out, that is what is to be reported.
 void printMessage(std::string_view message) {
     constexpr std::string_view prefix = "orrery-batch: ";
     std::array<char, 1024> line{};

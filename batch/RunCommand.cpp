@@ -128,7 +128,7 @@ private:
         return m_engine.empty() ? pathForAuxiliaryExecutable("Zephyr") : absolutePath(m_engine);
     }
 
-    /// Everything that can be wrong before the run is told before it, on one line.
+    /// Everything that can be wrong before the run is reported before it, on one line.
     void openDocument(const std::string& setupPath) {
         ModelTree tree = loadModel(loadSetup(setupPath), setupPath);
         m_document.readFromFile(setupPath);
@@ -175,7 +175,7 @@ int runSetup(const RunOptions& options) {
     HeadlessRun run(options);
     const int code = run.run();
     const RunOutcome& outcome = run.outcome();
-    if (code == exitInterrupted || outcome.kind != RunOutcome::Kind::Results) return code; // the rest has been told
+    if (code == exitInterrupted || outcome.kind != RunOutcome::Kind::Results) return code; // the rest has been reported
     const std::string missing = missingConsent(outcome, options);
     if (!outcome.isWhole()) {
         printMessage(outcomeText(outcome, currentDate()) +

@@ -12,8 +12,8 @@
 
 namespace orrery {
 
-/// What a model file tells of its objects (the children of its top "database" element), as it streams by. Each object
-/// is started, told part by part and ended. Views are valid during the call only.
+/// What a model file says of its objects (the children of its top "database" element), as it streams by. Each object
+/// is started, given part by part and ended. Views are valid during the call only.
 class ModelObjectHandler {
 public:
     using XmlAttributes = std::vector<XmlHandler::Attribute>;

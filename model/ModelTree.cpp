@@ -11,8 +11,8 @@ namespace orrery {
 
 namespace {
 
-/// Hands the objects of a file to a builder. A file that is not a whole XML document is told first, so what the builder
-/// finds wrong waits until the end.
+/// Hands the objects of a file to a builder. A file that is not a whole XML document is reported first, so what the
+/// builder finds wrong waits until the end.
 class BuildingHandler : public ModelObjectHandler {
 public:
     explicit BuildingHandler(ModelTreeBuilder& builder) : m_builder(builder) {}

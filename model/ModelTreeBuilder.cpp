@@ -32,7 +32,7 @@ ModelNodeKind kindOfClass(std::string_view className) {
     return className == levelClass ? ModelNodeKind::Level : ModelNodeKind::Part;
 }
 
-constexpr std::size_t manyKeys = 32; // so many are found faster by a tree than one by one
+constexpr std::size_t manyKeys = 32; // that many are found faster by a tree than one by one
 
 std::optional<std::string> owned(std::optional<std::string_view> text) {
     return text ? std::optional<std::string>(*text) : std::nullopt;

@@ -4,7 +4,7 @@
 
 namespace orrery {
 
-/// How a child ended. It is told to people and decides nothing: a run ends with its output.
+/// How a child ended. It is shown to people and decides nothing: a run ends with its output.
 struct ProcessEnd {
     enum class Kind {
         Unknown,    // it was still running when its output ended, or nobody saw its end

@@ -42,7 +42,7 @@ public:
 
     [[nodiscard]] Standing standing() const;
     [[nodiscard]] const std::string& path() const { return m_path; } // of the file
-    /// As a holder that others are told of.
+    /// As a holder that others are shown.
     [[nodiscard]] Holder holder() const;
     /// Whoever keeps these open keeps the lock.
     [[nodiscard]] std::vector<int> descriptors() const;

@@ -97,7 +97,7 @@ void OpenGLPlotView::setSurfaces(std::span<const float> data, std::uint32_t size
     m_ranges = std::move(ranges);
 }
 
-/// Nothing of the plot before is shown or told any more. Where the first error of OpenGL is to be kept.
+/// Nothing of the plot before is shown or reported any more. Where the first error of OpenGL is to be kept.
 std::string& OpenGLPlotView::startPlot() {
     m_ranges.clear();
     m_glError.clear();

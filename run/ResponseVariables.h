@@ -13,7 +13,7 @@
 namespace orrery {
 
 /// Appends a response variable for every recorded output port (attribute `recordp` reads as true) below the node.
-/// Port groups are told by their kind, so a part may be named "inputs" or "outputs".
+/// Port groups are recognised by their kind, so a part may be named "inputs" or "outputs".
 void collectRecorders(const ModelNode& node, std::vector<ResponseVariable>& recorders);
 
 /// The recorded output ports of a model: those below the top-level nodes, in tree order.

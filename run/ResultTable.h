@@ -63,7 +63,7 @@ struct TableReadOptions {
     const TableKernels* kernels = nullptr; // none: the fastest for this processor
 };
 
-/// Why a block of that shape does not fit into so many bytes of memory; std::nullopt when it does.
+/// Why a block of that shape does not fit into that many bytes of memory; std::nullopt when it does.
 [[nodiscard]] std::optional<OrreryError> blockFault(const TableShape& shape, std::uint64_t available);
 /// Checks that it fits into the memory there is now. @throws OrreryError with the number of rows and the bytes
 void requireBlockFits(const TableShape& shape);

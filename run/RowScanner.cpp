@@ -42,7 +42,7 @@ bool isDigit(char c) {
 // ---- The road of the plain number: up to 18 digits with at most one point, and an exponent of up to two.
 
 constexpr std::size_t longestPlainNumber = 40; // bytes that the plain road may look at from a number's start
-constexpr unsigned plainDigits = 18;           // so many never overflow 64 bits; more are counted and refused
+constexpr unsigned plainDigits = 18;           // that many never overflow 64 bits; more are counted and refused
 
 constexpr int largestPower = 22; // beyond it a power of ten is not an exact double
 

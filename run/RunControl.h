@@ -97,7 +97,7 @@ public:
     void checkForDirtyModelDocument();
     void doRun();
     /// Has the results of the last run built anew from its table, for a host that now builds them otherwise. Returns
-    /// false, having told why, when the table is no longer the one that was read, or a run is under way.
+    /// false, having said why, when the table is no longer the one that was read, or a run is under way.
     bool rebuildResults();
 
     [[nodiscard]] State state() const { return m_state; }

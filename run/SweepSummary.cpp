@@ -35,7 +35,7 @@ std::string sweepSummary(const SetupDictionary& setup, const Calendar& calendar,
     try {
         return sizeText(constructIndependentVariables(setup, calendar), responses);
     } catch (const OrreryError&) {
-        return {}; // which is told among the problems
+        return {}; // which is one of the problems shown
     }
 }
 

@@ -125,7 +125,7 @@ RunLock& RunLock::operator=(RunLock&& other) noexcept {
 }
 
 // The file stays, with its text: removing it could take a lock away that was just acquired, and who inherited the lock
-// is still told of.
+// is still reported.
 RunLock::~RunLock() {
     for (const int descriptor : descriptors())
         close(descriptor);

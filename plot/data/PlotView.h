@@ -38,7 +38,7 @@ public:
     /// setLentSurfaces. The plot so far is gone, and the view shows none until then.
     /// @throws std::bad_alloc, and OrreryError with what is needed and what there is
     [[nodiscard]] virtual VertexMemory lendVertices(std::size_t size) = 0;
-    /// Shows what was written into the memory that was lent last, for a plot of so many floats.
+    /// Shows what was written into the memory that was lent last, for a plot of that many floats.
     virtual void setLentSurfaces(std::uint32_t size, std::vector<VertexRange> ranges) = 0;
     /// Floats that the view has memory for, which the next plot is built in or that is given back for it.
     [[nodiscard]] virtual std::uint64_t heldFloats() const = 0;

@@ -27,8 +27,8 @@ struct VertexRun {
     return dimensions == 3 ? 6 : 3;
 }
 
-/// Cuts the vertices of a plot into runs that take at most so many floats each: surfaces between two cells, curves at a
-/// vertex that both runs hold, so that the line goes on from the one to the other.
+/// Cuts the vertices of a plot into runs that take at most that many floats each: surfaces between two cells, curves at
+/// a vertex that both runs hold, so that the line goes on from the one to the other.
 [[nodiscard]] std::vector<VertexRun> cutVertices(std::uint64_t vertices, std::uint32_t dimensions,
                                                  std::size_t mostFloats);
 
