@@ -64,22 +64,18 @@ void MyDocument::resetCamera() {
     if (m_outlets.glView != nullptr) orrery::resetCamera(*m_outlets.glView);
 }
 
-double MyDocument::rotationSliderMax() const {
-    constexpr double fullTurn = 360;
-    return m_outlets.yRotationSlider == nullptr ? fullTurn : m_outlets.yRotationSlider->maxValue();
-}
-
 float MyDocument::yRotation() const {
     if (m_outlets.glView == nullptr) return 0;
-    return wrappedRotation(m_outlets.glView->yRotation(), static_cast<float>(rotationSliderMax()));
+    return wrappedRotation(m_outlets.glView->yRotation(), static_cast<float>(m_outlets.yRotationSlider->maxValue()));
 }
 
 void MyDocument::setYRotation(float sliderValue) {
-    const float step = circularStep(m_yRotationSliderValue, sliderValue, static_cast<float>(rotationSliderMax()));
+    const float step =
+        circularStep(m_yRotationSliderValue, sliderValue, static_cast<float>(m_outlets.yRotationSlider->maxValue()));
     if (m_outlets.glView != nullptr) m_outlets.glView->setYRotation(m_outlets.glView->yRotation() + step);
     m_yRotationSliderValue = sliderValue;
     redrawPlot();
-    if (m_outlets.yRotationSlider != nullptr) m_outlets.yRotationSlider->setNeedsDisplay();
+    m_outlets.yRotationSlider->setNeedsDisplay();
 }
 
 void MyDocument::incYRotation(float step) {

@@ -29,7 +29,7 @@ bool MyDocument::validateTag(CommandTag tag) {
     } else if (tag == CommandTag::Send) {
         enabled = exportFilesExist(m_setup.dictionary(), resultTablePath(), absoluteSetupPath());
     }
-    if (m_outlets.startStopButton != nullptr) m_outlets.startStopButton->setEnabled(enabled);
+    m_outlets.startStopButton->setEnabled(enabled);
     return enabled;
 }
 
@@ -229,9 +229,8 @@ void MyDocument::setDependentVariables(std::vector<ResponseVariable> variables) 
 }
 
 void MyDocument::reloadSettings() {
-    for (SettingsRows* rows : {m_outlets.independentVariableSettings, m_outlets.dependentVariableSettings}) {
-        if (rows != nullptr) rows->reloadData();
-    }
+    m_outlets.independentVariableSettings->reloadData();
+    m_outlets.dependentVariableSettings->reloadData();
 }
 
 void MyDocument::readByOtherGrid() {

@@ -73,7 +73,7 @@ void DocumentModel::install(ModelTree tree, std::size_t recorders) {
 }
 
 void DocumentModel::showTree() {
-    if (m_outline != nullptr) m_outline->reloadData();
+    m_outline->reloadData();
     m_changed();
 }
 

@@ -26,7 +26,7 @@ public:
     DocumentModel& operator=(const DocumentModel&) = delete;
     ~DocumentModel() = default;
 
-    /// The outline that shows the tree, and the panel to wait with; each may be absent.
+    /// The outline that shows the tree, and the panel to wait with, if any.
     void setOutlets(ListView* outline, WaitPanel* panel);
 
     [[nodiscard]] const ModelTree& tree() const { return m_tree; }
@@ -58,7 +58,7 @@ private:
 
     std::function<void()> m_changed;
     std::function<void(const AlertText&)> m_tell;
-    ListView* m_outline = nullptr;
+    ListView* m_outline = &silentOutlet();
     WaitPanel* m_panel = nullptr;
     ModelTree m_tree;
     PortFaults m_portFaults{m_tree};

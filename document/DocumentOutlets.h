@@ -5,21 +5,22 @@
 
 namespace orrery {
 
-/// The window's parts that a document speaks to. Each may be absent; none is owned.
+/// The window's parts that a document speaks to; none is owned. Those of a document without a window are silent, but it
+/// has no plot to draw, tells its messages otherwise, and waits without a panel.
 struct DocumentOutlets {
-    ListView* outlineView = nullptr; // the model tree
-    ListView* outputTable = nullptr;
-    ListView* inputTable = nullptr; // the initializations
-    ListView* stepperTable = nullptr;
-    SettingsRows* independentVariableSettings = nullptr; // one row per sweep variable
-    SettingsRows* dependentVariableSettings = nullptr;   // one row per response variable
-    StatusView* statusView = nullptr;
-    ProgressWheel* progressWheel = nullptr;
-    TwoStateButton* startStopButton = nullptr;
-    Slider* yRotationSlider = nullptr;
+    ListView* outlineView = &silentOutlet(); // the model tree
+    ListView* outputTable = &silentOutlet();
+    ListView* inputTable = &silentOutlet(); // the initializations
+    ListView* stepperTable = &silentOutlet();
+    SettingsRows* independentVariableSettings = &silentOutlet(); // one row per sweep variable
+    SettingsRows* dependentVariableSettings = &silentOutlet();   // one row per response variable
+    StatusView* statusView = &silentOutlet();
+    ProgressWheel* progressWheel = &silentOutlet();
+    TwoStateButton* startStopButton = &silentOutlet();
+    Slider* yRotationSlider = &silentOutlet();
     PlotView* glView = nullptr;
     Alerts* alerts = nullptr;
-    OpenPanel* openPanel = nullptr;
+    OpenPanel* openPanel = &silentOutlet();
     WaitPanel* waitPanel = nullptr;
 };
 

@@ -54,15 +54,14 @@ void MyDocument::setSimulationData(CellBlock data) {
 void MyDocument::updatePlot(const SettingsSender& sender) {
     if (sender.tag == SettingsTag::RoleChooser && sender.row < m_results.grid.variables.size()) {
         const RoleChange change = claimAxisRole(m_results.grid.variables, sender.row);
-        if (SettingsRows* rows = m_outlets.independentVariableSettings) {
-            for (const SettingsTag tag : {SettingsTag::HeldSlider, SettingsTag::HeldField}) {
-                for (const std::size_t row : change.disabled) {
-                    rows->setControlEnabled(row, tag, false);
-                }
-                for (const std::size_t row : change.enabled) {
-                    rows->setControlEnabled(row, tag, true);
-                }
+        const auto enable = [this](const std::vector<std::size_t>& rows, SettingsTag tag, bool enabled) {
+            for (const std::size_t row : rows) {
+                m_outlets.independentVariableSettings->setControlEnabled(row, tag, enabled);
             }
+        };
+        for (const SettingsTag tag : {SettingsTag::HeldSlider, SettingsTag::HeldField}) {
+            enable(change.disabled, tag, false);
+            enable(change.enabled, tag, true);
         }
     }
     setupPlotView();

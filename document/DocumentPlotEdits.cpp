@@ -86,7 +86,7 @@ void MyDocument::putViewChange(const PlotChange& change) {
     if (change.rotation) {
         view->setYRotation(change.rotation->after.angle);
         m_yRotationSliderValue = change.rotation->after.sliderValue;
-        if (m_outlets.yRotationSlider != nullptr) m_outlets.yRotationSlider->setNeedsDisplay();
+        m_outlets.yRotationSlider->setNeedsDisplay();
     }
     if (change.camera || change.rotation) view->setNeedsDisplay();
 }

@@ -193,7 +193,6 @@ std::string MyDocument::modelFilePath() const {
 }
 
 void MyDocument::selectModel() {
-    if (m_outlets.openPanel == nullptr) return;
     OpenPanelRequest request;
     request.fileTypes = {"xml", "kestrelxmldoc"};
     m_outlets.openPanel->beginSheet(request, [this, alive = std::weak_ptr<int>(m_alive)](const std::string& path) {

@@ -270,7 +270,6 @@ private:
     void clearPlot();
     void whileDrawing(const std::function<void(PlotView&, const BuildOptions&)>& draw);
     void redrawPlot();
-    [[nodiscard]] double rotationSliderMax() const;
 
     DocumentServices m_services;
     DocumentOutlets m_outlets;

@@ -1,7 +1,6 @@
 #include "model/ListController.h"
 
 #include "platform/OrreryError.h"
-#include "platform/Outlets.h"
 
 #include <algorithm>
 #include <utility>
@@ -81,7 +80,6 @@ EntryList& ListController::entries() {
 }
 
 void ListController::show() {
-    if (m_view == nullptr) return;
     m_view->reloadData();
     m_view->selectRows(m_selection);
 }

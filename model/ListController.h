@@ -2,6 +2,7 @@
 
 #include "document/setup/SetupDictionary.h"
 #include "model/PortLists.h"
+#include "platform/Outlets.h"
 
 #include <cstddef>
 #include <functional>
@@ -9,10 +10,8 @@
 
 namespace orrery {
 
-class ListView;
-
 /// Presents one port list of a setup in its order and keeps its selection. It edits the list in the dictionary itself,
-/// creating it on first use, and holds no copy. Owned by the document; the view may be absent.
+/// creating it on first use, and holds no copy. Owned by the document.
 class ListController {
 public:
     /// `setup` returns the document's present dictionary, which may be replaced under the controller.
@@ -45,7 +44,7 @@ private:
 
     PortList m_list;
     std::function<SetupDictionary&()> m_setup;
-    ListView* m_view = nullptr;
+    ListView* m_view = &silentOutlet();
     std::vector<std::size_t> m_selection;
 };
 

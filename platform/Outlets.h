@@ -130,4 +130,34 @@ public:
     virtual void beginSheet(const OpenPanelRequest& request, std::function<void(const std::string&)> chosen) = 0;
 };
 
+/// Stands in for the parts that a window does not have: takes everything, shows nothing and answers nothing.
+class SilentOutlet final : public StatusView,
+                           public ProgressWheel,
+                           public TwoStateButton,
+                           public Slider,
+                           public ListView,
+                           public SettingsRows,
+                           public OpenPanel {
+public:
+    void setString(std::string_view /*text*/) override {}
+    void appendString(std::string_view /*text*/) override {}
+    void setNeedsDisplay() override {}
+    void startAnimation() override {}
+    void stopAnimation() override {}
+    [[nodiscard]] ButtonState state() const override { return ButtonState::Mixed; }
+    void setState(ButtonState /*state*/) override {}
+    void setEnabled(bool /*enabled*/) override {}
+    [[nodiscard]] double maxValue() const override { return 360; } // a full turn, in degrees
+    void reloadData() override {}
+    void selectRows(const std::vector<std::size_t>& /*rows*/) override {}
+    void setControlEnabled(std::size_t /*row*/, SettingsTag /*tag*/, bool /*enabled*/) override {}
+    void beginSheet(const OpenPanelRequest& /*request*/, std::function<void(const std::string&)> /*chosen*/) override {}
+};
+
+/// It holds nothing, so one does for all.
+inline SilentOutlet& silentOutlet() {
+    static SilentOutlet silent;
+    return silent;
+}
+
 } // namespace orrery

@@ -121,7 +121,6 @@ void RunControl::doRun() {
 }
 
 void RunControl::simulationStartOrAbort() {
-    if (m_outlets.startStopButton == nullptr) return;
     switch (m_outlets.startStopButton->state()) {
     case ButtonState::On:
         runSimulation();
@@ -258,8 +257,8 @@ void RunControl::makeTask(const std::string& enginePath) {
 }
 
 void RunControl::processStarted() {
-    if (m_outlets.statusView != nullptr) m_outlets.statusView->setString("");
-    if (m_outlets.progressWheel != nullptr) m_outlets.progressWheel->startAnimation();
+    m_outlets.statusView->setString("");
+    m_outlets.progressWheel->startAnimation();
 }
 
 void RunControl::appendOutput(std::string_view text) {
@@ -275,9 +274,9 @@ void RunControl::processFinished() {
         failure = std::current_exception();
     }
     m_lock.reset();
-    if (m_outlets.progressWheel != nullptr) m_outlets.progressWheel->stopAnimation();
+    m_outlets.progressWheel->stopAnimation();
     setButton(ButtonState::Off);
-    if (m_outlets.statusView != nullptr) m_outlets.statusView->setNeedsDisplay();
+    m_outlets.statusView->setNeedsDisplay();
     if (m_outlets.alerts != nullptr) m_outlets.alerts->requestUserAttention();
     setState(State::Idle);
     if (failure) std::rethrow_exception(failure);
@@ -382,7 +381,7 @@ std::optional<FileIdentity> RunControl::tableNow() const {
 }
 
 void RunControl::appendStatus(std::string_view text) {
-    if (m_outlets.statusView != nullptr) m_outlets.statusView->appendString(text);
+    m_outlets.statusView->appendString(text);
 }
 
 void RunControl::showSheet(const AlertText& text, std::function<void(std::size_t)> answered) {
@@ -397,7 +396,7 @@ void RunControl::showSheet(const AlertText& text, std::function<void(std::size_t
 }
 
 void RunControl::setButton(ButtonState state) {
-    if (m_outlets.startStopButton != nullptr) m_outlets.startStopButton->setState(state);
+    m_outlets.startStopButton->setState(state);
 }
 
 void RunControl::setState(State state) {

@@ -48,11 +48,11 @@ public:
     virtual void runStateChanged() = 0; // a run was started, waits for its turn or has ended
 };
 
-/// The window's parts that show a run; each may be absent.
+/// The window's parts that show a run. Without alerts its messages go to the services.
 struct RunOutlets {
-    StatusView* statusView = nullptr;
-    ProgressWheel* progressWheel = nullptr;
-    TwoStateButton* startStopButton = nullptr;
+    StatusView* statusView = &silentOutlet();
+    ProgressWheel* progressWheel = &silentOutlet();
+    TwoStateButton* startStopButton = &silentOutlet();
     Alerts* alerts = nullptr;
 };
 
