@@ -2,15 +2,15 @@
 
 #include "app/AboutBox.h"
 #include "app/ApplicationMenu.h"
-#include "app/DocumentFiles.h"
-#include "app/DocumentWindow.h"
-#include "app/FilePanels.h"
-#include "app/FrontWindow.h"
 #include "app/LogFont.h"
 #include "app/PageWindow.h"
-#include "app/PendingEdit.h"
 #include "app/PreferencesPanel.h"
 #include "app/StartPanel.h"
+#include "app/document/DocumentFiles.h"
+#include "app/document/DocumentWindow.h"
+#include "app/document/FilePanels.h"
+#include "app/widgets/FrontWindow.h"
+#include "app/widgets/PendingEdit.h"
 
 #include <QApplication>
 

@@ -1,7 +1,7 @@
 #include "app/ApplicationMenu.h"
 
 #include "app/AppController.h"
-#include "app/FileNames.h"
+#include "app/widgets/FileNames.h"
 #include "ui_MainMenu.h"
 
 namespace orrery {

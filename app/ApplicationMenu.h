@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/InterfaceDescriptions.h"
+#include "app/widgets/InterfaceDescriptions.h"
 
 #include <QMainWindow>
 #include <QObject>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/ApplicationServices.h"
 #include "app/RecentDocuments.h"
+#include "app/document/ApplicationServices.h"
 
 #include <QObject>
 #include <QString>

@@ -1,6 +1,6 @@
 #include "app/PageWindow.h"
 
-#include "app/WindowLayout.h"
+#include "app/widgets/WindowLayout.h"
 #include "ui_ReleaseNotes.h"
 
 #include <QDesktopServices>

@@ -1,10 +1,10 @@
 #include "app/PreferencesPanel.h"
 
 #include "app/AppController.h"
-#include "app/FileNames.h"
-#include "app/FrontWindow.h"
 #include "app/LogFont.h"
-#include "app/WindowLayout.h"
+#include "app/widgets/FileNames.h"
+#include "app/widgets/FrontWindow.h"
+#include "app/widgets/WindowLayout.h"
 #include "platform/Files.h"
 #include "platform/qt/QtText.h"
 #include "platform/qt/ReadableText.h"

@@ -1,6 +1,6 @@
 #include "app/Samples.h"
 
-#include "app/FileNames.h"
+#include "app/widgets/FileNames.h"
 
 #include <algorithm>
 #include <filesystem>

@@ -1,6 +1,6 @@
 // How fast the outline of a large model is on the screen after its import, and follows what is typed into the filter.
 
-#include "app/ModelOutlineView.h"
+#include "app/setup/ModelOutlineView.h"
 #include "bench/BenchData.h"
 #include "document/MyDocument.h"
 

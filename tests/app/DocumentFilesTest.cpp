@@ -1,5 +1,5 @@
 // A document's file at its window: names, saving, reverting, closing.
-#include "app/DocumentFiles.h"
+#include "app/document/DocumentFiles.h"
 
 #include "app/ShellTest.h"
 #include "app/StartPanel.h"

@@ -1,8 +1,8 @@
 // Windows on small screens, and many of them on one.
-#include "app/ElidedLabel.h"
-#include "app/PortCellDelegate.h"
 #include "app/SetupWindow.h"
 #include "app/StartPanel.h"
+#include "app/setup/PortCellDelegate.h"
+#include "app/widgets/ElidedLabel.h"
 
 #include <gmock/gmock.h>
 

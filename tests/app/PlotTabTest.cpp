@@ -1,6 +1,6 @@
 // The plot tab: controls, picture and document agree, whoever changes what.
-#include "app/PortTableView.h"
 #include "app/ShellTest.h"
+#include "app/setup/PortTableView.h"
 #include "run/IndexSet.h"
 #include "run/SweepVariables.h"
 

@@ -1,7 +1,7 @@
 // Pictures of the application in its states, for people to look at: `make screenshots`.
-#include "app/DocumentFiles.h"
 #include "app/SetupWindow.h"
 #include "app/StartPanel.h"
+#include "app/document/DocumentFiles.h"
 
 #include <QCheckBox>
 #include <QMenu>

@@ -1,7 +1,7 @@
 // The setup tab by keyboard, and what it shows.
-#include "app/PendingEdit.h"
-#include "app/ProblemsView.h"
 #include "app/SetupWindow.h"
+#include "app/setup/ProblemsView.h"
+#include "app/widgets/PendingEdit.h"
 #include "platform/Files.h"
 #include "platform/qt/OptionalDateEdit.h"
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "app/ModelOutlineModel.h"
-#include "app/ModelOutlineView.h"
-#include "app/PortTableView.h"
 #include "app/WindowFixture.h"
+#include "app/setup/ModelOutlineModel.h"
+#include "app/setup/ModelOutlineView.h"
+#include "app/setup/PortTableView.h"
 #include "platform/qt/QtText.h"
 
 #include <QHeaderView>

@@ -1,7 +1,7 @@
 #include "app/WindowFixture.h"
 
-#include "app/DocumentWindow.h"
 #include "app/GuardedApplication.h"
+#include "app/document/DocumentWindow.h"
 #include "platform/qt/QtGlSurface.h"
 #include "platform/qt/QtText.h"
 #include "plot/BasicOpenGLView.h"

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "app/AppController.h"
-#include "app/ApplicationServices.h"
-#include "app/DocumentWindow.h"
+#include "app/document/ApplicationServices.h"
+#include "app/document/DocumentWindow.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
