@@ -1,6 +1,6 @@
 #pragma once
 
-#include "run/ResultTable.h"
+#include "run/table/ResultTable.h"
 
 #include <fmt/format.h>
 

@@ -6,8 +6,8 @@
 #include "plot/data/PlotLayout.h"
 #include "plot/data/VertexData.h"
 #include "run/IndexSet.h"
-#include "run/TableKernels.h"
-#include "run/TableReading.h"
+#include "run/table/TableKernels.h"
+#include "run/table/TableReading.h"
 
 #include <sys/mman.h>
 #include <unistd.h>

@@ -2,8 +2,8 @@
 
 #include "plot/data/PlotLayout.h"
 #include "plot/data/VertexData.h"
-#include "run/CellBlock.h"
 #include "run/IndexSet.h"
+#include "run/table/CellBlock.h"
 
 #include <benchmark/benchmark.h>
 #include <sys/mman.h>

@@ -1,8 +1,8 @@
 // How fast a result table becomes cells. The table is made once in the build folder and kept there.
 
 #include "bench/BenchData.h"
-#include "run/ResultTable.h"
-#include "run/TableKernels.h"
+#include "run/table/ResultTable.h"
+#include "run/table/TableKernels.h"
 
 #include <benchmark/benchmark.h>
 

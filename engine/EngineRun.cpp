@@ -8,7 +8,7 @@
 #include "engine/TableWriter.h"
 #include "platform/Files.h"
 #include "platform/OrreryError.h"
-#include "run/ResultTable.h"
+#include "run/table/ResultTable.h"
 
 #include <fmt/format.h>
 

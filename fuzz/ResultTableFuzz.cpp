@@ -2,8 +2,8 @@
 // The first three bytes of an input choose the shape.
 #include "FuzzTarget.h"
 #include "platform/OrreryError.h"
-#include "run/ResultTable.h"
-#include "run/TableKernels.h"
+#include "run/table/ResultTable.h"
+#include "run/table/TableKernels.h"
 
 #include <sys/mman.h>
 #include <unistd.h>

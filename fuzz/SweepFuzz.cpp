@@ -6,9 +6,9 @@
 #include "plot/data/PlotLayout.h"
 #include "plot/data/VertexData.h"
 #include "run/IndexSet.h"
-#include "run/ResultTable.h"
 #include "run/SweepSummary.h"
 #include "run/SweepVariables.h"
+#include "run/table/ResultTable.h"
 
 #include <algorithm>
 #include <functional>

@@ -5,7 +5,7 @@
 #include "platform/MacRoman.h"
 #include "platform/OrreryError.h"
 #include "run/HeaderNotes.h"
-#include "run/ResultTable.h"
+#include "run/table/ResultTable.h"
 
 #include <fmt/format.h>
 

@@ -3,7 +3,7 @@
 #include "platform/Files.h"
 #include "platform/Log.h"
 #include "platform/OrreryError.h"
-#include "run/ResultTable.h"
+#include "run/table/ResultTable.h"
 
 #include <fmt/format.h>
 

@@ -4,8 +4,8 @@
 #include "model/ModelTree.h"
 #include "platform/Date.h"
 #include "run/ResponseVariables.h"
-#include "run/ResultTable.h"
 #include "run/SweepVariables.h"
+#include "run/table/ResultTable.h"
 
 #include <string>
 #include <vector>

@@ -6,8 +6,8 @@
 #include "platform/OrreryError.h"
 #include "run/ListProblems.h"
 #include "run/NumberFaults.h"
-#include "run/ResultTable.h"
 #include "run/SweepVariables.h"
+#include "run/table/ResultTable.h"
 
 #include <fmt/format.h>
 

@@ -4,7 +4,7 @@
 #include "platform/Numbers.h"
 #include "platform/OrreryError.h"
 #include "plot/data/SurfaceBuild.h"
-#include "run/ResultTable.h"
+#include "run/table/ResultTable.h"
 
 #include <fmt/format.h>
 

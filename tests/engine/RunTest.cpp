@@ -1,5 +1,5 @@
 #include "engine/EngineFixture.h"
-#include "run/ResultTable.h"
+#include "run/table/ResultTable.h"
 
 #include <gmock/gmock.h>
 

@@ -3,8 +3,8 @@
 #include "engine/EngineFixture.h"
 #include "model/ModelTree.h"
 #include "run/ResponseVariables.h"
-#include "run/ResultTable.h"
 #include "run/SweepVariables.h"
+#include "run/table/ResultTable.h"
 
 #include <gmock/gmock.h>
 #include <sys/wait.h>

@@ -3,7 +3,7 @@
 #include "plot/data/SurfaceStrip.h"
 #include "plot/data/VertexData.h"
 #include "run/IndexSet.h"
-#include "run/ResultTable.h"
+#include "run/table/ResultTable.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

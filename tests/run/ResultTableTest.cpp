@@ -1,8 +1,8 @@
-#include "run/ResultTable.h"
+#include "run/table/ResultTable.h"
 
 #include "platform/Numbers.h"
-#include "run/RowScanner.h"
-#include "run/TableKernels.h"
+#include "run/table/RowScanner.h"
+#include "run/table/TableKernels.h"
 #include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>

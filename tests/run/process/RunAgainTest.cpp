@@ -1,8 +1,8 @@
 // Run control with real engines: a run that is asked for while an earlier one of the document still lives.
 #include "platform/Files.h"
-#include "run/ResultTable.h"
 #include "run/RunControl.h"
 #include "run/process/ProcessTest.h"
+#include "run/table/ResultTable.h"
 #include "support/TemporaryFolder.h"
 
 #include <cstdlib>

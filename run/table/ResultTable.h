@@ -2,7 +2,7 @@
 
 #include "platform/Files.h"
 #include "platform/OrreryError.h"
-#include "run/CellBlock.h"
+#include "run/table/CellBlock.h"
 
 #include <cstddef>
 #include <cstdint>

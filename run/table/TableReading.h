@@ -1,7 +1,7 @@
 #pragma once
 
-#include "run/ResultTable.h"
-#include "run/TableBlock.h"
+#include "run/table/ResultTable.h"
+#include "run/table/TableBlock.h"
 
 #include <cstdint>
 #include <mutex>

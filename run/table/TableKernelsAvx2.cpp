@@ -1,8 +1,8 @@
-#include "run/TableKernels.h"
+#include "run/table/TableKernels.h"
 
 #if defined(__x86_64__)
 
-#include "run/RowScanner.h"
+#include "run/table/RowScanner.h"
 
 #include <immintrin.h>
 

@@ -1,4 +1,4 @@
-#include "run/TableBlock.h"
+#include "run/table/TableBlock.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,4 +1,4 @@
-#include "run/CellBlock.h"
+#include "run/table/CellBlock.h"
 
 #include "platform/LargePages.h"
 

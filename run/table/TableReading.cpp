@@ -1,7 +1,7 @@
-#include "run/TableReading.h"
+#include "run/table/TableReading.h"
 
 #include "platform/Workers.h"
-#include "run/RowScanner.h"
+#include "run/table/RowScanner.h"
 
 #include <fmt/format.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "run/TableKernels.h"
+#include "run/table/TableKernels.h"
 
 #include <cstddef>
 #include <cstdint>

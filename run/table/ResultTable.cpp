@@ -1,8 +1,8 @@
-#include "run/ResultTable.h"
+#include "run/table/ResultTable.h"
 
 #include "platform/Numbers.h"
 #include "platform/Workers.h"
-#include "run/TableReading.h"
+#include "run/table/TableReading.h"
 
 #include <fmt/format.h>
 

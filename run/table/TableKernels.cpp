@@ -1,6 +1,6 @@
-#include "run/TableKernels.h"
+#include "run/table/TableKernels.h"
 
-#include "run/RowScanner.h"
+#include "run/table/RowScanner.h"
 
 #include <bit>
 #include <cstring>

@@ -1,4 +1,4 @@
-#include "run/RowScanner.h"
+#include "run/table/RowScanner.h"
 
 #include "platform/Numbers.h"
 
