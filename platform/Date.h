@@ -16,6 +16,8 @@ struct Date {
     friend auto operator<=>(const Date&, const Date&) = default; // NOLINT(modernize-use-nullptr): its 0 is no pointer
 };
 
+inline constexpr std::int64_t referenceDateInUnixTime = 978307200; // seconds since 1970 began
+
 /// "yyyy-mm-dd hh:mm:ss +0000": the date in UTC at whole seconds.
 [[nodiscard]] std::string dateDescription(const Date& date);
 

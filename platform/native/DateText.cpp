@@ -13,7 +13,6 @@ namespace orrery {
 namespace {
 
 constexpr std::int64_t secondsInDay = 86400;
-constexpr std::int64_t referenceDateInUnixTime = 978307200;
 constexpr std::int64_t referenceDay = 730791; // 1 January 2001, in days since 1 March of the year 0
 constexpr std::int64_t daysInEra = 146097;    // 400 years, after which the calendar repeats
 

@@ -23,7 +23,6 @@ namespace orrery {
 namespace {
 
 constexpr std::uint64_t unlimited = std::numeric_limits<std::uint64_t>::max();
-constexpr std::int64_t referenceDateInUnixTime = 978307200;
 
 Date dateOf(const timespec& time) {
     return {time.tv_sec - referenceDateInUnixTime, static_cast<std::int32_t>(time.tv_nsec)};

@@ -12,14 +12,12 @@ namespace orrery {
 
 namespace {
 
-constexpr qint64 referenceDateUnixSeconds = 978'307'200; // 1 January 2001, 00:00:00 UTC
-
 Date dateOf(const QDateTime& time) {
-    return {time.toSecsSinceEpoch() - referenceDateUnixSeconds, 0};
+    return {time.toSecsSinceEpoch() - referenceDateInUnixTime, 0};
 }
 
 QDateTime localTime(const Date& date) {
-    return QDateTime::fromSecsSinceEpoch(date.seconds + referenceDateUnixSeconds);
+    return QDateTime::fromSecsSinceEpoch(date.seconds + referenceDateInUnixTime);
 }
 
 /// The limits that hold in the local zone as in UTC.
