@@ -3,6 +3,7 @@
 #include "document/setup/SetupForm.h"
 #include "document/setup/SetupWriter.h"
 #include "model/ModelRecord.h"
+#include "model/PortFaults.h"
 #include "model/PortLists.h"
 #include "model/PortPaths.h"
 #include "platform/Date.h"
@@ -151,11 +152,7 @@ void checkPorts(const SetupDictionary& setup, PortList list, const ModelTree& tr
         if (findPort(tree, port, direction) != nullptr) {
             continue;
         }
-        const std::string nearest = nearestPortPath(tree, port, direction);
-        throw OrreryError(std::string("no ") + (direction == PortDirection::Output ? "output" : "input") + " port '" +
-                              quotedForMessage(port) + "'" +
-                              (nearest.empty() ? "." : "; did you mean '" + quotedForMessage(nearest) + "'?"),
-                          {.file = modelPath}, "The setup was not written.");
+        throw OrreryError(noSuchPort(tree, port, direction, "'"), {.file = modelPath}, "The setup was not written.");
     }
 }
 

@@ -3,6 +3,7 @@
 #include "batch/Command.h"
 #include "document/setup/ModelPath.h"
 #include "document/setup/SetupReader.h"
+#include "platform/EditDistance.h"
 #include "platform/Files.h"
 #include "platform/OrreryError.h"
 #include "platform/TemporaryDirectory.h"
@@ -11,30 +12,12 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cctype>
 #include <cstddef>
 #include <string_view>
 #include <utility>
 
 namespace orrery {
 namespace {
-
-/// The fewest single characters to insert, remove or exchange that turn one text into the other.
-std::size_t editDistance(std::string_view from, std::string_view to) {
-    std::vector<std::size_t> row(to.size() + 1);
-    for (std::size_t i = 0; i < row.size(); ++i) {
-        row[i] = i;
-    }
-    for (std::size_t i = 0; i < from.size(); ++i) {
-        std::size_t diagonal = std::exchange(row[0], i + 1);
-        for (std::size_t j = 0; j < to.size(); ++j) {
-            const std::size_t exchanged = diagonal + (from[i] == to[j] ? 0 : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({exchanged, row[j] + 1, diagonal + 1});
-        }
-    }
-    return row.back();
-}
 
 std::string listed(const std::vector<std::string>& names) {
     constexpr std::size_t most = 8;

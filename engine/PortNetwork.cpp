@@ -1,5 +1,6 @@
 #include "engine/PortNetwork.h"
 
+#include "model/PortFaults.h"
 #include "run/ResponseVariables.h"
 
 #include <utility>
@@ -29,11 +30,8 @@ std::size_t PortNetwork::portAt(std::string_view portPath, PortDirection directi
     if (node != nullptr) {
         return m_portOfNode.at(node);
     }
-    const char* const kind = direction == PortDirection::Input ? "input" : "output";
-    const std::string nearest = nearestPortPath(m_tree, portPath, direction);
-    throw OrreryError("the model has no " + std::string(kind) + " port \"" + quotedForMessage(std::string(portPath)) +
-                          "\"" + (nearest.empty() ? "." : "; did you mean \"" + quotedForMessage(nearest) + "\"?"),
-                      place, "Correct the port path, or choose the model that has this port.");
+    throw OrreryError("the model has " + noSuchPort(m_tree, portPath, direction, "\""), place,
+                      "Correct the port path, or choose the model that has this port.");
 }
 
 std::vector<std::size_t> PortNetwork::recorders() const {

@@ -42,15 +42,26 @@ bool isPathOf(std::string_view path, const ModelNode& port) {
     return path.empty();
 }
 
+/// "no input port /a/b", with a mark of quotation around the path or none.
+std::string lackOf(std::string_view portPath, PortDirection direction, std::string_view mark) {
+    return fmt::format("no {0} port {1}{2}{1}", direction == PortDirection::Input ? "input" : "output", mark,
+                       quotedForMessage(std::string(portPath)));
+}
+
 std::string faultWords(std::string_view portPath, PortDirection direction, const std::string& nearest) {
-    std::string words =
-        fmt::format("The model has no {} port {}.", direction == PortDirection::Input ? "input" : "output",
-                    quotedForMessage(std::string(portPath)));
-    if (!nearest.empty()) words += fmt::format(" Did you mean {}?", quotedForMessage(nearest));
-    return words;
+    const std::string words = "The model has " + lackOf(portPath, direction, "") + ".";
+    return nearest.empty() ? words : fmt::format("{} Did you mean {}?", words, quotedForMessage(nearest));
 }
 
 } // namespace
+
+std::string noSuchPort(const ModelTree& tree, std::string_view portPath, PortDirection direction,
+                       std::string_view mark) {
+    const std::string words = lackOf(portPath, direction, mark);
+    const std::string nearest = nearestPortPath(tree, portPath, direction);
+    if (nearest.empty()) return words + ".";
+    return fmt::format("{0}; did you mean {1}{2}{1}?", words, mark, quotedForMessage(nearest));
+}
 
 const ModelNode* PortFaults::port(std::string_view portPath, PortDirection direction) {
     if (!m_isIndexed) indexTree();

@@ -1,5 +1,7 @@
 #include "model/PortPaths.h"
 
+#include "platform/EditDistance.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <functional>
@@ -84,27 +86,6 @@ const ModelNode* findAnywhere(const ModelTree& tree, std::string_view path, Port
         return found == nullptr;
     });
     return found;
-}
-
-/// Single-character insertions, removals and replacements that make one text of the other; `limit` + 1 when more.
-std::size_t editDistance(std::string_view left, std::string_view right, std::size_t limit) {
-    if (std::max(left.size(), right.size()) - std::min(left.size(), right.size()) > limit) return limit + 1;
-    std::vector<std::size_t> row(right.size() + 1);
-    for (std::size_t column = 0; column < row.size(); ++column) {
-        row[column] = column;
-    }
-    for (std::size_t line = 1; line <= left.size(); ++line) {
-        std::size_t diagonal = std::exchange(row[0], line);
-        std::size_t least = line;
-        for (std::size_t column = 1; column < row.size(); ++column) {
-            const std::size_t replaced = diagonal + (left[line - 1] == right[column - 1] ? 0 : 1);
-            diagonal = row[column];
-            row[column] = std::min({replaced, row[column] + 1, row[column - 1] + 1});
-            least = std::min(least, row[column]);
-        }
-        if (least > limit) return limit + 1;
-    }
-    return std::min(row.back(), limit + 1);
 }
 
 /// Keeps the nearest of the ports offered to it. The port's own name must nearly fit; then the whole path counts.
