@@ -3,6 +3,7 @@
 
 #include "platform/Files.h"
 #include "platform/Log.h"
+#include "platform/Numbers.h"
 #include "platform/OrreryError.h"
 
 #include <EGL/egl.h>
@@ -61,8 +62,9 @@ void checkSize(int width, int height, int samples) {
     const std::uint64_t need = bytesNeeded(width, height, samples);
     const std::uint64_t free = availableMemory();
     if (need > free) {
-        throw OrreryError(fmt::format("{} needs {} MB of memory and {} MB are free.", size, need >> 20U, free >> 20U),
-                          {}, "Choose a smaller size or fewer samples.");
+        throw OrreryError(
+            fmt::format("{} would need {} of memory, but only {} are free.", size, sizeText(need), sizeText(free)), {},
+            "Choose a smaller size or fewer samples.");
     }
 }
 

@@ -1,5 +1,6 @@
 #include "run/table/TableReading.h"
 
+#include "platform/Numbers.h"
 #include "platform/Workers.h"
 #include "run/table/RowScanner.h"
 
@@ -301,9 +302,9 @@ void TableReading::countRowsBeyond(TableBlock& block) {
 }
 
 void TableReading::throwLineTooLong(std::string_view line) const {
-    throw OrreryError(fmt::format("This is not a result table: the line after its first {} rows is longer than {} MB "
+    throw OrreryError(fmt::format("This is not a result table: the line after its first {} rows is longer than {} "
                                   "and begins with {}.",
-                                  m_row, longestLine >> 20U, quotedForMessage(std::string(line.substr(0, 40)))),
+                                  m_row, sizeText(longestLine), quotedForMessage(std::string(line.substr(0, 40)))),
                       {m_fileName, 0, 0}, "Run the simulation again.");
 }
 
