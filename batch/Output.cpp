@@ -2,6 +2,7 @@
 
 #include "batch/Command.h"
 #include "platform/OrreryError.h"
+#include "platform/SystemReason.h"
 
 #include <poll.h>
 #include <unistd.h>
@@ -9,7 +10,6 @@
 #include <array>
 #include <cerrno>
 #include <climits>
-#include <cstring>
 #include <utility>
 
 namespace orrery {
@@ -79,7 +79,7 @@ void Output::flush() {
     if (m_file) {
         m_file->write(m_held);
     } else if (const int error = writeAll(STDOUT_FILENO, m_held); error != 0) {
-        throw OrreryError(std::string("cannot be written: ") + std::strerror(error) + ".", {.file = "standard output"},
+        throw OrreryError("cannot be written: " + systemReason(error) + ".", {.file = "standard output"},
                           "The output is incomplete; send it to a file on a disk with more room.");
     }
     m_held.clear();

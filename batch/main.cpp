@@ -2,6 +2,7 @@
 #include "batch/SetupFiles.h"
 #include "platform/Files.h"
 #include "platform/OrreryError.h"
+#include "platform/SystemReason.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -17,7 +18,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <vector>
 
 namespace orrery {
@@ -53,9 +53,9 @@ int handOver(char** argv) {
     if (path) {
         execv(path->c_str(), argv);
     }
-    throw OrreryError(fmt::format("{} cannot be started: {}.", program,
-                                  path ? std::generic_category().message(errno) : "it is not beside orrery-batch"),
-                      {}, "Install Orrery again.");
+    throw OrreryError(
+        fmt::format("{} cannot be started: {}.", program, path ? systemReason(errno) : "it is not beside orrery-batch"),
+        {}, "Install Orrery again.");
 }
 
 int run(int argc, char** argv) {

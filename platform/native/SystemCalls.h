@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/OrreryError.h"
+#include "platform/SystemReason.h"
 
 #include <unistd.h>
 
@@ -9,9 +10,6 @@
 #include <utility>
 
 namespace orrery {
-
-/// Why a call failed, in words for its user that go on a sentence; the system's own for a rare error number.
-[[nodiscard]] std::string systemReason(int error);
 
 /// Calls again while a signal interrupts the call.
 template <class Call>

@@ -1,7 +1,8 @@
-#include "platform/native/SystemCalls.h"
+#include "platform/SystemReason.h"
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <system_error>
 
 namespace orrery {
