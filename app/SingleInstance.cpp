@@ -1,16 +1,16 @@
 #include "app/SingleInstance.h"
 
+#include "platform/OrreryError.h"
+#include "platform/TemporaryDirectory.h"
 #include "platform/qt/QtText.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <QCryptographicHash>
-#include <QDir>
 #include <QLocalServer>
 #include <QLocalSocket>
 #include <QLockFile>
-#include <QStandardPaths>
 #include <QTimer>
 #include <utility>
 
@@ -21,31 +21,18 @@ namespace {
 constexpr const char* greeting = "orrery 1\n";
 constexpr int patienceMs = 2000;           // for a program that may hang
 constexpr qint64 longestMessage = 1 << 20; // bytes
-constexpr qsizetype longestSocketPath = 100;
-
-bool isPrivateDirectory(const QString& path) {
-    struct stat status {};
-    return lstat(QFile::encodeName(path).constData(), &status) == 0 && S_ISDIR(status.st_mode) &&
-           status.st_uid == getuid() && (status.st_mode & 077U) == 0;
-}
-
-/// A directory that only this user can enter; empty when there is none.
-QString privateDirectory() {
-    QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
-    if (runtime.startsWith('/') && isPrivateDirectory(runtime)) return runtime;
-    QString own = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation) + "/orrery-run";
-    QDir().mkpath(own);
-    QFile::setPermissions(own, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    return isPrivateDirectory(own) ? own : QString();
-}
+constexpr std::size_t longestSocketPath = 100;
 
 /// One program per display: a window that opened on another one would not be seen.
 QString socketPath() {
-    const QString directory = privateDirectory();
     const QByteArray display = qgetenv("WAYLAND_DISPLAY") + ' ' + qgetenv("DISPLAY");
     const QByteArray name = QCryptographicHash::hash(display, QCryptographicHash::Sha1).toHex().left(12);
-    const QString path = directory + "/orrery-" + QString::fromLatin1(name);
-    return directory.isEmpty() || QFile::encodeName(path).size() > longestSocketPath ? QString() : path;
+    try {
+        const std::string path = privateDirectory() + "instance-" + name.toStdString();
+        return path.size() > longestSocketPath ? QString() : qtPath(path);
+    } catch (const OrreryError&) {
+        return {}; // whoever needs such a directory for more says so
+    }
 }
 
 /// Reads until the text is complete, which `isComplete` says, or the time is up.

@@ -13,8 +13,8 @@ namespace orrery {
 
 /// Lets one program per user and display show all setups: a later start hands its files to the first and ends.
 ///
-/// They meet at a socket in the user's runtime directory, else cache directory. The first greets whoever connects, and
-/// only then is it given the files; one that does not greet in time hangs, and the later start goes its own way.
+/// They meet at a socket in the user's private directory. The first greets whoever connects, and only then is it given
+/// the files; one that does not greet in time hangs, and the later start goes its own way.
 class SingleInstance : public QObject {
     Q_OBJECT
 

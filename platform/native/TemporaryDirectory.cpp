@@ -102,20 +102,22 @@ void requirePrivate(const std::string& path) {
     }
 }
 
+} // namespace
+
 std::string privateDirectory() {
     const std::optional<std::string> runtime = runtimeDirectory();
     const std::string path = withSlash(runtime ? *runtime : cacheDirectory()) + "orrery";
     makeDirectories(path);
     requirePrivate(path);
-    exportDirectory(path);
     return withSlash(path);
 }
 
-} // namespace
-
 std::string temporaryDirectory() {
     const std::string chosen = environment(variable);
-    return chosen.empty() ? privateDirectory() : chosenDirectory(chosen);
+    if (!chosen.empty()) return chosenDirectory(chosen);
+    std::string path = privateDirectory();
+    exportDirectory(path.substr(0, path.size() - 1));
+    return path;
 }
 
 } // namespace orrery
