@@ -24,6 +24,10 @@ struct FileIdentity {
     std::uint64_t size = 0;
     Date modified;
     Date changed; // of its content or its description; no program sets it
+
+    [[nodiscard]] bool isSameFileAs(const FileIdentity& other) const { // whatever was written into it
+        return device == other.device && inode == other.inode;
+    }
     friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
 };
 
@@ -51,7 +55,6 @@ public:
     std::size_t readAt(char* buffer, std::size_t capacity, std::uint64_t offset) const;
     [[nodiscard]] std::uint64_t size() const;    // bytes now; another program may still change it
     [[nodiscard]] Date modificationDate() const; // now, of the file that is open
-    [[nodiscard]] FileIdentity identity() const; // now, of the file that is open
     [[nodiscard]] const std::string& path() const { return m_path; }
     [[nodiscard]] int release(); // the descriptor, now the caller's
 

@@ -3,6 +3,8 @@
 #include "platform/Date.h"
 #include "platform/Files.h"
 
+#include <sys/stat.h>
+
 #include <cstdint>
 #include <string>
 
@@ -10,6 +12,8 @@ namespace orrery {
 
 /// What a file of that mode (of struct stat) is when it is not a regular file: "a directory", "a named pipe", …
 [[nodiscard]] std::string fileKind(unsigned mode);
+
+[[nodiscard]] FileIdentity identityOf(const struct stat& status);
 
 /// As readWholeFile.
 [[nodiscard]] std::string wholeContents(const ReadableFile& file, std::uint64_t limit);

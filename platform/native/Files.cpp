@@ -28,14 +28,6 @@ Date dateOf(const timespec& time) {
     return {time.tv_sec - referenceDateInUnixTime, static_cast<std::int32_t>(time.tv_nsec)};
 }
 
-FileIdentity identityOf(const struct stat& status) {
-    return {.device = status.st_dev,
-            .inode = status.st_ino,
-            .size = static_cast<std::uint64_t>(status.st_size),
-            .modified = dateOf(status.st_mtim),
-            .changed = dateOf(status.st_ctim)};
-}
-
 [[noreturn]] void throwUnreadable(const std::string& path, const std::string& reason) {
     throw OrreryError("The file cannot be read: " + reason + ".", {path}, "Check the path and its permissions.");
 }
@@ -142,6 +134,14 @@ std::string fileKind(unsigned mode) {
     }
 }
 
+FileIdentity identityOf(const struct stat& status) {
+    return {.device = status.st_dev,
+            .inode = status.st_ino,
+            .size = static_cast<std::uint64_t>(status.st_size),
+            .modified = dateOf(status.st_mtim),
+            .changed = dateOf(status.st_ctim)};
+}
+
 bool fileExists(const std::string& path) {
     return path.find('\0') == std::string::npos && access(path.c_str(), F_OK) == 0;
 }
@@ -216,10 +216,6 @@ int ReadableFile::release() {
 
 Date ReadableFile::modificationDate() const {
     return dateOf(statusOf(m_descriptor, m_path).st_mtim);
-}
-
-FileIdentity ReadableFile::identity() const {
-    return identityOf(statusOf(m_descriptor, m_path));
 }
 
 std::string readWholeFile(const std::string& path, std::uint64_t limit) {

@@ -17,21 +17,6 @@ namespace orrery {
 
 namespace {
 
-using Status = struct stat;
-
-bool isSameTime(const timespec& time, const timespec& other) {
-    return time.tv_sec == other.tv_sec && time.tv_nsec == other.tv_nsec;
-}
-
-bool isSameFile(const Status& file, const Status& other) {
-    return file.st_dev == other.st_dev && file.st_ino == other.st_ino;
-}
-
-bool isUntouched(const Status& file, const Status& other) {
-    return isSameFile(file, other) && file.st_size == other.st_size && isSameTime(file.st_mtim, other.st_mtim) &&
-           isSameTime(file.st_ctim, other.st_ctim);
-}
-
 std::size_t contentsHash(std::string_view bytes) {
     return std::hash<std::string_view>{}(bytes);
 }
@@ -56,7 +41,7 @@ bool othersShareLock(int descriptor) {
 
 struct KnownFile::State {
     FileDescriptor file;
-    Status status{};
+    FileIdentity identity;
     std::size_t hash = 0;
     bool isClaimed = false;
 };
@@ -75,15 +60,15 @@ KnownFile KnownFile::opened(int descriptor, std::string_view contents) {
     auto state = std::make_shared<State>();
     state->file = FileDescriptor(descriptor);
     state->hash = contentsHash(contents);
-    if (fstat(descriptor, &state->status) != 0) state->status = {}; // then the contents alone decide
+    struct stat status {};
+    if (fstat(descriptor, &status) == 0) state->identity = identityOf(status); // else the contents alone decide
     return KnownFile(std::move(state));
 }
 
 KnownFile::Change KnownFile::changeAt(const std::string& path) const {
     if (!m_state) return Change::None;
     if (const auto hash = hashOfFile(path)) return *hash == m_state->hash ? Change::None : Change::Contents;
-    Status now{};
-    if (stat(path.c_str(), &now) == 0) return isUntouched(now, m_state->status) ? Change::None : Change::Contents;
+    if (const auto now = fileIdentity(path)) return *now == m_state->identity ? Change::None : Change::Contents;
     return errno == ENOENT || errno == ENOTDIR ? Change::Missing : Change::None; // else the save says what is wrong
 }
 
@@ -95,9 +80,9 @@ void KnownFile::claim() {
 
 bool KnownFile::isClaimedElsewhere(const std::string& path) const {
     const FileDescriptor now(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
-    Status status{};
+    struct stat status {};
     if (!now.isOpen() || fstat(now.get(), &status) != 0 || !S_ISREG(status.st_mode)) return false;
-    if (!m_state || !isSameFile(status, m_state->status)) return othersShareLock(now.get());
+    if (!m_state || !identityOf(status).isSameFileAs(m_state->identity)) return othersShareLock(now.get());
     const bool others = othersShareLock(m_state->file.get());
     if (m_state->isClaimed) (void)!flock(m_state->file.get(), LOCK_SH | LOCK_NB);
     return others;
