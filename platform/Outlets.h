@@ -116,11 +116,9 @@ public:
     virtual void requestUserAttention() = 0;
 };
 
-/// What an open panel is asked to allow.
+/// What an open panel is asked to allow: one file.
 struct OpenPanelRequest {
     std::vector<std::string> fileTypes; // endings without the dot, in order
-    bool allowsMultipleSelection = false;
-    bool canChooseDirectories = false;
 };
 
 class OpenPanel {

@@ -24,18 +24,14 @@ public:
 
     [[nodiscard]] const std::string& name() const { return m_name; }
     [[nodiscard]] const std::vector<std::pair<std::string, std::string>>& attributes() const { return m_attributes; }
-    /// The attribute's text; nullptr when the element has none of that name.
-    [[nodiscard]] const std::string* attributeForName(std::string_view name) const;
     /// The direct child elements of that name, in document order.
     [[nodiscard]] std::vector<const XmlElement*> elementsForName(std::string_view name) const;
     /// All text inside the element, its descendants' included, concatenated in document order, untrimmed.
     [[nodiscard]] std::string stringValue() const;
-    [[nodiscard]] std::size_t line() const { return m_line; } // of the start tag; 0 when made by hand
 
     void addChild(XmlElement& child) { m_content.emplace_back(&child); }
     void addText(std::string_view text); // joins with text that already ends the content
     void addAttribute(std::string name, std::string value);
-    void setLine(std::size_t line) { m_line = line; }
 
     using Node = std::variant<std::string, XmlElement*>;
     [[nodiscard]] const std::vector<Node>& content() const { return m_content; }
@@ -44,7 +40,6 @@ private:
     std::string m_name;
     std::vector<std::pair<std::string, std::string>> m_attributes;
     std::vector<Node> m_content;
-    std::size_t m_line = 0;
 };
 
 /// A tree of elements. The elements stand in one flat store, so that freeing a deep tree needs no deep stack.

@@ -21,7 +21,7 @@ public:
 
     [[nodiscard]] bool makeCurrent() override;
     [[nodiscard]] SurfaceBounds bounds() const override;
-    void markForDisplay() override { ++m_displayRequests; }
+    void markForDisplay() override {}
     void setSwapInterval(int) override {} // nothing is shown
     void flushBuffer() override;          // resolves the samples
 
@@ -33,8 +33,6 @@ public:
     void loseContext();
     void recreateContext();
 
-    [[nodiscard]] unsigned displayRequests() const { return m_displayRequests; }
-
 private:
     struct Context;
     struct Target;
@@ -43,7 +41,6 @@ private:
     int m_width = 0;
     int m_height = 0;
     int m_samples = 1;
-    unsigned m_displayRequests = 0;
     std::unique_ptr<Context> m_context;
     std::unique_ptr<Target> m_target; // in the context, so it goes first
 };

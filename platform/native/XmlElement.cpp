@@ -104,11 +104,6 @@ std::string_view firstCharacterNotInXml(std::string_view utf8) {
     return {};
 }
 
-const std::string* XmlElement::attributeForName(std::string_view name) const {
-    const auto found = std::ranges::find(m_attributes, name, &std::pair<std::string, std::string>::first);
-    return found == m_attributes.end() ? nullptr : &found->second;
-}
-
 std::vector<const XmlElement*> XmlElement::elementsForName(std::string_view name) const {
     std::vector<const XmlElement*> found;
     for (const Node& node : m_content) {

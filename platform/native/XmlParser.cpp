@@ -292,9 +292,8 @@ private:
 /// Builds the tree of a whole document.
 class TreeBuilder : public XmlHandler {
 public:
-    void startElement(std::string_view name, const std::vector<Attribute>& attributes, std::size_t line) override {
+    void startElement(std::string_view name, const std::vector<Attribute>& attributes, std::size_t /*line*/) override {
         XmlElement& element = m_document.elementWithName(std::string(name));
-        element.setLine(line);
         for (const auto& [key, value] : attributes)
             element.addAttribute(std::string(key), std::string(value));
         if (m_open.empty()) {

@@ -48,7 +48,6 @@ public:
     /// The end of the text, whole lines or not.
     [[nodiscard]] QString text(std::uint64_t lastBytes = 1U << 16U) const;
     [[nodiscard]] const LogText& logText() const { return m_text; }
-    [[nodiscard]] bool followsEnd() const { return m_follows; }
 
 signals:
     void searchFinished(bool found);

@@ -8,22 +8,17 @@
 namespace orrery {
 
 void QtOpenPanel::beginSheet(const OpenPanelRequest& request, std::function<void(const std::string&)> chosen) {
-    auto* panel = new QFileDialog(m_window, m_title, m_directory); // deletes itself when closed
+    auto* panel = new QFileDialog(m_window, m_title); // deletes itself when closed
     panel->setObjectName("openPanel");
     panel->setAttribute(Qt::WA_DeleteOnClose);
-    panel->setFileMode(request.canChooseDirectories      ? QFileDialog::Directory
-                       : request.allowsMultipleSelection ? QFileDialog::ExistingFiles
-                                                         : QFileDialog::ExistingFile);
+    panel->setFileMode(QFileDialog::ExistingFile);
     QStringList patterns;
     for (const std::string& type : request.fileTypes) {
         patterns << "*." + qtText(type);
     }
     if (!patterns.isEmpty()) panel->setNameFilter(QString("%1 (%2)").arg(m_kind, patterns.join(' ')));
-    QObject::connect(panel, &QFileDialog::filesSelected, panel, [chosen = std::move(chosen)](const QStringList& files) {
-        for (const QString& file : files) {
-            chosen(corePath(file));
-        }
-    });
+    QObject::connect(panel, &QFileDialog::fileSelected, panel,
+                     [chosen = std::move(chosen)](const QString& file) { chosen(corePath(file)); });
     panel->open();
 }
 

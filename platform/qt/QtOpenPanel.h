@@ -18,13 +18,11 @@ public:
         m_title = title;
         m_kind = kind;
     }
-    void setDirectory(const QString& directory) { m_directory = directory; }
 
 private:
     QPointer<QWidget> m_window;
     QString m_title;
     QString m_kind;
-    QString m_directory;
 };
 
 } // namespace orrery
