@@ -9,6 +9,7 @@ namespace orrery {
 
 namespace {
 
+/// Of an estimate: not finer than a tenth, and to the nearest.
 std::string bytesText(double bytes) {
     if (bytes < 0.95e5) return "less than 0.1 MB";
     return bytes < 0.95e9 ? fmt::format("about {:.1f} MB", bytes / 1e6) : fmt::format("about {:.1f} GB", bytes / 1e9);

@@ -8,7 +8,6 @@
 #include "app/plot/RunStateWords.h"
 #include "app/widgets/BringToView.h"
 #include "app/widgets/GuardedPlot.h"
-#include "platform/qt/Later.h"
 #include "platform/qt/QtGlSurface.h"
 #include "platform/qt/QtText.h"
 #include "plot/OpenGLPlotView.h"
@@ -75,7 +74,7 @@ void PlotTab::makeSurface(TextRasterizer& rasterizer) {
     auto view = std::make_unique<FollowedView<OpenGLPlotView>>([this] { follow(); }, *m_surface, rasterizer);
     m_showsSomething = [drawn = view.get()] { return !drawn->ranges().empty(); };
     view->setFailureHandler( // which a frame calls; the window changes behind it
-        [this] { later(*this, [this] { showNotice(); }); });
+        [this] { QMetaObject::invokeMethod(this, &PlotTab::showNotice, Qt::QueuedConnection); });
     m_view = view.get();
     m_surface->setClient(std::move(view));
 }

@@ -5,13 +5,13 @@
 #include "app/widgets/DragPicture.h"
 #include "app/widgets/EmptyStateText.h"
 #include "document/MyDocument.h"
-#include "platform/qt/Later.h"
 #include "platform/qt/QtPasteboard.h"
 #include "platform/qt/QtText.h"
 
 #include <QDrag>
 #include <QMimeData>
 #include <QScopedValueRollback>
+#include <QTimer>
 #include <algorithm>
 #include <functional>
 
@@ -133,7 +133,7 @@ void ModelOutlineView::selectionChanged(const QItemSelection& selected, const QI
 void ModelOutlineView::followExpansion() {
     if (m_isRestoring || m_tellsSoon || !m_selection->hasSelection()) return;
     m_tellsSoon = true;
-    later(*this, [this] {
+    QTimer::singleShot(0, this, [this] {
         m_tellsSoon = false;
         emit selectedNodesChanged();
     });

@@ -1,8 +1,8 @@
 #include "app/widgets/BringToView.h"
 
-#include "platform/qt/Later.h"
 
 #include <QScrollArea>
+#include <QTimer>
 #include <QWidget>
 
 namespace orrery {
@@ -10,7 +10,7 @@ namespace orrery {
 /// The scrolling waits until a tab that has just come to the front has its layout.
 void bringToView(QWidget& control, bool withKeyboard) {
     if (withKeyboard) control.setFocus(Qt::ShortcutFocusReason); // selects a field's text
-    later(control, [control = &control] {
+    QTimer::singleShot(0, &control, [control = &control] {
         for (QWidget* around = control->parentWidget(); around != nullptr; around = around->parentWidget()) {
             if (auto* area = qobject_cast<QScrollArea*>(around)) area->ensureWidgetVisible(control);
         }
