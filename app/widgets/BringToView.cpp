@@ -1,6 +1,5 @@
 #include "app/widgets/BringToView.h"
 
-
 #include <QScrollArea>
 #include <QTimer>
 #include <QWidget>
