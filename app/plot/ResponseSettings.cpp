@@ -48,12 +48,13 @@ void ResponseSettings::reloadData() {
     fitHeight();
 }
 
-void ResponseSettings::change(std::size_t row, PlotAct act, ResponseVariable::Value value) {
-    change(std::vector{m_document.results().responses.variables[row]}, act, std::move(value));
+void ResponseSettings::change(std::size_t row, PlotAct act, const ResponseVariable::Value& value) {
+    change(std::vector{m_document.results().responses.variables[row]}, act, value);
 }
 
-void ResponseSettings::change(std::vector<ResponseVariable> records, PlotAct act, ResponseVariable::Value value) {
-    guardedPlot(m_document, [&] { m_document.changeResponses(std::move(records), act, std::move(value)); });
+void ResponseSettings::change(std::vector<ResponseVariable> records, PlotAct act,
+                              const ResponseVariable::Value& value) {
+    guardedPlot(m_document, [&] { m_document.changeResponses(std::move(records), act, value); });
     showRows(); // others may share a record
 }
 

@@ -23,8 +23,8 @@ public:
 
 private:
     ResponseVariableRow* makeRow(std::size_t number);
-    void change(std::size_t row, PlotAct act, ResponseVariable::Value value);
-    void change(std::vector<ResponseVariable> records, PlotAct act, ResponseVariable::Value value);
+    void change(std::size_t row, PlotAct act, const ResponseVariable::Value& value);
+    void change(std::vector<ResponseVariable> records, PlotAct act, const ResponseVariable::Value& value);
     void chooseColor(std::size_t row);
     void includeListed(bool drawn);
     void showRows();
