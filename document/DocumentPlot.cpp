@@ -32,6 +32,7 @@ void MyDocument::whileDrawing(const std::function<void(PlotView&, const BuildOpt
 void MyDocument::makePlotForDimensions(std::uint32_t dimensions, const std::vector<std::uint32_t>& indices) {
     PlotLayout layout = plotLayout();
     layout.dimensions = dimensions;
+    m_plot.forget(); // the view's memory gets other rows than those of its last plot
     whileDrawing([&](PlotView& view, const BuildOptions& options) {
         orrery::makePlotForDimensions(view, layout, plotSource(m_results, indices), options);
     });

@@ -249,6 +249,11 @@ TEST_F(PlotTest, ACancelledPlotIsEmptyAndComesWithTheNextChange) {
     EXPECT_EQ(plot.vertices().size(), 2 * 36U);
     EXPECT_FLOAT_EQ(plot.vertices().at(4), 3.0F * 1 / 4) << "the scale of the third time";
     EXPECT_EQ(panel.open, 0);
+    const std::vector<float> shown = plot.vertices();
+    document.makePlotForDimensions(3, {5, 4, 3, 2, 1, 0});
+    EXPECT_NE(plot.vertices(), shown);
+    document.setupPlotView();
+    EXPECT_EQ(plot.vertices(), shown) << "the view's memory held other rows";
 }
 
 /// A companion that keeps what it is sent.
