@@ -73,7 +73,7 @@ std::optional<Date> dateOf(const std::string& text) {
 
 void applySetting(SetupDictionary& setup, const std::string& text) {
     const auto [key, value] = halves("--set", text, false, "KEY=VALUE");
-    const auto* setting = std::ranges::find(setup_form::settings, key, &setup_form::Field::key);
+    const auto* setting = std::ranges::find(setup_form::settings, key, &setup_form::Setting::key);
     if (setting == setup_form::settings.end() || setting->kind == setup_form::Kind::ModelPath) {
         refuse("--set", text, "has no key to set" + suggestion(key, settableKeys()));
     }

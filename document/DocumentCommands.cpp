@@ -120,8 +120,7 @@ void MyDocument::clearSweepForRun() {
 void MyDocument::runStateChanged() {
     if (m_run.outcome().kind == RunOutcome::Kind::Aborted) clearPlot();
     if (m_runObserver) m_runObserver();
-    if (m_setup.observers().historyChanged)
-        m_setup.observers().historyChanged(); // other results, other choices to take back
+    m_setup.historyChanged(); // other results, other choices to take back
 }
 
 std::string MyDocument::resultTablePath() const {

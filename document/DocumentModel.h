@@ -19,7 +19,7 @@ namespace orrery {
 /// Owned by its document; main thread.
 class DocumentModel {
 public:
-    /// `changed` is called when there is another tree, `tell` with what a sheet is to say.
+    /// `changed` is called when there is another tree, `tell` with the text of a sheet.
     DocumentModel(std::function<void()> changed, std::function<void(const AlertText&)> tell)
         : m_changed(std::move(changed)), m_tell(std::move(tell)) {}
     DocumentModel(const DocumentModel&) = delete;
@@ -41,10 +41,10 @@ public:
     void makeTree(const std::string& path);
     /// Imports the file anew when it was changed since the last time. @throws as makeTree
     void update(const std::string& path);
-    /// The same, a failure told.
+    /// The same, a failure shown in a sheet.
     void refresh(const std::string& path);
-    /// Imports the file and takes its date, a failure told. False when the user has cancelled it, which changes
-    /// nothing.
+    /// Imports the file and takes its date, a failure shown in a sheet. False when the user has cancelled it, which
+    /// changes nothing.
     bool importFrom(const std::string& path);
     /// The user does not want the file read: coming back to the application is no reason to try again. The tree goes
     /// unless it is that of the same model.

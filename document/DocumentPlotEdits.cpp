@@ -30,7 +30,7 @@ void MyDocument::changePlot(PlotControl control, const std::function<void()>& ch
         failure = std::current_exception();
     }
     m_setup.history().recordPlot(control, difference(before, plotState()));
-    if (m_setup.observers().historyChanged) m_setup.observers().historyChanged();
+    m_setup.historyChanged();
     if (failure) std::rethrow_exception(failure);
 }
 

@@ -20,10 +20,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <map>
 #include <memory>
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -108,7 +106,7 @@ public:
     void setOutlets(const DocumentOutlets& outlets);
     [[nodiscard]] const DocumentOutlets& outlets() const { return m_outlets; }
     /// The window has been loaded: imports the model, starts the animation timer, resets camera and light bounds. A
-    /// model that cannot be imported is told in a sheet, and the rest is set up all the same.
+    /// model that cannot be imported is reported in a sheet, and the rest is set up all the same.
     void awakeFromNib();
     /// The window closes: nothing calls the document any more.
     void close();
@@ -123,7 +121,7 @@ public:
     [[nodiscard]] std::string modelFilePath() const;
     void makeModelTree(const std::string& path) { m_model.makeTree(path); }
     void updateModelTree() { m_model.update(modelFilePath()); }
-    void refreshModel() { m_model.refresh(modelFilePath()); } // updateModelTree, a failure told
+    void refreshModel() { m_model.refresh(modelFilePath()); } // updateModelTree, a failure shown in a sheet
     void selectModel();
     [[nodiscard]] const ModelTree& modelTree() const { return m_model.tree(); }
     void setModelTree(ModelTree tree) { m_model.setTree(std::move(tree)); } // for one that was read already
@@ -212,9 +210,8 @@ public:
     void resetCameraByHand();
     void endPlotMove() { m_setup.history().endMove(); } // the control was let go
     [[nodiscard]] PlotState plotState() const;
-    [[nodiscard]] const PlotLayout& plotLayout() const {
-        return m_plot.layout();
-    } // nSurfaces, xEdges, zEdges, xQuads, zQuads
+    /// nSurfaces, xEdges, zEdges, xQuads and zQuads.
+    [[nodiscard]] const PlotLayout& plotLayout() const { return m_plot.layout(); }
 
     // -- Camera, light, rotation: they read and write the plot view, and are 0 without one --------------------------
     [[nodiscard]] float eyeXPos() const;
@@ -304,7 +301,7 @@ private:
 };
 
 /// The application came to the front: refreshes the model of every document whose model file has changed, in order. A
-/// document whose import fails is told so in its own window, and the others go on.
+/// document whose import fails says so in its own window, and the others go on.
 void applicationDidBecomeActive(const std::vector<MyDocument*>& documents);
 
 } // namespace orrery

@@ -23,7 +23,7 @@ std::string titleCase(std::string_view words) {
 }
 
 std::string settingWord(std::string_view key) {
-    const auto* field = std::ranges::find(setup_form::settings, key, &setup_form::Field::key);
+    const auto* field = std::ranges::find(setup_form::settings, key, &setup_form::Setting::key);
     return titleCase(field == setup_form::settings.end() ? key : field->userWord);
 }
 
@@ -209,8 +209,12 @@ void SetupEditing::redo() {
     }
 }
 
-void SetupEditing::showEdit(const UndoHistory::Edit* edit, Step step) {
+void SetupEditing::historyChanged() {
     if (m_observers.historyChanged) m_observers.historyChanged();
+}
+
+void SetupEditing::showEdit(const UndoHistory::Edit* edit, Step step) {
+    historyChanged();
     if (edit != nullptr && m_observers.showEdit) m_observers.showEdit(placeOf(*edit, step));
 }
 

@@ -74,8 +74,9 @@ public:
     void chooseModel(const std::string& path);
     /// Exchanges the model's path in the setup as well as in what can be undone and done again. No edit.
     void replaceModelPaths(const std::function<std::string(const std::string&)>& replacement);
-    /// The setup's surroundings have changed, which counts nothing.
+    // What the setup depends on, or what can be undone, has changed in another way than by an edit. It counts nothing.
     void setupChanged();
+    void historyChanged();
 
     [[nodiscard]] bool canUndo() const { return m_history.canUndo(); }
     [[nodiscard]] bool canRedo() const { return m_history.canRedo(); }

@@ -11,7 +11,7 @@
 /// What a setup holds, and its shape in the file.
 namespace orrery::setup_form {
 
-/// A value: its key in the dictionary or entry, its element in the file, and what the user calls it.
+/// A value of an entry: its key, its element in the file, and what the user calls it.
 struct Field {
     std::string_view key;
     std::string_view element;
@@ -26,37 +26,57 @@ enum class Counted { Nowhere, InOpenedOnes, Everywhere };
 
 /// A value of the setup itself. Its reader, its writer, its observers, the tool's options, the checks before a run and
 /// the setup tab follow this row; on the tab its control has the key as its name.
-struct Setting : Field {
+struct Setting {
+    std::string_view key;
+    std::string_view element;
+    std::string_view userWord;
     Kind kind = Kind::Text;
     bool required = false; // in a file; its first element counts. Of the others exactly one must be there
     Counted counted = Counted::Everywhere;
     std::optional<std::string_view> atFirst = {};   // in a new setup
     std::optional<std::string_view> otherwise = {}; // where a file has not exactly one
-    std::string_view countsAs = {};                 // what becomes of a text that is no number, in words
+    std::string_view countsAs = {};                 // what becomes of a text that is not a number, in words
 };
 
 /// The settings in the order of the file.
 inline constexpr std::array settings = {
-    Setting{{setup_key::modelPath, "ModelPath", "model path"}, Kind::ModelPath, true},
-    Setting{{setup_key::stepsPerDay, "StepsPerDay", "steps per day"},
-            Kind::Number,
-            false,
-            Counted::Everywhere,
-            "10",
-            {},
-            "0, so the run has no rows"},
-    Setting{{setup_key::startDay, "StartDay", "start day"}, Kind::Date, false, Counted::InOpenedOnes},
-    Setting{
-        {setup_key::runLength, "RunLength", "run length"}, Kind::Number, true, Counted::Everywhere, "100", {}, "1 day"},
-    Setting{{setup_key::reportStep, "ReportStep", "report step"},
-            Kind::Number,
-            true,
-            Counted::Everywhere,
-            "10",
-            {},
-            "0, so the run has no rows"},
-    Setting{{setup_key::dimensions, "Dimensions", "dimensions"}, Kind::Pair, true, Counted::Everywhere, "{ 1, 1 }"},
-    Setting{{setup_key::gcd, "GCD", "GCD"}, Kind::Text, false, Counted::Nowhere, {}, "0"},
+    Setting{.key = setup_key::modelPath,
+            .element = "ModelPath",
+            .userWord = "model path",
+            .kind = Kind::ModelPath,
+            .required = true},
+    Setting{.key = setup_key::stepsPerDay,
+            .element = "StepsPerDay",
+            .userWord = "steps per day",
+            .kind = Kind::Number,
+            .atFirst = "10",
+            .countsAs = "0, so the run has no rows"},
+    Setting{.key = setup_key::startDay,
+            .element = "StartDay",
+            .userWord = "start day",
+            .kind = Kind::Date,
+            .counted = Counted::InOpenedOnes},
+    Setting{.key = setup_key::runLength,
+            .element = "RunLength",
+            .userWord = "run length",
+            .kind = Kind::Number,
+            .required = true,
+            .atFirst = "100",
+            .countsAs = "1 day"},
+    Setting{.key = setup_key::reportStep,
+            .element = "ReportStep",
+            .userWord = "report step",
+            .kind = Kind::Number,
+            .required = true,
+            .atFirst = "10",
+            .countsAs = "0, so the run has no rows"},
+    Setting{.key = setup_key::dimensions,
+            .element = "Dimensions",
+            .userWord = "dimensions",
+            .kind = Kind::Pair,
+            .required = true,
+            .atFirst = "{ 1, 1 }"},
+    Setting{.key = setup_key::gcd, .element = "GCD", .userWord = "GCD", .counted = Counted::Nowhere, .otherwise = "0"},
 };
 
 /// The text of the setting's value; empty when it is absent.

@@ -59,7 +59,7 @@ TEST(SetupWriter, RefusesWhatAFileCannotHoldAndNamesItsField) {
 /// A setup with the text wherever one fits.
 SetupDictionary setupFullOf(const std::string& text) {
     SetupDictionary setup;
-    for (const setup_form::Field& field : setup_form::settings) {
+    for (const auto& field : setup_form::settings) {
         if (field.key != setup_key::startDay) setup.setText(field.key, text);
     }
     setup.setStartDay(Date{-86399});
