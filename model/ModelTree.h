@@ -1,5 +1,6 @@
 #pragma once
 
+#include "model/ModelClass.h"
 #include "model/ModelRecord.h"
 #include "platform/StringMap.h"
 #include "platform/XmlDocument.h"
@@ -13,13 +14,6 @@
 #include <vector>
 
 namespace orrery {
-
-enum class ModelNodeKind {
-    Part,      ///< computes something; children: its two port groups
-    Level,     ///< holds parts and levels, then its two port groups
-    PortGroup, ///< record {"name": "inputs"} or {"name": "outputs"}; children: ports
-    Port,      ///< no children
-};
 
 /// A node of the model tree. Owned by its tree.
 struct ModelNode {

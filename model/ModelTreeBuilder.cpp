@@ -7,29 +7,21 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 #include <limits>
+#include <ranges>
 
 namespace orrery {
 
 namespace {
 
-constexpr std::string_view levelClass = "KSLEVEL";
-constexpr std::string_view inputClass = "KSINPUT";
-constexpr std::string_view outputClass = "KSOUTPUT";
-constexpr std::string_view templateClass = "KSTEMPLATE"; // no part of the tree
-
-constexpr std::array<std::string_view, 12> classNames = {
-    "KSEXPRESSION", "KSTVDD",   "KS2DTVDD", "KSHTL",           levelClass,  inputClass,
-    outputClass,    "KSLOOKUP", "KSFILE",   "KSINPUTSPLITTER", "KSWEATHER", "KSRANDOM",
-};
+constexpr std::string_view templateClass = "KSTEMPLATE"; // not part of the tree
 
 constexpr std::size_t none = std::numeric_limits<std::size_t>::max();
 constexpr std::size_t loggedRepeats = 10;
 
 ModelNodeKind kindOfClass(std::string_view className) {
-    if (className == inputClass || className == outputClass) return ModelNodeKind::Port;
-    return className == levelClass ? ModelNodeKind::Level : ModelNodeKind::Part;
+    const ModelClass* found = findModelClass(className);
+    return found == nullptr ? ModelNodeKind::Part : found->kind;
 }
 
 constexpr std::size_t manyKeys = 32; // that many are found faster by a tree than one by one
@@ -114,12 +106,13 @@ void ModelTreeBuilder::endObject() {
 
 void ModelTreeBuilder::checkClass() const {
     const std::string className = m_className.value_or("");
-    if (std::find(classNames.begin(), classNames.end(), className) != classNames.end()) return;
-    throw OrreryError(fmt::format("Couldn't find class for {} (object \"{}\"{}).", quotedForMessage(className),
-                                  quotedForMessage(m_identifier.value_or("")),
-                                  m_className ? "" : ", which has no type"),
-                      Place{m_fileName, m_line},
-                      fmt::format("The type must be one of {} or {}.", fmt::join(classNames, ", "), templateClass));
+    if (findModelClass(className) != nullptr) return;
+    throw OrreryError(
+        fmt::format("Couldn't find class for {} (object \"{}\"{}).", quotedForMessage(className),
+                    quotedForMessage(m_identifier.value_or("")), m_className ? "" : ", which has no type"),
+        Place{m_fileName, m_line},
+        fmt::format("The type must be one of {} or {}.",
+                    fmt::join(modelClasses | std::views::transform(&ModelClass::name), ", "), templateClass));
 }
 
 void ModelTreeBuilder::addObject() {

@@ -5,8 +5,7 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <QPalette>
-#include <array>
-#include <string_view>
+#include <map>
 
 namespace orrery {
 
@@ -136,23 +135,12 @@ QIcon drawn(Shape shape, QChar letter = {}) {
     return QIcon(new ShapeEngine(shape, letter));
 }
 
-struct PartIcon {
-    std::string_view className;
-    QIcon icon;
-};
-
-const QIcon& partIcon(std::string_view className) {
-    static const std::array icons = {
-        PartIcon{"KSEXPRESSION", drawn(Shape::Part, 'f')},    PartIcon{"KSTVDD", drawn(Shape::Part, 'D')},
-        PartIcon{"KS2DTVDD", drawn(Shape::Part, '2')},        PartIcon{"KSHTL", drawn(Shape::Part, 'H')},
-        PartIcon{"KSLOOKUP", drawn(Shape::Part, 'L')},        PartIcon{"KSFILE", drawn(Shape::Part, 'F')},
-        PartIcon{"KSINPUTSPLITTER", drawn(Shape::Part, 'S')}, PartIcon{"KSWEATHER", drawn(Shape::Part, 'W')},
-        PartIcon{"KSRANDOM", drawn(Shape::Part, 'R')},        PartIcon{"", drawn(Shape::Part)},
-    };
-    for (const PartIcon& each : icons) {
-        if (each.className == className) return each.icon;
-    }
-    return icons.back().icon;
+/// Each made once.
+const QIcon& partIcon(char letter) {
+    static std::map<char, QIcon> icons;
+    const auto [found, isNew] = icons.try_emplace(letter);
+    if (isNew) found->second = drawn(Shape::Part, QLatin1Char(letter));
+    return found->second;
 }
 
 } // namespace
@@ -178,11 +166,12 @@ const QIcon& nodeIcon(const ModelNode& node) {
     case ModelNodeKind::PortGroup:
         return node.name() == "inputs" ? inputs : outputs;
     case ModelNodeKind::Port:
-        return portIcon(node.record.text("class") == "KSINPUT" ? PortDirection::Input : PortDirection::Output);
+        return portIcon(node.record.text("class") == inputClass ? PortDirection::Input : PortDirection::Output);
     case ModelNodeKind::Part:
         break;
     }
-    return partIcon(node.record.text("class"));
+    const ModelClass* found = findModelClass(node.record.text("class"));
+    return partIcon(found == nullptr ? '\0' : found->letter);
 }
 
 } // namespace orrery
