@@ -1,6 +1,6 @@
-#include "platform/LogFile.h"
-#include "platform/qt/LogPanel.h"
-#include "platform/qt/LogView.h"
+#include "log/LogFile.h"
+#include "log/qt/LogPanel.h"
+#include "log/qt/LogView.h"
 #include "platform/qt/QtWaitPanel.h"
 
 #include <benchmark/benchmark.h>

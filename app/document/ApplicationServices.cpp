@@ -1,6 +1,7 @@
 #include "app/document/ApplicationServices.h"
 
 #include "app/widgets/Icons.h"
+#include "log/qt/ReadableLog.h"
 #include "platform/Files.h"
 #include "platform/OrreryError.h"
 #include "platform/TemporaryDirectory.h"
@@ -25,6 +26,7 @@ ApplicationServices::ApplicationServices(std::unique_ptr<UserDefaults> defaults)
     registerResources();
     useOwnIcons();
     installAccessibility();
+    installLogAccessibility();
 }
 
 DocumentServices ApplicationServices::forDocuments() {

@@ -1,7 +1,7 @@
 #include "app/document/RunPanel.h"
 
 #include "app/plot/RunStateWords.h"
-#include "platform/qt/LogView.h"
+#include "log/qt/LogView.h"
 #include "platform/qt/QtText.h"
 #include "ui_MainMenu.h"
 #include "ui_MyDocument.h"

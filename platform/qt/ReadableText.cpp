@@ -1,7 +1,5 @@
 #include "platform/qt/ReadableText.h"
 
-#include "platform/qt/LogView.h"
-
 #include <QAbstractItemView>
 #include <QComboBox>
 #include <QLabel>
@@ -51,10 +49,6 @@ private:
 };
 
 QAccessibleInterface* interfaceFor(const QString& className, QObject* object) {
-    if (className == "orrery::LogView") {
-        auto* log = qobject_cast<LogView*>(object);
-        return new ReadableText(*log, QAccessible::EditableText, [log] { return log->text(); });
-    }
     if (className == "QLabel" && object->property(liveProperty).toBool()) {
         auto* label = qobject_cast<QLabel*>(object);
         return new ReadableText(*label, QAccessible::StaticText, [label] { return label->text(); });

@@ -33,8 +33,8 @@ private:
     std::function<QString()> m_text;
 };
 
-/// Has the application's widgets answer readers of the screen: the log with the end of its text, live lines with what
-/// they say, and choosers with their names. Again is as good as once.
+/// Has the application's widgets answer readers of the screen: live lines with what they say, and choosers with their
+/// names. Again is as good as once.
 void installAccessibility();
 
 /// Has the window's labels that are named by what they are about be read by what they say, and each change of it told;

@@ -2,7 +2,7 @@
 #include "app/PreferencesPanel.h"
 #include "app/SetupWindow.h"
 #include "app/StartPanel.h"
-#include "platform/qt/LogView.h"
+#include "log/qt/LogView.h"
 
 #include <gmock/gmock.h>
 

@@ -1,4 +1,4 @@
-#include "platform/LogStore.h"
+#include "log/LogStore.h"
 
 #include "platform/OrreryError.h"
 #include "platform/TemporaryDirectory.h"

@@ -1,4 +1,4 @@
-#include "platform/LogFile.h"
+#include "log/LogFile.h"
 
 #include "platform/Files.h"
 #include "platform/OrreryError.h"

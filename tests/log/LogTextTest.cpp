@@ -1,8 +1,8 @@
-#include "platform/LogText.h"
+#include "log/LogText.h"
 
+#include "log/LogFile.h"
+#include "log/LogSearch.h"
 #include "platform/Files.h"
-#include "platform/LogFile.h"
-#include "platform/LogSearch.h"
 #include "platform/OrreryError.h"
 #include "platform/Workers.h"
 #include "support/TemporaryFolder.h"

@@ -1,7 +1,7 @@
 // How the log looks: which row and column is where, and the painting of the visible rows.
 
-#include "platform/qt/LogRow.h"
-#include "platform/qt/LogView.h"
+#include "log/qt/LogRow.h"
+#include "log/qt/LogView.h"
 
 #include <QPaintEvent>
 #include <QPainter>

@@ -1,4 +1,4 @@
-#include "platform/LogSearch.h"
+#include "log/LogSearch.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,4 +1,4 @@
-#include "platform/LogBytes.h"
+#include "log/LogBytes.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,6 +1,6 @@
 // What mouse and keyboard do in the log.
 
-#include "platform/qt/LogView.h"
+#include "log/qt/LogView.h"
 
 #include <QContextMenuEvent>
 #include <QKeyEvent>

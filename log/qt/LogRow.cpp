@@ -1,4 +1,4 @@
-#include "platform/qt/LogRow.h"
+#include "log/qt/LogRow.h"
 
 #include "platform/Utf8.h"
 

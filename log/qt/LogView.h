@@ -1,9 +1,9 @@
 #pragma once
 
-#include "platform/LogSearch.h"
-#include "platform/LogText.h"
+#include "log/LogSearch.h"
+#include "log/LogText.h"
+#include "log/qt/LogScroll.h"
 #include "platform/Outlets.h"
-#include "platform/qt/LogScroll.h"
 
 #include <QAbstractScrollArea>
 #include <QBasicTimer>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/LogText.h"
+#include "log/LogText.h"
 
 #include <array>
 #include <cstddef>

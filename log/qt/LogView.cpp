@@ -1,7 +1,7 @@
-#include "platform/qt/LogView.h"
+#include "log/qt/LogView.h"
 
+#include "log/qt/LogRow.h"
 #include "platform/Utf8.h"
-#include "platform/qt/LogRow.h"
 #include "platform/qt/QtText.h"
 
 #include <QAccessible>

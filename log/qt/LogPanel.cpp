@@ -1,7 +1,7 @@
-#include "platform/qt/LogPanel.h"
+#include "log/qt/LogPanel.h"
 
-#include "platform/LogFile.h"
-#include "platform/qt/LogView.h"
+#include "log/LogFile.h"
+#include "log/qt/LogView.h"
 #include "platform/qt/QtAlerts.h"
 #include "platform/qt/QtText.h"
 #include "platform/qt/QtWaitPanel.h"

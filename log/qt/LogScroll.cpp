@@ -1,4 +1,4 @@
-#include "platform/qt/LogScroll.h"
+#include "log/qt/LogScroll.h"
 
 #include <QScrollBar>
 #include <algorithm>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/LogStore.h"
+#include "log/LogStore.h"
 
 #include <array>
 #include <cstddef>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/LogBytes.h"
+#include "log/LogBytes.h"
 
 #include <cstddef>
 #include <cstdint>

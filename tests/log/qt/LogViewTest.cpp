@@ -1,9 +1,9 @@
-#include "platform/qt/LogView.h"
+#include "log/qt/LogView.h"
 
+#include "log/qt/LogPanel.h"
+#include "log/qt/LogRow.h"
 #include "platform/Files.h"
 #include "platform/OrreryError.h"
-#include "platform/qt/LogPanel.h"
-#include "platform/qt/LogRow.h"
 #include "support/OffscreenTest.h"
 #include "support/TemporaryFolder.h"
 

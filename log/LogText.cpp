@@ -1,4 +1,4 @@
-#include "platform/LogText.h"
+#include "log/LogText.h"
 
 #include "platform/Numbers.h"
 
