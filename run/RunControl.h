@@ -3,11 +3,11 @@
 #include "platform/Files.h"
 #include "platform/OrreryError.h"
 #include "platform/Outlets.h"
-#include "platform/RunLock.h"
 #include "platform/RunLoop.h"
 #include "run/RunOutcome.h"
 #include "run/RunResults.h"
 #include "run/TaskWrapper.h"
+#include "run/lock/RunLock.h"
 
 #include <chrono>
 #include <cstddef>

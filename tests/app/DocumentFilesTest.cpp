@@ -4,7 +4,7 @@
 #include "app/ShellTest.h"
 #include "app/StartPanel.h"
 #include "platform/Files.h"
-#include "platform/RunLock.h"
+#include "run/lock/RunLock.h"
 
 #include <QListView>
 #include <QMenu>

@@ -1,4 +1,4 @@
-#include "platform/RunLock.h"
+#include "run/lock/RunLock.h"
 
 #include "platform/OrreryError.h"
 #include "platform/native/FileDescriptor.h"
