@@ -88,7 +88,7 @@ DocumentWindow* DocumentController::open(const std::string& path, OpenReport& re
 
 DocumentWindow* DocumentController::openCopy(const std::string& path, OpenReport& report) {
     auto document = std::make_unique<MyDocument>(m_services.forDocuments());
-    if (!read(path, report, [&] { document->readCopyOf(path); })) return nullptr;
+    if (!read(path, report, [&] { document->file().readCopyOf(path); })) return nullptr;
     const QString name = shownFileName(path);
     return show(std::move(document), tr("%1 copy").arg(name.left(name.lastIndexOf('.'))));
 }
@@ -142,7 +142,7 @@ DocumentWindow* DocumentController::show(std::unique_ptr<MyDocument> document, c
 
 DocumentWindow* DocumentController::windowOf(const std::string& path) const {
     const auto found = std::ranges::find_if(m_windows, [&](DocumentWindow* window) {
-        const auto its = window->document().filePath();
+        const auto its = window->document().file().path();
         return its && isSameFile(*its, path);
     });
     return found == m_windows.end() ? nullptr : *found;
@@ -159,13 +159,13 @@ int DocumentController::freeUntitledNumber(const QString& untitledName) const {
 }
 
 void DocumentController::documentSaved(DocumentWindow& window) {
-    if (const auto path = window.document().filePath()) m_recent.note(*path);
+    if (const auto path = window.document().file().path()) m_recent.note(*path);
     updateTitles();
 }
 
 void DocumentController::documentClosed(DocumentWindow& window) {
     keepWindowLayout(window, m_services.defaults());
-    window.document().knownFile() = {}; // opened again at once, it is open nowhere else
+    window.document().file().known() = {}; // opened again at once, it is open nowhere else
     std::erase(m_windows, &window);
     m_closed.push_back(&window);
     updateTitles();

@@ -132,7 +132,7 @@ private:
     void openDocument(const std::string& setupPath) {
         ModelTree tree = loadModel(loadSetup(setupPath), setupPath);
         m_document.readFromFile(setupPath);
-        m_document.setModelTree(std::move(tree));
+        m_document.model().setTree(std::move(tree));
         printProblems(m_document.setupProblems(), setupPath);
         if (!m_engine.empty() && !isExecutable(m_engine)) {
             throw OrreryError("This is not a program that can be run.", {.file = m_engine},
@@ -160,7 +160,7 @@ void printSummary(const MyDocument& document) {
 
 void printReport(const MyDocument& document) {
     Output output("-");
-    output.write(reportText(document.results(), {*document.filePath(), document.resultTablePath()}));
+    output.write(reportText(document.results(), {*document.file().path(), document.reading().tablePath()}));
     output.finish();
 }
 

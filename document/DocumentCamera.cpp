@@ -1,97 +1,107 @@
-// The document's camera, light and rotation: properties that live in the plot view.
-#include "document/MyDocument.h"
+#include "document/DocumentCamera.h"
+
 #include "plot/data/Camera.h"
+
+#include <chrono>
+#include <cstdint>
 
 namespace orrery {
 
 namespace {
 
-float coordinate(PlotView* view, Vector3 CameraRecord::*vector, double Vector3::*axis) {
-    return view == nullptr ? 0.0F : static_cast<float>(view->camera().*vector.*axis);
-}
+// The interval is kept as a single-precision number of seconds, 0.01666666753590107.
+constexpr auto animationInterval =
+    std::chrono::nanoseconds(static_cast<std::int64_t>(static_cast<double>(1.0F / 60.0F) * 1e9));
+constexpr float degreesPerTick = 0.5F;
 
 } // namespace
 
-float MyDocument::eyeXPos() const {
-    return coordinate(m_outlets.glView, &CameraRecord::viewPos, &Vector3::x);
-}
-float MyDocument::eyeYPos() const {
-    return coordinate(m_outlets.glView, &CameraRecord::viewPos, &Vector3::y);
-}
-float MyDocument::eyeZPos() const {
-    return coordinate(m_outlets.glView, &CameraRecord::viewPos, &Vector3::z);
-}
-void MyDocument::setEyeXPos(float x) {
-    if (PlotView* view = m_outlets.glView) setCoordinate(*view, &CameraRecord::viewPos, &Vector3::x, x);
-}
-void MyDocument::setEyeYPos(float y) {
-    if (PlotView* view = m_outlets.glView) setCoordinate(*view, &CameraRecord::viewPos, &Vector3::y, y);
-}
-void MyDocument::setEyeZPos(float z) {
-    if (PlotView* view = m_outlets.glView) setCoordinate(*view, &CameraRecord::viewPos, &Vector3::z, z);
+float DocumentCamera::coordinate(Vector3 CameraRecord::*vector, double Vector3::*axis) const {
+    return m_outlets.glView == nullptr ? 0.0F : static_cast<float>(m_outlets.glView->camera().*vector.*axis);
 }
 
-float MyDocument::eyeXDir() const {
-    return coordinate(m_outlets.glView, &CameraRecord::viewDir, &Vector3::x);
-}
-float MyDocument::eyeYDir() const {
-    return coordinate(m_outlets.glView, &CameraRecord::viewDir, &Vector3::y);
-}
-float MyDocument::eyeZDir() const {
-    return coordinate(m_outlets.glView, &CameraRecord::viewDir, &Vector3::z);
-}
-void MyDocument::setEyeXDir(float x) {
-    if (PlotView* view = m_outlets.glView) setCoordinate(*view, &CameraRecord::viewDir, &Vector3::x, x);
-}
-void MyDocument::setEyeYDir(float y) {
-    if (PlotView* view = m_outlets.glView) setCoordinate(*view, &CameraRecord::viewDir, &Vector3::y, y);
-}
-void MyDocument::setEyeZDir(float z) {
-    if (PlotView* view = m_outlets.glView) setCoordinate(*view, &CameraRecord::viewDir, &Vector3::z, z);
+void DocumentCamera::setCoordinate(Vector3 CameraRecord::*vector, double Vector3::*axis, float value) {
+    if (m_outlets.glView != nullptr) orrery::setCoordinate(*m_outlets.glView, vector, axis, value);
 }
 
-float MyDocument::lightHeight() const {
+float DocumentCamera::lightHeight() const {
     return m_outlets.glView == nullptr ? 0.0F : m_outlets.glView->lightHeight();
 }
 
-void MyDocument::setLightHeight(float height) {
-    if (m_outlets.glView == nullptr) return;
-    m_outlets.glView->setLightHeight(height);
-    redrawPlot();
+void DocumentCamera::setLightHeight(float height) {
+    if (m_outlets.glView != nullptr) m_outlets.glView->setLightHeight(height);
+    redraw();
 }
 
-void MyDocument::resetCamera() {
-    if (m_outlets.glView != nullptr) orrery::resetCamera(*m_outlets.glView);
+void DocumentCamera::reset() {
+    if (m_outlets.glView != nullptr) resetCamera(*m_outlets.glView);
 }
 
-float MyDocument::yRotation() const {
+float DocumentCamera::yRotation() const {
     if (m_outlets.glView == nullptr) return 0;
     return wrappedRotation(m_outlets.glView->yRotation(), static_cast<float>(m_outlets.yRotationSlider->maxValue()));
 }
 
-void MyDocument::setYRotation(float sliderValue) {
+void DocumentCamera::setYRotation(float sliderValue) {
     const float step =
-        circularStep(m_yRotationSliderValue, sliderValue, static_cast<float>(m_outlets.yRotationSlider->maxValue()));
-    if (m_outlets.glView != nullptr) m_outlets.glView->setYRotation(m_outlets.glView->yRotation() + step);
-    m_yRotationSliderValue = sliderValue;
-    redrawPlot();
+        circularStep(m_sliderValue, sliderValue, static_cast<float>(m_outlets.yRotationSlider->maxValue()));
+    m_sliderValue = sliderValue;
+    turn(step);
     m_outlets.yRotationSlider->setNeedsDisplay();
 }
 
-void MyDocument::incYRotation(float step) {
-    if (m_outlets.glView != nullptr) m_outlets.glView->setYRotation(m_outlets.glView->yRotation() + step);
-    m_yRotationSliderValue += step;
-    redrawPlot();
+void DocumentCamera::incYRotation(float step) {
+    m_sliderValue += step;
+    turn(step);
 }
 
-void MyDocument::toggleAnimatedRotation() {
+void DocumentCamera::turn(float step) {
+    if (m_outlets.glView != nullptr) m_outlets.glView->setYRotation(m_outlets.glView->yRotation() + step);
+    redraw();
+}
+
+void DocumentCamera::redraw() {
+    if (m_outlets.glView != nullptr) m_outlets.glView->setNeedsDisplay();
+}
+
+void DocumentCamera::startTimer(RunLoop& runLoop) {
+    m_timer = runLoop.repeat(animationInterval, [this] { tick(); });
+    m_timer->setResting(!m_isAnimated);
+}
+
+void DocumentCamera::tick() {
+    if (m_isAnimated) setYRotation(m_sliderValue + degreesPerTick);
+}
+
+void DocumentCamera::toggleAnimation() {
     m_isAnimated = !m_isAnimated;
     if (m_timer != nullptr) m_timer->setResting(!m_isAnimated);
 }
 
-void MyDocument::animationTimer() {
-    constexpr float degreesPerTick = 0.5F;
-    if (m_isAnimated) setYRotation(m_yRotationSliderValue + degreesPerTick);
+void DocumentCamera::read(PlotState& state) const {
+    PlotView* view = m_outlets.glView;
+    if (view == nullptr) return;
+    state.camera = {view->camera().viewPos, view->camera().viewDir, view->lightHeight()};
+    state.rotation = {view->yRotation(), m_sliderValue};
+}
+
+void DocumentCamera::put(const PlotChange& change) {
+    PlotView* view = m_outlets.glView;
+    if (view == nullptr) return;
+    if (change.camera) {
+        CameraRecord& camera = view->camera();
+        const CameraChoice choice = changed({camera.viewPos, camera.viewDir, view->lightHeight()}, *change.camera);
+        camera.viewPos = choice.viewPos;
+        camera.viewDir = choice.viewDir;
+        view->setLightHeight(choice.lightHeight);
+        view->updateProjection();
+    }
+    if (change.rotation) {
+        view->setYRotation(change.rotation->after.angle);
+        m_sliderValue = change.rotation->after.sliderValue;
+        m_outlets.yRotationSlider->setNeedsDisplay();
+    }
+    if (change.camera || change.rotation) view->setNeedsDisplay();
 }
 
 } // namespace orrery

@@ -1,43 +1,33 @@
 #include "document/MyDocument.h"
 
+#include "document/PortDrags.h"
 #include "document/setup/ModelPath.h"
-#include "document/setup/SetupForm.h"
-#include "document/setup/SetupMove.h"
 #include "document/setup/SetupReader.h"
 #include "document/setup/SetupWriter.h"
 #include "platform/Files.h"
-#include "platform/Log.h"
 #include "platform/OrreryError.h"
 #include "platform/Workers.h"
-#include "run/ResponseVariables.h"
-#include "run/SetupTrust.h"
+#include "run/Export.h"
+#include "run/IndexSet.h"
+#include "run/SetupProblems.h"
+#include "run/SweepSummary.h"
 
-#include <fmt/format.h>
-
-#include <algorithm>
-#include <atomic>
-#include <chrono>
 #include <exception>
 #include <utility>
 
 namespace orrery {
 
-namespace {
-
-// The interval is kept as a single-precision number of seconds, 0.01666666753590107.
-constexpr auto animationInterval =
-    std::chrono::nanoseconds(static_cast<std::int64_t>(static_cast<double>(1.0F / 60.0F) * 1e9));
-
-} // namespace
-
 MyDocument::MyDocument(DocumentServices services)
-    : m_services(std::move(services)), m_setup([this] { return m_model.importFrom(modelFilePath()); },
-                                               [this](const PlotChange& change) { putPlotChange(change); }),
-      m_model([this] { m_setup.setupChanged(); }, [this](const AlertText& text) { showSheet(text); }),
+    : m_services(std::move(services)), m_setup([this] { return m_model.importFrom(m_file.modelPath()); },
+                                               [this](const PlotChange& change) { m_plot.put(change); }),
+      m_model([this] { m_setup.setupChanged(); }, [this](const AlertText& text) { m_messages.showSheet(text); }),
+      m_reading({m_setup, m_model, m_outlets, m_services, m_messages}, [this] { m_plot.forget(); }),
+      m_handover(m_services, m_messages,
+                 [this] { return exportPaths(theDictionary(), m_reading.tablePath(), m_file.absolutePath()); }),
       m_run(*this, m_services.run) {
     if (m_services.calendar == nullptr) m_services.calendar = &currentCalendar();
     m_setup.history().setApplies([this](const PlotChange& change) {
-        return change.appliesTo(m_results.grid.variables, m_results.responses.variables);
+        return change.appliesTo(results().grid.variables, results().responses.variables);
     });
 }
 
@@ -51,93 +41,32 @@ void MyDocument::initWithType(std::string_view /*typeName*/) {
 }
 
 XmlDocument MyDocument::convertToXML() const {
-    return setupToXml(m_setup.dictionary());
+    return setupToXml(theDictionary());
 }
 
 void MyDocument::convertFromXML(const XmlDocument& document) {
-    setTheDictionary(setupFromXml(document, m_filePath.value_or("setup")));
+    setTheDictionary(setupFromXml(document, m_file.pathForMessages()));
 }
 
 bool MyDocument::loadDataRepresentation(std::string_view bytes, std::string_view /*typeName*/) {
-    LoadedSetup loaded = readSetup(bytes, m_filePath.value_or("setup"));
-    m_unparsedFault = loaded.parsed ? "" : loaded.fault;
-    m_unparsedBytes = loaded.parsed ? "" : bytes;
-    if (!loaded.parsed) logLine(loaded.fault);
-    m_isOurs = SetupTrust(m_services.userDefaults).knows(bytes);
-    setTheDictionary(std::move(loaded.dictionary));
-    m_setup.observeSettings(true);
+    m_file.load(bytes);
     return true;
 }
 
-void MyDocument::readFromFile(std::string path) {
-    std::string bytes;
-    KnownFile file = KnownFile::read(path, bytes);
-    const auto before = std::exchange(m_filePath, std::move(path));
-    try {
-        loadDataRepresentation(bytes, "");
-    } catch (...) {
-        m_filePath = before;
-        throw;
-    }
-    m_knownFile = std::move(file);
-}
-
-void MyDocument::readCopyOf(const std::string& path) {
-    readFromFile(path);
-    m_setup.replaceModelPaths([&](const std::string& model) { return absoluteModelPath(model, path); });
-    m_filePath.reset();
-    m_knownFile = {};
-    m_unparsedBytes.clear();
-    m_isUnsavedCopy = true;
-    m_setup.setSaved();
-}
-
-void MyDocument::writeToURL(const std::string& path, std::string_view /*typeName*/) {
-    (void)writeSetup(m_setup.dictionary(), path);
-}
-
-KnownFile MyDocument::writeSetup(const SetupDictionary& setup, const std::string& path) {
-    if (m_services.userDefaults != nullptr) {
-        std::optional<std::string> location;
-        if (m_filePath) location = fileUrl(absolutePath(*m_filePath));
-        m_services.userDefaults->setObject(location, "lastPath");
-    }
-    const std::string bytes = setupFileBytes(setup, path);
-    keepUnparsedFile(path);
-    KnownFile written = replaceKnownFile(path, bytes);
-    if (m_isOurs && !outputsOutside(setup, path).empty()) SetupTrust(m_services.userDefaults).add(bytes);
-    m_unparsedBytes.clear();
-    m_unparsedFault.clear();
-    return written;
-}
-
-void MyDocument::keepUnparsedFile(const std::string& path) {
-    if (m_unparsedBytes.empty() || !fileExists(path) || readWholeFile(path) != m_unparsedBytes) return;
-    std::string kept = path + "~";
-    for (int number = 2; fileExists(kept); ++number) {
-        kept = fmt::format("{}~{}", path, number);
-    }
-    replaceFile(kept, m_unparsedBytes);
-    logLine(fmt::format("{} was not a setup file; its old content is kept as {}", path, kept));
-}
-
 void MyDocument::saveToFile(const std::string& path) {
-    m_knownFile = writeSetup(setupAfterMove(m_setup.dictionary(), m_filePath, path), path);
-    m_setup.replaceModelPaths([&](const std::string& model) { return modelPathAfterMove(model, m_filePath, path); });
-    m_isUnsavedCopy = false;
-    const bool hadFile = std::exchange(m_filePath, std::string(path)).has_value();
-    m_setup.setSaved();
+    const bool hadFile = m_file.path().has_value();
+    m_file.save(path);
     // Only now a relative path names a model.
-    const bool findsModel = !hadFile && modelFilePath() != m_setup.dictionary().textOrEmpty(setup_key::modelPath);
+    const bool findsModel = !hadFile && m_file.modelPath() != theDictionary().textOrEmpty(setup_key::modelPath);
     if (findsModel) importModelOrLeaveIt(false);
 }
 
 void MyDocument::revertToFile() {
-    if (!m_filePath) return;
-    const std::string before = modelFilePath();
-    readFromFile(*m_filePath);
+    if (!m_file.path()) return;
+    const std::string before = m_file.modelPath();
+    readFromFile(*m_file.path());
     updateChangeCount(ChangeKind::Cleared);
-    importModelOrLeaveIt(modelFilePath() == before);
+    importModelOrLeaveIt(m_file.modelPath() == before);
 }
 
 void MyDocument::saveDocument(std::function<void(bool)> didSave) {
@@ -147,11 +76,11 @@ void MyDocument::saveDocument(std::function<void(bool)> didSave) {
     }
     bool saved = false;
     try {
-        if (!m_filePath) throw OrreryError("The document has no file yet.", {}, "Save it under a name first.");
-        saveToFile(*m_filePath);
+        if (!m_file.path()) throw OrreryError("The document has no file yet.", {}, "Save it under a name first.");
+        saveToFile(*m_file.path());
         saved = true;
     } catch (const std::exception& error) {
-        showSheet({"The document could not be saved.", error.what()});
+        m_messages.showSheet({"The document could not be saved.", error.what()});
     }
     didSave(saved);
 }
@@ -166,11 +95,8 @@ void MyDocument::setOutlets(const DocumentOutlets& outlets) {
 }
 
 void MyDocument::awakeFromNib() {
-    if (!modelFilePath().empty()) importModelOrLeaveIt(false);
-    if (m_services.run.runLoop != nullptr) {
-        m_timer = m_services.run.runLoop->repeat(animationInterval, [this] { animationTimer(); });
-        m_timer->setResting(!m_isAnimated);
-    }
+    if (!m_file.modelPath().empty()) importModelOrLeaveIt(false);
+    if (m_services.run.runLoop != nullptr) m_camera.startTimer(*m_services.run.runLoop);
     resetCamera();
     setLightSliderMax(20);
     setLightSliderMin(-5);
@@ -178,18 +104,36 @@ void MyDocument::awakeFromNib() {
 
 /// Where the user cancels the import, the tree of an earlier model goes.
 void MyDocument::importModelOrLeaveIt(bool treeIsOfSameModel) {
-    if (!m_model.importFrom(modelFilePath())) m_model.leaveUnread(modelFilePath(), treeIsOfSameModel);
+    const std::string path = m_file.modelPath();
+    if (!m_model.importFrom(path)) m_model.leaveUnread(path, treeIsOfSameModel);
 }
 
 void MyDocument::close() {
-    m_timer.reset();
+    m_camera.stopTimer();
+    m_handover.close();
     m_alive.reset();
 }
 
-std::string MyDocument::modelFilePath() const {
-    const std::string_view path = m_setup.dictionary().textOrEmpty(setup_key::modelPath);
-    if (path.empty()) return {};
-    return resolvedModelPath(std::string(path), m_filePath.value_or(""));
+bool MyDocument::validateTag(CommandTag tag) {
+    bool enabled = false;
+    if (!m_run.fault().empty()) {
+        enabled = false; // neither a run nor its results have a place
+    } else if (tag == CommandTag::Run) {
+        enabled = theDictionary().contains(setup_key::modelPath);
+    } else if (tag == CommandTag::Send) {
+        enabled = exportFilesExist(theDictionary(), m_reading.tablePath(), m_file.absolutePath());
+    }
+    m_outlets.startStopButton->setEnabled(enabled);
+    return enabled;
+}
+
+bool MyDocument::validateMenuItem(std::int32_t tag) {
+    const auto command = static_cast<CommandTag>(tag);
+    return (command != CommandTag::Run && command != CommandTag::Send) || validateTag(command);
+}
+
+void MyDocument::tabViewDidSelectTabViewItem(std::string_view identifier) {
+    if (identifier == "2") m_plot.redraw();
 }
 
 void MyDocument::selectModel() {
@@ -200,12 +144,71 @@ void MyDocument::selectModel() {
     });
 }
 
-void MyDocument::showSheet(const AlertText& text) {
-    if (m_outlets.alerts != nullptr) {
-        m_outlets.alerts->beginSheet(text, [](std::size_t) {});
-    } else if (m_services.run.message) {
-        m_services.run.message(fmt::format("{} {}", text.message, text.informative));
+bool MyDocument::outlineViewWriteItems(const std::vector<const ModelNode*>& items, Pasteboard& pasteboard) const {
+    return writePort(items, pasteboard);
+}
+
+bool MyDocument::tableViewWriteRows(PortList table, const std::vector<std::size_t>& rows,
+                                    Pasteboard& pasteboard) const {
+    writeRows(table, rows, pasteboard);
+    return true;
+}
+
+DropDecision MyDocument::tableViewValidateDrop(PortList table, const Pasteboard& pasteboard) {
+    return validateDrop(table, pasteboard.types());
+}
+
+bool MyDocument::tableViewAcceptDrop(PortList table, const Pasteboard& pasteboard, std::size_t row,
+                                     DropOperation operation) {
+    return acceptDrop(m_setup, table, pasteboard, row, operation);
+}
+
+std::string MyDocument::sweepSummary() const {
+    return orrery::sweepSummary(theDictionary(), *m_services.calendar, m_model.recorders());
+}
+
+SetupProblems MyDocument::setupProblems() {
+    return orrery::setupProblems(theDictionary(), {.ports = m_model.portFaults(),
+                                                   .responses = m_model.recorders(),
+                                                   .calendar = *m_services.calendar,
+                                                   .setupPath = m_file.absolutePath(),
+                                                   .fileExists = fileExists,
+                                                   .availableMemory = availableMemory});
+}
+
+void MyDocument::clearSweepForRun() {
+    m_reading.clearSweep();
+    m_plot.redraw();
+}
+
+const RunResults& MyDocument::buildResults() {
+    const RunResults& built = m_reading.build();
+    m_plot.markOutdated();
+    return built;
+}
+
+void MyDocument::runStateChanged() {
+    if (m_run.outcome().kind == RunOutcome::Kind::Aborted) m_plot.clear();
+    if (m_runObserver) m_runObserver();
+    m_setup.historyChanged(); // other results, other choices to take back
+}
+
+void MyDocument::readByOtherGrid() {
+    m_reading.chooseOtherGrid([this] { return m_run.rebuildResults(); });
+}
+
+std::vector<std::uint32_t> MyDocument::makeCurrentIndexSet() const {
+    return currentIndexSet(results().grid.variables);
+}
+
+std::vector<std::string> MyDocument::usedFiles() const {
+    std::vector<std::string> files{m_file.modelPath(), m_reading.tablePath()};
+    if (isSingleRun(theDictionary())) return files;
+    const std::string setupPath = m_file.absolutePath();
+    for (const Entry& output : theDictionary().entries(setup_key::outputs)) {
+        files.push_back(resolvedModelPath(output.text("outputPath"), setupPath));
     }
+    return files;
 }
 
 void applicationDidBecomeActive(const std::vector<MyDocument*>& documents) {

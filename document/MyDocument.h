@@ -1,20 +1,19 @@
 #pragma once
 
+#include "document/DocumentCamera.h"
+#include "document/DocumentFile.h"
+#include "document/DocumentMessages.h"
 #include "document/DocumentModel.h"
 #include "document/DocumentOutlets.h"
+#include "document/DocumentPlot.h"
+#include "document/DocumentServices.h"
+#include "document/ResultHandover.h"
+#include "document/ResultReading.h"
 #include "document/SetupEditing.h"
-#include "document/StartedSetup.h"
 #include "document/Toolbar.h"
-#include "platform/KnownFile.h"
 #include "platform/Pasteboard.h"
-#include "platform/Services.h"
-#include "platform/UserDefaults.h"
 #include "platform/XmlDocument.h"
-#include "plot/data/PlotSession.h"
-#include "plot/data/PlotState.h"
-#include "run/PlotChoices.h"
 #include "run/RunControl.h"
-#include "run/RunResults.h"
 #include "run/SetupProblem.h"
 
 #include <cstddef>
@@ -29,27 +28,11 @@
 
 namespace orrery {
 
-/// What a document needs of the platform; nothing is owned, and all of it outlives the document.
-struct DocumentServices {
-    RunServices run;
-    UserDefaults* userDefaults = nullptr;
-    NamedServices* namedServices = nullptr; // absent: no companion can be reached
-    const Calendar* calendar = nullptr;     // absent: the user's current calendar
-    TableReadOptions tableReading;
-    bool writesOverOutputs = false; // of setups that were not written here, without asking
-};
-
-/// The control that sends an action from a row of settings.
-struct SettingsSender {
-    SettingsTag tag = SettingsTag::RoleChooser;
-    std::size_t row = 0; // position of the variable in its list
-};
-
 /// One simulation setup and everything derived from it: the hub between window, model, run and plot.
 ///
-/// It owns the setup dictionary (all that is saved), the model tree, the last run's variables and data, and the
-/// engine's wrapper. It reaches its window through outlets that may be absent. Most operations are short calls into
-/// the folders model/, run/ and plot/. Main thread only.
+/// It introduces to each other the rooms that do the work (file, setup, model, results, plot, camera, run) and keeps
+/// the names by which a window's controls know their actions, as short calls into them. It reaches its window through
+/// outlets that may be absent. Main thread only.
 class MyDocument : private RunHost {
 public:
     /// A document without a setup, as opening a file starts with.
@@ -58,7 +41,21 @@ public:
     MyDocument& operator=(const MyDocument&) = delete;
     ~MyDocument() override;
 
-    // -- The setup and its changes --------------------------------------------------------------------------------
+    // -- The rooms ------------------------------------------------------------------------------------------------
+    [[nodiscard]] SetupEditing& setup() { return m_setup; }
+    [[nodiscard]] const SetupEditing& setup() const { return m_setup; }
+    [[nodiscard]] DocumentFile& file() { return m_file; }
+    [[nodiscard]] const DocumentFile& file() const { return m_file; }
+    [[nodiscard]] DocumentModel& model() { return m_model; }
+    [[nodiscard]] const DocumentModel& model() const { return m_model; }
+    [[nodiscard]] RunControl& runControl() { return m_run; }
+    [[nodiscard]] ResultReading& reading() { return m_reading; }
+    [[nodiscard]] const ResultReading& reading() const { return m_reading; }
+    [[nodiscard]] const RunResults& results() const { return m_reading.results(); } // of the last run
+    [[nodiscard]] DocumentPlot& plot() { return m_plot; }
+    [[nodiscard]] const DocumentPlot& plot() const { return m_plot; }
+
+    // -- The setup and its file -----------------------------------------------------------------------------------
     /// Makes this a new, untitled setup: the defaults unless a setup is present, and its observation.
     void initWithType(std::string_view typeName);
     [[nodiscard]] SetupDictionary& theDictionary() { return m_setup.dictionary(); }
@@ -66,43 +63,23 @@ public:
     void setTheDictionary(SetupDictionary dictionary) { m_setup.setDictionary(std::move(dictionary)); }
     void observeValueForKeyPath(std::string_view /*key*/) { updateChangeCount(ChangeKind::Done); }
     void updateChangeCount(ChangeKind kind) { m_setup.updateChangeCount(kind); }
-    [[nodiscard]] bool isDocumentEdited() const { return m_setup.isEdited(); } // since the last save
-    [[nodiscard]] bool hasUnsavedChanges() const override { return m_setup.hasUnsavedChanges(); }
-    /// The setup as it is edited, with its undo.
-    [[nodiscard]] SetupEditing& setup() { return m_setup; }
-    [[nodiscard]] const SetupEditing& setup() const { return m_setup; }
-    [[nodiscard]] static std::string_view windowNibName() { return "MyDocument"; }
-    void windowControllerDidLoadNib() {} // the base behaviour suffices
-
-    // -- The setup file -------------------------------------------------------------------------------------------
     [[nodiscard]] XmlDocument convertToXML() const;
     void convertFromXML(const XmlDocument& document);
-    /// Takes over a setup file's bytes. @throws OrreryError when required elements are missing; the document is then
-    /// unchanged. Bytes that do not parse are logged and give an empty setup.
-    bool loadDataRepresentation(std::string_view bytes, std::string_view typeName);
-    /// Reads the file and takes its path. By value: the caller's may be this document's own. @throws OrreryError
-    void readFromFile(std::string path);
-    /// Reads the file as a copy that has no file yet and names the same model. It has nothing unsaved, since it can be
-    /// had again, but a run has it saved first. @throws OrreryError
-    void readCopyOf(const std::string& path);
-    [[nodiscard]] bool isUnsavedCopy() const override { return m_isUnsavedCopy; }
-    /// Why the file that was opened is no setup, with the place; empty when it is one, and after the next save.
-    [[nodiscard]] const std::string& unparsedFault() const { return m_unparsedFault; }
-    /// Writes the setup file whole, or throws OrreryError and leaves the old file. Stores the user default "lastPath".
-    void writeToURL(const std::string& path, std::string_view typeName);
+    bool loadDataRepresentation(std::string_view bytes, std::string_view typeName); // @throws as DocumentFile::load
+    /// By value: the caller's may be this document's own. @throws as DocumentFile::read
+    void readFromFile(std::string path) { m_file.read(std::move(path)); }
+    void writeToURL(const std::string& path, std::string_view /*typeName*/) { m_file.write(path); }
     /// Writes as writeToURL, then the document is at that path and unedited. In another directory a relative model path
     /// becomes absolute, in the file as in the document, also for what can be undone.
     void saveToFile(const std::string& path);
     /// Reads the document's file again; edits since the last save and their undo are gone. @throws OrreryError
     void revertToFile();
-    [[nodiscard]] std::optional<std::string> filePath() const override { return m_filePath; }
-    /// The document's file as it was when the document last read or wrote it.
-    [[nodiscard]] KnownFile& knownFile() { return m_knownFile; }
-    void setFilePath(std::optional<std::string> path) { m_filePath = std::move(path); }
     /// How a save that a run asks for is done (a window may have to ask for a name); by default saveToFile.
     void setSaveHandler(std::function<void(std::function<void(bool)>)> handler) { m_saveHandler = std::move(handler); }
 
     // -- The window -----------------------------------------------------------------------------------------------
+    [[nodiscard]] static std::string_view windowNibName() { return "MyDocument"; }
+    void windowControllerDidLoadNib() {} // the base behaviour suffices
     void setOutlets(const DocumentOutlets& outlets);
     [[nodiscard]] const DocumentOutlets& outlets() const { return m_outlets; }
     /// The window has been loaded: imports the model, starts the animation timer, resets camera and light bounds. A
@@ -111,20 +88,14 @@ public:
     /// The window closes: nothing calls the document any more.
     void close();
     bool validateTag(CommandTag tag);
-    /// Why there can be neither a run nor results; empty: there can.
-    [[nodiscard]] const std::string& runFault() const { return m_services.run.temporaryDirectoryFault; }
     [[nodiscard]] bool validateMenuItem(std::int32_t tag);
     void tabViewDidSelectTabViewItem(std::string_view identifier);
 
     // -- The model ------------------------------------------------------------------------------------------------
-    /// The model file's path as the setup has it, made absolute from the setup file's directory; empty without one.
-    [[nodiscard]] std::string modelFilePath() const;
     void makeModelTree(const std::string& path) { m_model.makeTree(path); }
-    void updateModelTree() { m_model.update(modelFilePath()); }
-    void refreshModel() { m_model.refresh(modelFilePath()); } // updateModelTree, a failure shown in a sheet
+    void updateModelTree() { m_model.update(m_file.modelPath()); }
+    void refreshModel() { m_model.refresh(m_file.modelPath()); } // updateModelTree, a failure shown in a sheet
     void selectModel();
-    [[nodiscard]] const ModelTree& modelTree() const { return m_model.tree(); }
-    void setModelTree(ModelTree tree) { m_model.setTree(std::move(tree)); } // for one that was read already
     [[nodiscard]] const std::optional<Date>& modelModification() const { return m_model.modification(); }
     void setModelModification(std::optional<Date> date) { m_model.setModification(date); }
 
@@ -137,6 +108,8 @@ public:
     void addOrRemoveOutput(int segment) { m_setup.addOrRemove(PortList::Outputs, segment); }
     void addOrRemoveInitialization(int segment) { m_setup.addOrRemove(PortList::Initializations, segment); }
     void addOrRemoveStepper(int segment) { m_setup.addOrRemove(PortList::Steppers, segment); }
+    [[nodiscard]] std::string sweepSummary() const; // of the setup as it stands now
+    [[nodiscard]] SetupProblems setupProblems();    // as it stands now
 
     // -- The run --------------------------------------------------------------------------------------------------
     void runSimulation() { m_run.runSimulation(); }
@@ -144,158 +117,112 @@ public:
     void abortSimulation() { m_run.abortSimulation(); }
     void checkForDirtyModelDocument() { m_run.checkForDirtyModelDocument(); }
     void doRun() { m_run.doRun(); }
-    [[nodiscard]] RunControl& runControl() { return m_run; }
     /// Called when a run was started, waits for its turn or has ended.
     void setRunObserver(std::function<void()> observer) { m_runObserver = std::move(observer); }
 
     // -- Results --------------------------------------------------------------------------------------------------
-    /// Reads the last run's table by the grid that is chosen, in one go: a failure leaves the new grid and nothing else
-    /// behind. @throws ResultTableMissing after its alert, OrreryError
-    const RunResults& buildResults() override;
-    [[nodiscard]] const RunResults& results() const { return m_results; }
-    /// By which grid the results are read, and how that differs from the setup which ran.
-    [[nodiscard]] const GridChoice& gridChoice() const { return m_gridChoice; }
     /// Reads the last run's table again by the other grid: that of the setup which ran, or the document's. Nothing
     /// while a run is under way or where the two agree.
     void readByOtherGrid();
-    [[nodiscard]] std::string resultTablePath() const;
-    // Each step and part of the results alone.
-    void constructIndependentVariables();
-    void constructDependentVariables(); // @throws as buildResults
-    void getSimulationData();           // @throws OrreryError
-    [[nodiscard]] std::vector<IndependentVariable>& independentVariables() { return m_results.grid.variables; }
+    void constructIndependentVariables() { m_reading.constructIndependentVariables(); }
+    void constructDependentVariables() { m_reading.constructDependentVariables(); }
+    void getSimulationData() { m_reading.getSimulationData(); }
+    [[nodiscard]] std::vector<IndependentVariable>& independentVariables() { return last().grid.variables; }
     [[nodiscard]] const std::vector<IndependentVariable>& independentVariables() const {
-        return m_results.grid.variables;
+        return results().grid.variables;
     }
-    void setIndependentVariables(std::vector<IndependentVariable> variables);
-    [[nodiscard]] std::vector<ResponseVariable>& dependentVariables() { return m_results.responses.variables; }
+    void setIndependentVariables(std::vector<IndependentVariable> variables) {
+        m_reading.setIndependentVariables(std::move(variables));
+    }
+    [[nodiscard]] std::vector<ResponseVariable>& dependentVariables() { return last().responses.variables; }
     [[nodiscard]] const std::vector<ResponseVariable>& dependentVariables() const {
-        return m_results.responses.variables;
+        return results().responses.variables;
     }
-    void setDependentVariables(std::vector<ResponseVariable> variables);
-    [[nodiscard]] const std::vector<std::string>& responseVariableLabels() const { return m_results.responses.labels; }
-    void setResponseVariableLabels(std::vector<std::string> labels) { m_results.responses.labels = std::move(labels); }
-    [[nodiscard]] const CellBlock& simulationData() const { return m_results.table.cells; }
-    void setSimulationData(CellBlock data);
-    [[nodiscard]] const std::vector<float>& yMax() const { return m_results.table.maxima; }
-    void setYMax(std::vector<float> maxima) { m_results.table.maxima = std::move(maxima); }
-    [[nodiscard]] std::uint32_t nRowsOfData() const { return m_results.grid.nRowsOfData; }
-    [[nodiscard]] std::string sweepSummary() const; // of the setup as it stands now
-    [[nodiscard]] SetupProblems setupProblems();    // as it stands now
-    [[nodiscard]] PortFaults& portFaults() { return m_model.portFaults(); }
+    void setDependentVariables(std::vector<ResponseVariable> variables) {
+        m_reading.setDependentVariables(std::move(variables));
+    }
+    [[nodiscard]] const std::vector<std::string>& responseVariableLabels() const { return results().responses.labels; }
+    void setResponseVariableLabels(std::vector<std::string> labels) { last().responses.labels = std::move(labels); }
+    [[nodiscard]] const CellBlock& simulationData() const { return results().table.cells; }
+    void setSimulationData(CellBlock data) { m_reading.setSimulationData(std::move(data)); }
+    [[nodiscard]] const std::vector<float>& yMax() const { return results().table.maxima; }
+    void setYMax(std::vector<float> maxima) { last().table.maxima = std::move(maxima); }
+    [[nodiscard]] std::uint32_t nRowsOfData() const { return results().grid.nRowsOfData; }
     [[nodiscard]] std::vector<std::uint32_t> makeCurrentIndexSet() const;
+    void saveToDorado() { m_handover.start(); }
     [[nodiscard]] std::vector<std::string> usedFiles() const; // by commands and problems: absolute, some empty
-    void saveToDorado(); // returns at once, and does nothing while the last one still looks for Dorado
-    /// Whether the plot shows an earlier run than the present results.
-    [[nodiscard]] bool plotIsOutdated() const { return m_plotIsOutdated; }
 
     // -- The plot -------------------------------------------------------------------------------------------------
-    /// Shows what is chosen of the results. A plot of millions of cells is built behind the wait panel; where the user
-    /// cancels it, the plot is cleared. @throws as showPlot
-    void setupPlotView();
+    void setupPlotView() { m_plot.draw(); } // @throws as showPlot
     void updateScale() { setupPlotView(); }
-    void updatePlot(const SettingsSender& sender);
-    // Each part of the plot's building alone, for those rows of the layout that was last set up.
-    void makePlotForDimensions(std::uint32_t dimensions, const std::vector<std::uint32_t>& indices);
-    [[nodiscard]] std::vector<float> make2DVertexData(const std::vector<std::uint32_t>& indices); // resets the camera
-    [[nodiscard]] std::vector<float> make3DVertexData(const std::vector<std::uint32_t>& indices) const;
-    /// What a person does at a control of the plot tab: a step of undo, which goes on while the control moves. It never
-    /// marks the document edited.
-    void changePlot(PlotControl control, const std::function<void()>& change);
-    // Each of these is such a step, and draws the plot anew. @throws as setupPlotView, with the choice made
-    void chooseRole(std::size_t row, PlotRole role); // taken from the variable that has the axis
-    void hold(std::size_t row, float constant, PlotAct act);
-    /// Sets what the act is about of the responses, which may be records of earlier results.
-    void changeResponses(std::vector<ResponseVariable> records, PlotAct act, const ResponseVariable::Value& value);
-    void resetCameraByHand();
-    void endPlotMove() { m_setup.history().endMove(); } // the control was let go
-    [[nodiscard]] PlotState plotState() const;
-    /// nSurfaces, xEdges, zEdges, xQuads and zQuads.
-    [[nodiscard]] const PlotLayout& plotLayout() const { return m_plot.layout(); }
+    void updatePlot(const SettingsSender& sender) { m_plot.update(sender); }
+    void makePlotForDimensions(std::uint32_t dimensions, const std::vector<std::uint32_t>& indices) {
+        m_plot.makePlotForDimensions(dimensions, indices);
+    }
+    [[nodiscard]] std::vector<float> make2DVertexData(const std::vector<std::uint32_t>& indices) {
+        return m_plot.make2DVertexData(indices);
+    }
+    [[nodiscard]] std::vector<float> make3DVertexData(const std::vector<std::uint32_t>& indices) const {
+        return m_plot.make3DVertexData(indices);
+    }
 
     // -- Camera, light, rotation: they read and write the plot view, and are 0 without one --------------------------
-    [[nodiscard]] float eyeXPos() const;
-    [[nodiscard]] float eyeYPos() const;
-    [[nodiscard]] float eyeZPos() const;
-    void setEyeXPos(float x);
-    void setEyeYPos(float y);
-    void setEyeZPos(float z);
-    [[nodiscard]] float eyeXDir() const;
-    [[nodiscard]] float eyeYDir() const;
-    [[nodiscard]] float eyeZDir() const;
-    void setEyeXDir(float x);
-    void setEyeYDir(float y);
-    void setEyeZDir(float z);
-    [[nodiscard]] float lightHeight() const;
-    void setLightHeight(float height);
+    [[nodiscard]] float eyeXPos() const { return m_camera.coordinate(&CameraRecord::viewPos, &Vector3::x); }
+    [[nodiscard]] float eyeYPos() const { return m_camera.coordinate(&CameraRecord::viewPos, &Vector3::y); }
+    [[nodiscard]] float eyeZPos() const { return m_camera.coordinate(&CameraRecord::viewPos, &Vector3::z); }
+    void setEyeXPos(float x) { m_camera.setCoordinate(&CameraRecord::viewPos, &Vector3::x, x); }
+    void setEyeYPos(float y) { m_camera.setCoordinate(&CameraRecord::viewPos, &Vector3::y, y); }
+    void setEyeZPos(float z) { m_camera.setCoordinate(&CameraRecord::viewPos, &Vector3::z, z); }
+    [[nodiscard]] float eyeXDir() const { return m_camera.coordinate(&CameraRecord::viewDir, &Vector3::x); }
+    [[nodiscard]] float eyeYDir() const { return m_camera.coordinate(&CameraRecord::viewDir, &Vector3::y); }
+    [[nodiscard]] float eyeZDir() const { return m_camera.coordinate(&CameraRecord::viewDir, &Vector3::z); }
+    void setEyeXDir(float x) { m_camera.setCoordinate(&CameraRecord::viewDir, &Vector3::x, x); }
+    void setEyeYDir(float y) { m_camera.setCoordinate(&CameraRecord::viewDir, &Vector3::y, y); }
+    void setEyeZDir(float z) { m_camera.setCoordinate(&CameraRecord::viewDir, &Vector3::z, z); }
+    [[nodiscard]] float lightHeight() const { return m_camera.lightHeight(); }
+    void setLightHeight(float height) { m_camera.setLightHeight(height); }
     [[nodiscard]] float lightSliderMax() const { return m_lightSliderMax; }
     [[nodiscard]] float lightSliderMin() const { return m_lightSliderMin; }
     void setLightSliderMax(float max) { m_lightSliderMax = max; }
     void setLightSliderMin(float min) { m_lightSliderMin = min; }
-    void resetCamera();
-    [[nodiscard]] float yRotation() const;
-    void setYRotation(float sliderValue);
-    void incYRotation(float step);
-    void animationTimer(); // one tick
-    void toggleAnimatedRotation();
-    [[nodiscard]] bool isAnimated() const { return m_isAnimated; }
-    [[nodiscard]] float yRotationSliderValue() const { return m_yRotationSliderValue; }
+    void resetCamera() { m_camera.reset(); }
+    [[nodiscard]] float yRotation() const { return m_camera.yRotation(); }
+    void setYRotation(float sliderValue) { m_camera.setYRotation(sliderValue); }
+    void incYRotation(float step) { m_camera.incYRotation(step); }
+    void animationTimer() { m_camera.tick(); }
+    void toggleAnimatedRotation() { m_camera.toggleAnimation(); }
+    [[nodiscard]] bool isAnimated() const { return m_camera.isAnimated(); }
+    [[nodiscard]] float yRotationSliderValue() const { return m_camera.sliderValue(); }
 
 private:
+    [[nodiscard]] bool hasUnsavedChanges() const override { return m_setup.hasUnsavedChanges(); }
     void saveDocument(std::function<void(bool)> didSave) override;
-    bool mayRun() override;
-    void keepStartedSetup() override;
+    [[nodiscard]] std::optional<std::string> filePath() const override { return m_file.path(); }
+    [[nodiscard]] bool isUnsavedCopy() const override { return m_file.isUnsavedCopy(); }
+    bool mayRun() override { return m_file.mayRun(); }
+    void keepStartedSetup() override { m_reading.keepStarted(m_file); }
     void clearSweepForRun() override;
+    const RunResults& buildResults() override;
     void runStateChanged() override;
 
-    void putPlotChange(const PlotChange& change);
-    void putViewChange(const PlotChange& change);
     void importModelOrLeaveIt(bool treeIsOfSameModel);
-    KnownFile writeSetup(const SetupDictionary& setup, const std::string& path);
-    void keepUnparsedFile(const std::string& path);
-    void showSheet(const AlertText& text);
-    void sendTo(RemoteObject* companion);
-    void setResults(RunResults results);
-    void reloadSettings();
-    void readTable(const std::function<void(const TableReadOptions&)>& read);
-    void readWhileWaiting(const std::function<void(const TableReadOptions&)>& read);
-    [[nodiscard]] std::string absoluteSetupPath() const; // empty without a file
-    [[nodiscard]] bool asksToWriteOver(const std::vector<std::string>& files);
-    void keepPlotChoices();
-    [[nodiscard]] std::vector<std::string> layOutGrid();
-    void restorePlotChoices();
-    void clearPlot();
-    void whileDrawing(const std::function<void(PlotView&, const BuildOptions&)>& draw);
-    void redrawPlot();
+    [[nodiscard]] RunResults& last() { return m_reading.results(); }
 
     DocumentServices m_services;
     DocumentOutlets m_outlets;
     std::function<void()> m_runObserver;
     std::function<void(std::function<void(bool)>)> m_saveHandler;
-
-    SetupEditing m_setup;
-    DocumentModel m_model;
-    std::optional<std::string> m_filePath;
-    KnownFile m_knownFile; // at that path
-    bool m_isUnsavedCopy = false;
-    bool m_isOurs = true; // the setup was written here, or the user has allowed its run
-    std::string m_unparsedFault;
-    std::string m_unparsedBytes; // of the file that was opened, when it was no setup; kept beside the first save
-
-    StartedSetup m_startedSetup; // of the present or last run
-    GridChoice m_gridChoice;
-    RunResults m_results;
-    PlotChoices m_earlierChoices; // of the last run that had any
-    bool m_plotIsOutdated = false;
-    bool m_looksForCompanion = false;
-
-    PlotSession m_plot;
-    std::unique_ptr<RunLoop::Source> m_timer;
-    bool m_isAnimated = false;
-    float m_yRotationSliderValue = 0;
     float m_lightSliderMax = 0;
     float m_lightSliderMin = 0;
 
+    DocumentMessages m_messages{m_outlets, m_services};
+    SetupEditing m_setup;
+    DocumentFile m_file{m_setup, m_messages, m_services};
+    DocumentModel m_model;
+    ResultReading m_reading;
+    DocumentCamera m_camera{m_outlets};
+    DocumentPlot m_plot{m_reading, m_camera, m_setup, m_outlets};
+    ResultHandover m_handover;
     RunControl m_run;
     std::shared_ptr<int> m_alive = std::make_shared<int>(0); // expires with this document: panels answer later
 };

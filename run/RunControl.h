@@ -100,6 +100,8 @@ public:
     /// false, having said why, when the table is no longer the one that was read, or a run is under way.
     bool rebuildResults();
 
+    /// Why there can be neither a run nor results; empty: there can.
+    [[nodiscard]] const std::string& fault() const { return m_services.temporaryDirectoryFault; }
     [[nodiscard]] State state() const { return m_state; }
     [[nodiscard]] bool isAborted() const { return m_isAborted; }
     /// How the last run ended. An abort while waiting for a turn changes nothing of it.

@@ -33,7 +33,7 @@ void DocumentFiles::setUntitledName(const QString& name, int number) {
 }
 
 QString DocumentFiles::displayName() const {
-    if (const auto path = m_document.filePath()) return shownFileName(*path);
+    if (const auto path = m_document.file().path()) return shownFileName(*path);
     return m_untitledNumber < 2 ? m_untitledName : QString("%1 %2").arg(m_untitledName).arg(m_untitledNumber);
 }
 
@@ -43,26 +43,26 @@ void DocumentFiles::setTitleShowsFolder(bool shows) {
 }
 
 void DocumentFiles::updateTitle() {
-    const auto path = m_document.filePath();
+    const auto path = m_document.file().path();
     QString title = path && m_titleShowsFolder ? shownNameAndFolder(*path) : displayName();
     title.replace("[*]", "[*][*]"); // doubled, it stands for itself
     m_window.setWindowTitle(title + "[*]");
-    m_window.setWindowModified(m_document.hasUnsavedChanges());
+    m_window.setWindowModified(m_document.setup().hasUnsavedChanges());
 }
 
 void DocumentFiles::save(Answer done) {
     commitPendingEdit(m_window);
-    const auto path = m_document.filePath();
+    const auto path = m_document.file().path();
     if (!path) {
         saveAs(std::move(done));
     } else {
-        writeOver(*path, m_document.knownFile(), std::move(done));
+        writeOver(*path, m_document.file().known(), std::move(done));
     }
 }
 
 void DocumentFiles::saveAs(Answer done) {
     commitPendingEdit(m_window);
-    const std::string suggestion = m_document.filePath().value_or(coreText(displayName()) + ".orrery");
+    const std::string suggestion = m_document.file().path().value_or(coreText(displayName()) + ".orrery");
     beginSaveSetupPanel(&m_window, m_defaults, suggestion, [this, done = std::move(done)](const std::string& path) {
         if (path.empty()) {
             done(false);
@@ -79,8 +79,8 @@ void DocumentFiles::writeUnder(const std::string& path, const Answer& done) {
         done(false);
         return;
     }
-    const auto own = m_document.filePath();
-    writeOver(path, own && isSameFile(*own, path) ? m_document.knownFile() : KnownFile(), done);
+    const auto own = m_document.file().path();
+    writeOver(path, own && isSameFile(*own, path) ? m_document.file().known() : KnownFile(), done);
 }
 
 void DocumentFiles::write(const std::string& path, const Answer& done) {
@@ -92,7 +92,7 @@ void DocumentFiles::write(const std::string& path, const Answer& done) {
         tell(tr("“%1” could not be saved.").arg(shownFileName(path)), failure.what());
     }
     if (written) {
-        m_document.knownFile().claim();
+        m_document.file().known().claim();
         emit saved();
     }
     done(written);
@@ -121,8 +121,8 @@ void DocumentFiles::writeOver(const std::string& path, const KnownFile& known, A
 
 void DocumentFiles::revert() {
     commitPendingEdit(m_window);
-    if (!m_document.filePath()) return;
-    if (!m_document.hasUnsavedChanges()) {
+    if (!m_document.file().path()) return;
+    if (!m_document.setup().hasUnsavedChanges()) {
         revertToFile();
         return;
     }
@@ -135,14 +135,14 @@ void DocumentFiles::revert() {
 }
 
 void DocumentFiles::tellOfFile() {
-    if (const auto path = m_document.filePath(); path && m_document.knownFile().isClaimedElsewhere(*path)) {
+    if (const auto path = m_document.file().path(); path && m_document.file().known().isClaimedElsewhere(*path)) {
         tell(tr("“%1” is open in another Orrery.").arg(displayName()),
              "Change it in one of the two only: whatever is saved last replaces the rest.");
     }
-    m_document.knownFile().claim();
-    if (m_document.unparsedFault().empty()) return;
+    m_document.file().known().claim();
+    if (m_document.file().unparsedFault().empty()) return;
     tell(tr("“%1” holds no setup.").arg(displayName()),
-         m_document.unparsedFault() +
+         m_document.file().unparsedFault() +
              "\nThe window shows an empty setup. When you save it, the old file is kept beside "
              "it, with “~” after its name.");
 }
@@ -158,7 +158,7 @@ void DocumentFiles::revertToFile() {
 }
 
 bool DocumentFiles::mayCloseUnasked() const {
-    return !m_document.hasUnsavedChanges() && m_document.runControl().state() == RunControl::State::Idle;
+    return !m_document.setup().hasUnsavedChanges() && m_document.runControl().state() == RunControl::State::Idle;
 }
 
 void DocumentFiles::askBeforeClosing(Answer mayClose) {
@@ -179,7 +179,7 @@ void DocumentFiles::askAboutRun() {
 
 void DocumentFiles::askAboutChanges() {
     commitPendingEdit(m_window);
-    if (!m_document.hasUnsavedChanges()) {
+    if (!m_document.setup().hasUnsavedChanges()) {
         answerClosing(true);
         return;
     }

@@ -27,7 +27,7 @@ public:
     /// one with a file.
     void setUntitledName(const QString& name, int number);
     [[nodiscard]] const QString& untitledName() const { return m_untitledName; }
-    [[nodiscard]] int untitledNumber() const { return m_document.filePath() ? 0 : m_untitledNumber; }
+    [[nodiscard]] int untitledNumber() const { return m_document.file().path() ? 0 : m_untitledNumber; }
     [[nodiscard]] QString displayName() const;
     void setTitleShowsFolder(bool shows); // when another window's file has the same name
     void updateTitle();

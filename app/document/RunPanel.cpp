@@ -19,7 +19,7 @@ RunPanel::RunPanel(MyDocument& document, Ui::MyDocument& ui, Ui::MainMenu& menu)
     m_aging.setInterval(std::chrono::seconds(20));
     connect(&m_aging, &QTimer::timeout, this, &RunPanel::showState);
     connect(menu.actionFindInLog, &QAction::triggered, this, [this] { m_ui.log->showFind(); });
-    if (const std::string& fault = document.runFault(); !fault.empty()) {
+    if (const std::string& fault = document.runControl().fault(); !fault.empty()) {
         ui.log->view().setString(fault);
         for (QWidget* each : {static_cast<QWidget*>(ui.startStopButton), static_cast<QWidget*>(ui.runState)})
             each->setToolTip(qtText(fault).toHtmlEscaped());
@@ -42,7 +42,7 @@ void RunPanel::refresh() {
 
 void RunPanel::showState() {
     const RunControl& run = m_document.runControl();
-    const QString text = m_document.runFault().empty() ? runStateText(run) : tr("Cannot run: see the log");
+    const QString text = m_document.runControl().fault().empty() ? runStateText(run) : tr("Cannot run: see the log");
     m_ui.runState->setText(text);
     const int tab = m_ui.tabView->indexOf(m_ui.plotTab);
     m_ui.tabView->setTabIcon(tab, runStateIcon(run, *m_ui.tabView->style()));

@@ -53,8 +53,8 @@ CameraControls::CameraControls(MyDocument& document, Ui::MyDocument& ui, Ui::Mai
     connect(ui.yRotationSlider, &QSlider::sliderReleased, this, [this] { follow(); });
     connect(ui.animate, &QPushButton::clicked, this, [this] { toggleAnimation(); });
     connect(menu.actionAnimate, &QAction::triggered, this, [this] { toggleAnimation(); });
-    connect(ui.resetCamera, &QPushButton::clicked, this, [this] { m_document.resetCameraByHand(); });
-    connect(menu.actionResetCamera, &QAction::triggered, this, [this] { m_document.resetCameraByHand(); });
+    connect(ui.resetCamera, &QPushButton::clicked, this, [this] { m_document.plot().resetCamera(); });
+    connect(menu.actionResetCamera, &QAction::triggered, this, [this] { m_document.plot().resetCamera(); });
 }
 
 void CameraControls::connectCoordinates() {
@@ -68,16 +68,17 @@ void CameraControls::connectCoordinates() {
 }
 
 void CameraControls::setCoordinate(std::size_t number, double value) {
-    m_document.changePlot({PlotAct::MoveCamera, number},
-                          [&] { std::invoke(m_coordinates[number].setValue, m_document, static_cast<float>(value)); });
+    m_document.plot().change({PlotAct::MoveCamera, number}, [&] {
+        std::invoke(m_coordinates[number].setValue, m_document, static_cast<float>(value));
+    });
 }
 
 void CameraControls::setLight(float height) {
-    m_document.changePlot({PlotAct::MoveLight}, [&] { m_document.setLightHeight(height); });
+    m_document.plot().change({PlotAct::MoveLight}, [&] { m_document.setLightHeight(height); });
 }
 
 void CameraControls::rotate(float sliderValue) {
-    m_document.changePlot({PlotAct::Rotate}, [&] { m_document.setYRotation(sliderValue); });
+    m_document.plot().change({PlotAct::Rotate}, [&] { m_document.setYRotation(sliderValue); });
 }
 
 /// None where several controls show it.

@@ -48,7 +48,7 @@ bool PlotMouse::eventFilter(QObject* /*watched*/, QEvent* event) {
     case QEvent::MouseMove:
         return drag(*static_cast<QMouseEvent*>(event));
     case QEvent::MouseButtonDblClick:
-        m_document.resetCameraByHand();
+        m_document.plot().resetCamera();
         return true;
     case QEvent::Wheel:
         return wheel(*static_cast<QWheelEvent*>(event));
@@ -69,7 +69,7 @@ bool PlotMouse::drag(const QMouseEvent& event) {
     if (!event.buttons().testFlag(Qt::LeftButton)) return false;
     const QPointF way = event.position() - m_last;
     m_last = event.position();
-    m_document.changePlot(byMouse, [&] {
+    m_document.plot().change(byMouse, [&] {
         if (way.x() != 0) turn(static_cast<float>(way.x()) * degreesPerPixel);
         if (way.y() != 0) raiseEye(static_cast<float>(way.y()) * heightPerPixel);
     });
@@ -78,13 +78,13 @@ bool PlotMouse::drag(const QMouseEvent& event) {
 
 bool PlotMouse::wheel(const QWheelEvent& event) {
     const float notches = static_cast<float>(event.angleDelta().y()) / float{QWheelEvent::DefaultDeltasPerStep};
-    if (notches != 0) m_document.changePlot(byWheel, [&] { retreatEye(-notches * depthPerNotch); });
+    if (notches != 0) m_document.plot().change(byWheel, [&] { retreatEye(-notches * depthPerNotch); });
     return true;
 }
 
 bool PlotMouse::key(const QKeyEvent& event) {
     const auto move = [this](void (PlotMouse::*by)(float), float step) {
-        m_document.changePlot(byKey, [&] { std::invoke(by, this, step); });
+        m_document.plot().change(byKey, [&] { std::invoke(by, this, step); });
         return true;
     };
     switch (event.key()) {
@@ -102,7 +102,7 @@ bool PlotMouse::key(const QKeyEvent& event) {
     case Qt::Key_Minus:
         return move(&PlotMouse::retreatEye, depthPerNotch);
     case Qt::Key_0:
-        m_document.resetCameraByHand();
+        m_document.plot().resetCamera();
         return true;
     default:
         return false;

@@ -11,7 +11,7 @@ PlotMoveEnds::PlotMoveEnds(MyDocument& document, QObject* parent) : QObject(pare
 
 bool PlotMoveEnds::eventFilter(QObject* /*watched*/, QEvent* event) {
     const bool keyUp = event->type() == QEvent::KeyRelease && !static_cast<QKeyEvent*>(event)->isAutoRepeat();
-    if (keyUp || event->type() == QEvent::MouseButtonRelease) m_document.endPlotMove();
+    if (keyUp || event->type() == QEvent::MouseButtonRelease) m_document.plot().endMove();
     return false;
 }
 

@@ -164,7 +164,7 @@ void PlotTab::showNotice() {
     m_ui.plotNotice->setText(text);
     m_ui.plotNoticeRow->setVisible(!text.isEmpty());
     m_ui.plotNewResults->setVisible(newResultsWait());
-    const GridChoice& grid = m_document.gridChoice();
+    const GridChoice& grid = m_document.reading().gridChoice();
     m_ui.plotOtherGrid->setVisible(!grid.difference.empty() &&
                                    m_document.runControl().state() == RunControl::State::Idle);
     m_ui.plotOtherGrid->setText(grid.ofStarted ? tr("Read by the &Document's Grid") : tr("Read by the &Grid That Ran"));
@@ -179,12 +179,12 @@ QString PlotTab::resultsNotice() const {
         kind == RunOutcome::Kind::Failed || (kind == RunOutcome::Kind::Results && !run.outcome().isWhole());
     QString text = isOdd ? runStateText(run) + ". " : QString();
     if (kind == RunOutcome::Kind::Failed && m_showsSomething()) text += tr("The plot shows an earlier run. ");
-    return text + qtText(m_document.gridChoice().text());
+    return text + qtText(m_document.reading().gridChoice().text());
 }
 
 /// Whether there are results that the choice would draw and the plot does not show yet.
 bool PlotTab::newResultsWait() const {
-    if (!m_document.plotIsOutdated() || m_document.results().grid.variables.empty()) return false;
+    if (!m_document.plot().isOutdated() || m_document.results().grid.variables.empty()) return false;
     return m_showsSomething() ||
            PlotChoices{m_document.results().grid.variables, m_document.results().responses.variables}.chosen();
 }

@@ -54,7 +54,7 @@ void ResponseSettings::change(std::size_t row, PlotAct act, const ResponseVariab
 
 void ResponseSettings::change(std::vector<ResponseVariable> records, PlotAct act,
                               const ResponseVariable::Value& value) {
-    guardedPlot(m_document, [&] { m_document.changeResponses(std::move(records), act, value); });
+    guardedPlot(m_document, [&] { m_document.plot().changeResponses(std::move(records), act, value); });
     showRows(); // others may share a record
 }
 

@@ -62,12 +62,12 @@ void SweepSettings::setControlEnabled(std::size_t row, SettingsTag tag, bool ena
 }
 
 void SweepSettings::chooseRole(std::size_t row, PlotRole role) {
-    guardedPlot(m_document, [&] { m_document.chooseRole(row, role); });
+    guardedPlot(m_document, [&] { m_document.plot().chooseRole(row, role); });
     showRows(); // another variable may have lost its axis
 }
 
 void SweepSettings::hold(std::size_t row, PlotAct act, float constant) {
-    guardedPlot(m_document, [&] { m_document.hold(row, constant, act); });
+    guardedPlot(m_document, [&] { m_document.plot().hold(row, constant, act); });
     showRows();
 }
 

@@ -50,7 +50,7 @@ void ModelOutlineView::reloadData() {
     const bool wasEmpty = m_model->shownCount() == 0 && m_model->filter().isEmpty();
     {
         const QScopedValueRollback restoring(m_isRestoring, true);
-        m_model->setTree(m_document->modelTree());
+        m_model->setTree(m_document->model().tree());
         if (wasEmpty && m_expandedPaths.empty()) expandAtFirst();
         restoreState();
     }
@@ -211,7 +211,7 @@ void ModelOutlineView::startDrag(Qt::DropActions /*supportedActions*/) {
 
 QString ModelOutlineView::emptyStateText() const {
     if (!m_model->filter().isEmpty()) return tr("Nothing in the model contains “%1”").arg(m_model->filter());
-    if (m_document == nullptr || m_document->modelFilePath().empty())
+    if (m_document == nullptr || m_document->file().modelPath().empty())
         return tr("Choose a model file\n(Setup > Choose Model…)");
     return tr("The model was not read, or has no parts");
 }

@@ -130,7 +130,7 @@ QVariant PortTableModel::data(const QModelIndex& index, int role) const {
 }
 
 QVariant PortTableModel::portData(const QString& path, int role) const {
-    const QString fault = qtText(m_document.portFaults().fault(coreText(path), portDirection(m_list)).words);
+    const QString fault = qtText(m_document.model().portFaults().fault(coreText(path), portDirection(m_list)).words);
     switch (role) {
     case Qt::DisplayRole:
         return path.isEmpty() ? tr("No port yet") : path;

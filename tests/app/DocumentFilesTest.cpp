@@ -24,10 +24,10 @@ TEST_F(DocumentFilesTest, UntitledDocumentsTakeTheSmallestFreeNumberAndAskForANa
     edit(window, "42");
     action(window, "actionSave").trigger();
     chooseFile(window, "saveSetupPanel", "");
-    EXPECT_FALSE(window.document().filePath());
+    EXPECT_FALSE(window.document().file().path());
     action(window, "actionSave").trigger();
     chooseFile(window, "saveSetupPanel", files.path() + "mine");
-    EXPECT_EQ(window.document().filePath(), files.path() + "mine.orrery");
+    EXPECT_EQ(window.document().file().path(), files.path() + "mine.orrery");
     EXPECT_EQ(coreText(window.windowTitle()), "mine.orrery[*]");
     EXPECT_FALSE(window.isWindowModified());
     EXPECT_NE(readWholeFile(files.path() + "mine.orrery").find("<RunLength>42<"), std::string::npos);
@@ -48,7 +48,7 @@ TEST_F(DocumentFilesTest, SaveTakesWhatIsStillBeingTyped) {
 TEST_F(DocumentFilesTest, SaveAsRefusesTheFileOfAnotherWindow) {
     DocumentWindow& other = open("crop-single.orrery");
     DocumentWindow& window = open("insect-single.orrery");
-    const std::string before = readWholeFile(*other.document().filePath());
+    const std::string before = readWholeFile(*other.document().file().path());
     action(window, "actionSaveAs").trigger();
     ASSERT_TRUE(waitFor([&] { return window.findChild<QFileDialog*>("saveSetupPanel") != nullptr; }));
     auto& panel = find<QFileDialog>(window, "saveSetupPanel");
@@ -57,8 +57,8 @@ TEST_F(DocumentFilesTest, SaveAsRefusesTheFileOfAnotherWindow) {
     ASSERT_TRUE(waitFor([&] { return list.selectionModel()->hasSelection(); }));
     chooseFile(window, "saveSetupPanel", files.path() + "crop-single.orrery");
     answer(window, "open in another window", "OK");
-    EXPECT_EQ(readWholeFile(*other.document().filePath()), before);
-    EXPECT_EQ(window.document().filePath(), files.path() + "insect-single.orrery");
+    EXPECT_EQ(readWholeFile(*other.document().file().path()), before);
+    EXPECT_EQ(window.document().file().path(), files.path() + "insect-single.orrery");
 }
 
 TEST_F(DocumentFilesTest, SaveAsElsewhereShowsThePathOfTheSameModel) {
@@ -93,7 +93,7 @@ TEST_F(DocumentFilesTest, WhatOthersDidToTheFileIsToldBeforeItIsWritten) {
     for (const Case& row : cases) {
         SCOPED_TRACE(row.name);
         DocumentWindow& window = open("crop-single.orrery");
-        const std::string path = *window.document().filePath();
+        const std::string path = *window.document().file().path();
         row.act(path);
         const std::string theirs = fileExists(path) ? readWholeFile(path) : "";
         edit(window, row.runLength);
@@ -151,7 +151,7 @@ TEST_F(DocumentFilesTest, TheQuestionOfAClosingWindowDoesAsAnswered) {
                             Case{"Don't Save", false, true, false}, Case{"Save", false, true, true}}) {
         SCOPED_TRACE(row.button);
         QPointer<DocumentWindow> window = &open("crop-single.orrery");
-        const std::string path = *window->document().filePath();
+        const std::string path = *window->document().file().path();
         const std::string before = readWholeFile(path);
         edit(*window, row.saveFails ? "42\u4e2d" : "42"); // a character that the file's encoding lacks
         window->close();
@@ -228,7 +228,7 @@ TEST_F(DocumentFilesTest, ManyFilesOpenTwentyWindowsAndOneMessage) {
 
 TEST_F(DocumentFilesTest, ABrokenModelHasOneSheetHoweverOftenTheWindowComesToTheFront) {
     DocumentWindow& window = open("crop-single.orrery");
-    const std::string model = window.document().modelFilePath();
+    const std::string model = window.document().file().modelPath();
     for (int time = 0; time < 5; ++time) {
         replaceFile(model, "<database>" + std::string(static_cast<std::size_t>(time), ' '));
         controller->applicationDidBecomeActive();

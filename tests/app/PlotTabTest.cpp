@@ -100,7 +100,7 @@ TEST_F(PlotTabTest, AxesAndResponsesChosenAtTheControlsAppearOnTheScreen) {
     const QImage curves = shown(window);
     choose(role(window, 0), 2);
     ASSERT_TRUE(becomesDifferent(window, curves));
-    EXPECT_EQ(window.document().plotLayout().dimensions, 3U);
+    EXPECT_EQ(window.document().plot().layout().dimensions, 3U);
     EXPECT_FALSE(heldSlider(window, 2).isEnabled() || heldField(window, 2).isEnabled());
     choose(role(window, 1), 1); // which one variable has at a time
     EXPECT_EQ(role(window, 2).currentText(), "Held at");
@@ -181,7 +181,7 @@ TEST_F(PlotTabTest, WhatIsUndoneComesToViewFromAnotherTab) {
     auto& steppers = find<PortTableView>(window, "stepperTable");
     EXPECT_TRUE(steppers.hasFocus());
     EXPECT_EQ(steppers.currentIndex(), steppers.model()->index(0, 3));
-    EXPECT_FALSE(document.hasUnsavedChanges());
+    EXPECT_FALSE(document.setup().hasUnsavedChanges());
 
     action(window, "actionShowPlot").trigger();
     auto& scale = find<QLineEdit>(window, "responseScale1");
@@ -202,7 +202,7 @@ TEST_F(PlotTabTest, WhatIsUndoneComesToViewFromAnotherTab) {
     EXPECT_TRUE(waitFor([&] { return !scale.visibleRegion().isEmpty(); }));
     xdotool({"key", "ctrl+shift+z"}); // the field lets it through
     ASSERT_TRUE(waitFor([&] { return scale.text() == "2"; }));
-    EXPECT_FALSE(document.hasUnsavedChanges());
+    EXPECT_FALSE(document.setup().hasUnsavedChanges());
 }
 
 TEST_F(PlotTabTest, EachTimeThatAControlIsHeldIsOneStep) {
@@ -329,7 +329,7 @@ TEST_F(PlotTabTest, TheStateSpeaksAndAnotherGridThanTheOneThatRanIsTold) {
 
     document.setup().editEntry(PortList::Steppers, 0, "step",
                                "0.00001"); // millions of rows: never at its end by itself
-    document.saveToFile(*document.filePath());
+    document.saveToFile(*document.file().path());
     const auto& button = find<QPushButton>(window, "startStopButton");
     const auto& wheel = find<QProgressBar>(window, "progressWheel");
     clickAt(centreOnScreen(button));
@@ -357,7 +357,7 @@ TEST_F(PlotTabTest, ANewRunKeepsTheChoicesAndSaysWhatThePlotShows) {
     EXPECT_TRUE(find<QCheckBox>(window, "responseInclude1").isChecked());
     QTest::mouseClick(&find<QPushButton>(window, "plotNewResults"), Qt::LeftButton);
     EXPECT_TRUE(find<QWidget>(window, "plotNoticeRow").isHidden());
-    EXPECT_FALSE(window.document().plotIsOutdated());
+    EXPECT_FALSE(window.document().plot().isOutdated());
 }
 
 TEST_F(PlotTabTest, APlotBeyondTheMemoryIsToldAndLeavesThePlotEmpty) {

@@ -138,7 +138,7 @@ TEST_F(Screenshots, Runs) {
     });
     document.runSimulation();
     document.setup().editEntry(PortList::Steppers, 0, "step", "0.00001");
-    document.saveToFile(*document.filePath());
+    document.saveToFile(*document.file().path());
     document.runSimulation();
     QTest::qWait(2500); // for some lines of the engine
     save("running");

@@ -44,7 +44,7 @@ TEST_F(SessionTest, APortIsDraggedTypedUndoneSavedAndRun) {
 TEST_F(SessionTest, ResultsGoToTheCompanionOrASheetTellsThatThereIsNone) {
     DocumentWindow& sender = open("crop-single.orrery");
     EXPECT_FALSE(action(sender, "actionSendToDorado").isEnabled());
-    const std::string table = sender.document().resultTablePath(); // comes and goes by another program's doing
+    const std::string table = sender.document().reading().tablePath(); // comes and goes by another program's doing
     std::ofstream(table) << "day\n";
     EXPECT_TRUE(waitFor([&] { return action(sender, "actionSendToDorado").isEnabled(); }));
     std::filesystem::remove(table);
@@ -68,7 +68,7 @@ TEST_F(SessionTest, ResultsGoToTheCompanionOrASheetTellsThatThereIsNone) {
     }));
     action(sender, "actionSendToDorado").trigger();
     ASSERT_TRUE(waitFor([&] { return receiver.state() == QProcess::NotRunning; }));
-    EXPECT_EQ(receiver.readAllStandardOutput().toStdString(), sender.document().resultTablePath() + "\n");
+    EXPECT_EQ(receiver.readAllStandardOutput().toStdString(), sender.document().reading().tablePath() + "\n");
 }
 
 TEST_F(SessionTest, ALongWaitShowsItselfTakesCancelAndLetsNothingElseIn) {

@@ -225,7 +225,7 @@ protected:
     ResultsTest() {
         temporary.write("Zephyr.txt", "a\tb\tc\tbiomass\tyield\n0 0 1\t1\t10\n0 0 2\t2\t20\n0 0 3\t4\t40\n"
                                       "0 1 1\t1\t5\n0 1 2\t2\t6\n0 1 3\t3\t7\n");
-        document.buildResults();
+        document.reading().build();
     }
 };
 

@@ -55,16 +55,16 @@ TEST_F(EditsTest, EveryKindOfEditIsTakenBackAndDoneAgainUnderItsName) {
         const SetupDictionary::Values after = each.theDictionary().values();
         EXPECT_NE(before, after);
         EXPECT_EQ(each.setup().undoMenuItemTitle(), std::string("Undo ") + row.name);
-        EXPECT_EQ(each.isDocumentEdited(), row.counted);
-        EXPECT_TRUE(each.hasUnsavedChanges());
+        EXPECT_EQ(each.setup().isEdited(), row.counted);
+        EXPECT_TRUE(each.setup().hasUnsavedChanges());
         each.setup().undo();
         EXPECT_EQ(each.theDictionary().values(), before);
         EXPECT_EQ(each.setup().redoMenuItemTitle(), std::string("Redo ") + row.name);
-        EXPECT_EQ(each.hasUnsavedChanges(), row.counted) << "an undone edit is a change that was counted";
+        EXPECT_EQ(each.setup().hasUnsavedChanges(), row.counted) << "an undone edit is a change that was counted";
         each.setup().redo();
         EXPECT_EQ(each.theDictionary().values(), after);
         each.saveToFile(files.path() + "each.orrery");
-        EXPECT_FALSE(each.hasUnsavedChanges());
+        EXPECT_FALSE(each.setup().hasUnsavedChanges());
     }
 }
 
@@ -100,20 +100,20 @@ TEST_F(EditsTest, RowsMoveByOnePlaceAndStayAtTheEnds) {
 TEST_F(EditsTest, UndoingTheChoiceOfAModelBringsItsTreeBackAndOneThatCannotBeReadEmptiesItAndTellsWhy) {
     show(document);
     document.setup().chooseModel(ORRERY_SAMPLES "/crop.xml");
-    const std::string crop(document.modelTree().root()->name());
+    const std::string crop(document.model().tree().root()->name());
     document.setup().chooseModel(ORRERY_SAMPLES "/insect.xml");
-    EXPECT_NE(document.modelTree().root()->name(), crop);
+    EXPECT_NE(document.model().tree().root()->name(), crop);
     document.setup().undo();
-    EXPECT_EQ(document.modelTree().root()->name(), crop);
+    EXPECT_EQ(document.model().tree().root()->name(), crop);
     document.setup().chooseModel(files.write("cut.xml", "<database>\n<object"));
-    EXPECT_TRUE(document.modelTree().empty());
+    EXPECT_TRUE(document.model().tree().empty());
     EXPECT_TRUE(document.modelModification().has_value());
     ASSERT_EQ(window.sheets.size(), 1U);
     EXPECT_NE(window.sheets[0].informative.find("cut.xml:2"), std::string::npos) << window.sheets[0].informative;
     document.setup().undo();
-    EXPECT_EQ(document.modelTree().root()->name(), crop);
+    EXPECT_EQ(document.model().tree().root()->name(), crop);
     document.setup().undo();
-    EXPECT_TRUE(document.modelTree().empty());
+    EXPECT_TRUE(document.model().tree().empty());
     EXPECT_FALSE(document.modelModification());
 }
 
@@ -124,7 +124,7 @@ TEST_F(EditsTest, ACancelledImportLeavesTheModelAsItWas) {
     };
     const std::vector<Case> cases = {
         {"choosing", [](MyDocument& d, auto& insect) { d.setup().chooseModel(insect); }},
-        {"choosing the same", [](MyDocument& d, auto&) { d.setup().chooseModel(d.modelFilePath()); }},
+        {"choosing the same", [](MyDocument& d, auto&) { d.setup().chooseModel(d.file().modelPath()); }},
         {"setting the path", [](MyDocument& d, auto& insect) { d.setup().editText(setup_key::modelPath, insect); }},
         {"undoing", [](MyDocument& d, auto&) { d.setup().undo(); }},
         {"reverting", [](MyDocument& d, auto&) { d.revertToFile(); }},
@@ -144,12 +144,12 @@ TEST_F(EditsTest, ACancelledImportLeavesTheModelAsItWas) {
         opened.setup().chooseModel(ORRERY_SAMPLES "/crop.xml");
         opened.saveToFile(files.path() + "model.orrery");
         window.sheets.clear();
-        const std::string model = opened.modelFilePath();
-        const ModelNode* root = opened.modelTree().root();
+        const std::string model = opened.file().modelPath();
+        const ModelNode* root = opened.model().tree().root();
         panel.cancels = true;
         row.import(opened, insect);
-        EXPECT_EQ(opened.modelFilePath(), model) << row.name;
-        EXPECT_EQ(opened.modelTree().root(), root) << row.name;
+        EXPECT_EQ(opened.file().modelPath(), model) << row.name;
+        EXPECT_EQ(opened.model().tree().root(), root) << row.name;
         EXPECT_EQ(opened.modelModification(), modificationDate(model)) << row.name << ": it is not tried again";
         EXPECT_EQ(window.sheets.size(), 1U) << row.name;
         EXPECT_EQ(panel.open, 0) << row.name;
@@ -166,12 +166,12 @@ TEST_F(EditsTest, ASetupWhoseModelIsNotWantedOpensWithoutOneUntilItIsChosenAgain
     show(opened, &panel);
     opened.awakeFromNib();
     opened.refreshModel();
-    EXPECT_TRUE(opened.modelTree().empty());
-    EXPECT_FALSE(opened.hasUnsavedChanges());
+    EXPECT_TRUE(opened.model().tree().empty());
+    EXPECT_FALSE(opened.setup().hasUnsavedChanges());
     EXPECT_EQ(window.sheets.size(), 1U) << "once, although the application became active again";
     panel.cancels = false;
-    opened.setup().chooseModel(opened.modelFilePath());
-    EXPECT_FALSE(opened.modelTree().empty());
+    opened.setup().chooseModel(opened.file().modelPath());
+    EXPECT_FALSE(opened.model().tree().empty());
 }
 
 TEST_F(EditsTest, RevertingReadsTheFileAgain) {
@@ -180,11 +180,11 @@ TEST_F(EditsTest, RevertingReadsTheFileAgain) {
     document.setup().editText(setup_key::runLength, "7");
     document.revertToFile();
     EXPECT_EQ(document.theDictionary().textOrEmpty(setup_key::runLength), "100");
-    EXPECT_FALSE(document.hasUnsavedChanges());
+    EXPECT_FALSE(document.setup().hasUnsavedChanges());
     EXPECT_FALSE(document.setup().canUndo());
     document.setup().editText(setup_key::runLength, "8");
-    EXPECT_TRUE(document.isDocumentEdited()) << "observed again";
-    ASSERT_EQ(document.filePath(), path);
+    EXPECT_TRUE(document.setup().isEdited()) << "observed again";
+    ASSERT_EQ(document.file().path(), path);
     window.modalAnswer = 0; // Save
     show(document);
     document.runSimulation();
@@ -207,14 +207,14 @@ TEST_F(EditsTest, ASaveElsewhereKeepsTheModelAndSoDoesUndo) {
     document.setup().editText(setup_key::runLength, "7");
     EXPECT_THROW(document.saveToFile(files.path() + "missing/c.orrery"), OrreryError);
     EXPECT_EQ(model(), "crop.xml");
-    EXPECT_TRUE(document.isDocumentEdited());
+    EXPECT_TRUE(document.setup().isEdited());
     document.saveToFile(files.path() + "c.orrery");
     EXPECT_EQ(model(), place + "crop.xml");
     EXPECT_NE(readWholeFile(files.path() + "c.orrery").find(">" + model() + "<"), std::string::npos);
-    EXPECT_FALSE(document.hasUnsavedChanges());
+    EXPECT_FALSE(document.setup().hasUnsavedChanges());
     document.setup().undo(); // the run length
     document.setup().undo();
-    EXPECT_EQ(document.modelFilePath(), place + "weed.xml");
+    EXPECT_EQ(document.file().modelPath(), place + "weed.xml");
 }
 
 } // namespace

@@ -22,14 +22,14 @@ TEST_F(MyDocumentTest, ANewSetupObservesFiveKeysAndAnOpenedOneSix) {
         SCOPED_TRACE(opened);
         MyDocument each(services());
         opened ? each.readFromFile(writeSetup("a.orrery", "")) : each.initWithType("setup");
-        EXPECT_FALSE(each.isDocumentEdited());
+        EXPECT_FALSE(each.setup().isEdited());
         EXPECT_EQ(each.theDictionary().startDay(), Date()) << "the reference date";
         each.theDictionary().setStartDay(Date{});
-        EXPECT_EQ(each.isDocumentEdited(), opened);
+        EXPECT_EQ(each.setup().isEdited(), opened);
         each.updateChangeCount(ChangeKind::Cleared);
         const std::string same(each.theDictionary().textOrEmpty(setup_key::runLength));
         each.theDictionary().setText(setup_key::runLength, same);
-        EXPECT_TRUE(each.isDocumentEdited());
+        EXPECT_TRUE(each.setup().isEdited());
     }
 }
 
@@ -41,13 +41,13 @@ TEST_F(MyDocumentTest, SavingStoresTheLocationBeforeTheSaveAndAFailedSaveKeepsTh
     document.saveToFile(files.path() + "c.orrery");
     EXPECT_EQ(defaults.stringForKey("lastPath"), "file://" + files.path() + "a%20b.orrery");
     const std::string path = files.path() + "c.orrery";
-    EXPECT_EQ(document.filePath(), path);
+    EXPECT_EQ(document.file().path(), path);
 
     const std::string before = readWholeFile(path);
     document.theDictionary().setText(setup_key::runLength, "\u4E2D");
     EXPECT_THROW(document.saveToFile(path), OrreryError);
     EXPECT_EQ(readWholeFile(path), before);
-    EXPECT_TRUE(document.isDocumentEdited());
+    EXPECT_TRUE(document.setup().isEdited());
 }
 
 TEST_F(MyDocumentTest, BytesThatAreNoSetupOpenEmptyAndAreKeptBesideTheFirstSave) {
@@ -64,7 +64,7 @@ TEST_F(MyDocumentTest, BytesThatAreNoSetupOpenEmptyAndAreKeptBesideTheFirstSave)
 TEST_F(MyDocumentTest, ARefusedFileLeavesTheDocumentAsItWas) {
     document.readFromFile(writeSetup("a.orrery", "m.xml"));
     EXPECT_THROW(document.readFromFile(files.write("b.orrery", "<Simulation/>")), OrreryError);
-    EXPECT_EQ(document.filePath(), files.path() + "a.orrery");
+    EXPECT_EQ(document.file().path(), files.path() + "a.orrery");
     EXPECT_EQ(document.theDictionary().textOrEmpty(setup_key::modelPath), "m.xml");
 }
 
@@ -79,7 +79,7 @@ TEST_F(MyDocumentTest, OnlyChangedModelsAreImportedAnewOnActivation) {
     }
     const auto roots = [&] {
         std::vector<const ModelNode*> all;
-        std::ranges::transform(documents, std::back_inserter(all), [](auto& d) { return d.modelTree().root(); });
+        std::ranges::transform(documents, std::back_inserter(all), [](auto& d) { return d.model().tree().root(); });
         return all;
     };
     const auto before = roots();
@@ -132,7 +132,7 @@ TEST_F(MyDocumentTest, TagsEnableTheirCommands) {
 TEST_F(MyDocumentTest, PortsAndRowsAreDroppedOnTheirOwnTables) {
     document.initWithType("setup");
     document.makeModelTree(files.write("crop.xml", cropModel));
-    const ModelNode* crop = document.modelTree().topLevel().at(0);
+    const ModelNode* crop = document.model().tree().topLevel().at(0);
     const ModelNode* rain = crop->children.at(0)->children.at(0);
     MemoryPasteboard pasteboard;
     EXPECT_FALSE(document.outlineViewWriteItems({crop}, pasteboard));
@@ -141,10 +141,10 @@ TEST_F(MyDocumentTest, PortsAndRowsAreDroppedOnTheirOwnTables) {
 
     EXPECT_EQ(MyDocument::tableViewValidateDrop(PortList::Outputs, pasteboard).operation, DragOperation::None);
     EXPECT_FALSE(document.tableViewAcceptDrop(PortList::Outputs, pasteboard, 0, DropOperation::Above));
-    EXPECT_FALSE(document.isDocumentEdited());
+    EXPECT_FALSE(document.setup().isEdited());
     EXPECT_EQ(MyDocument::tableViewValidateDrop(PortList::Steppers, pasteboard).operation, DragOperation::Copy);
     ASSERT_TRUE(document.tableViewAcceptDrop(PortList::Steppers, pasteboard, 0, DropOperation::Above));
-    EXPECT_TRUE(document.isDocumentEdited());
+    EXPECT_TRUE(document.setup().isEdited());
     const EntryList dropped = {Entry{{"coordinates", "{ 0, 0 }"}, {"portPath", "/Field/Crop/rain"}}};
     EXPECT_EQ(document.theDictionary().entries(setup_key::steppers), dropped);
 

@@ -10,19 +10,19 @@ protected:
         document.setup().observers().showEdit = [this](const EditPlace& place) { shown = place; };
     }
     void axis(std::size_t row, std::uint32_t role) {
-        document.changePlot({PlotAct::ChooseAxis, row}, [&] {
+        document.plot().change({PlotAct::ChooseAxis, row}, [&] {
             document.independentVariables()[row].setFunction(static_cast<PlotRole>(role));
             document.updatePlot({SettingsTag::RoleChooser, row});
         });
     }
     void include(std::size_t row) {
-        document.changePlot({PlotAct::ChooseResponses}, [&] {
+        document.plot().change({PlotAct::ChooseResponses}, [&] {
             document.dependentVariables()[row].setValue("includep", true);
             document.updateScale();
         });
     }
     void light(float height) {
-        document.changePlot({PlotAct::MoveLight}, [&] { document.setLightHeight(height); });
+        document.plot().change({PlotAct::MoveLight}, [&] { document.setLightHeight(height); });
     }
     EditPlace shown;
 };
@@ -51,20 +51,20 @@ TEST_F(PlotUndoTest, EveryChoiceIsTakenBackAndMadeAgainAndNoEdit) {
         {{PlotAct::MoveLight}, "Change Light", [](auto& d) { d.setLightHeight(7); }},
         {{PlotAct::Rotate}, "Change Rotation", [](auto& d) { d.setYRotation(350); }},
     };
-    const PlotState before = document.plotState();
+    const PlotState before = document.plot().state();
     for (const Case& row : cases) {
-        document.changePlot(row.control, [&] { row.choose(document); });
-        const PlotState after = document.plotState();
+        document.plot().change(row.control, [&] { row.choose(document); });
+        const PlotState after = document.plot().state();
         EXPECT_EQ(document.setup().undoMenuItemTitle(), std::string("Undo ") + row.name);
         document.setup().undo();
-        EXPECT_EQ(document.plotState(), before) << row.name;
+        EXPECT_EQ(document.plot().state(), before) << row.name;
         EXPECT_TRUE(shown.setup.key.empty());
         document.setup().redo();
-        EXPECT_EQ(document.plotState(), after) << row.name;
+        EXPECT_EQ(document.plot().state(), after) << row.name;
         document.setup().undo();
     }
     EXPECT_FALSE(document.setup().canUndo());
-    EXPECT_FALSE(document.hasUnsavedChanges());
+    EXPECT_FALSE(document.setup().hasUnsavedChanges());
 }
 
 TEST_F(PlotUndoTest, WhileOneControlMovesItsWayIsOneStepAndTheAnimationIsNone) {
@@ -73,7 +73,7 @@ TEST_F(PlotUndoTest, WhileOneControlMovesItsWayIsOneStepAndTheAnimationIsNone) {
         light(height);
         document.animationTimer();
     }
-    document.endPlotMove();
+    document.plot().endMove();
     light(5);
     const float angle = document.yRotation();
     document.setup().undo();
@@ -97,7 +97,7 @@ TEST_F(PlotUndoTest, AnAxisComesBackWithTheCameraThatItsLossPutBack) {
     include(0);
     axis(0, 1);
     axis(1, 2);
-    document.changePlot({PlotAct::MoveCamera}, [&] { document.setEyeXPos(3); });
+    document.plot().change({PlotAct::MoveCamera}, [&] { document.setEyeXPos(3); });
     document.updateScale();
     EXPECT_EQ(document.eyeXPos(), 3) << "a surface keeps the camera";
     axis(1, 1); // taken from the other: curves
@@ -116,7 +116,7 @@ TEST_F(PlotUndoTest, ANewRunOfTheSameKeepsTheStepsAndOneOfOthersPassesThemOver) 
     document.setup().editText(setup_key::runLength, "3.5");
     include(1);
     document.setIndependentVariables({}); // a run goes on
-    document.buildResults();
+    document.reading().build();
     document.dependentVariables()[1].setValue("includep", true); // as choices are carried over
     document.setup().undo();
     EXPECT_FALSE(document.dependentVariables()[1].includep());

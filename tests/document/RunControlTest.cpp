@@ -63,7 +63,7 @@ TEST_F(RunControlTest, UnsavedChangesAreAskedAbout) {
         document.runSimulation();
         EXPECT_EQ(window.alerts.back().buttons.at(row.answer), row.name);
         EXPECT_EQ(launcher.children.size(), row.starts);
-        EXPECT_EQ(document.isDocumentEdited(), row.editedAfterwards);
+        EXPECT_EQ(document.setup().isEdited(), row.editedAfterwards);
         document.abortSimulation();
         document.updateChangeCount(ChangeKind::Cleared);
     }
@@ -179,12 +179,12 @@ TEST_F(RunControlTest, TextAndStateTellHowARunEnded) {
 
 TEST_F(RunControlTest, WhatRanIsToldFromTheDocumentsSetupAndCanReadTheTable) {
     document.setup().editEntry(PortList::Steppers, 0, "stop", "2"); // 3 × 3 rows now
-    EXPECT_FALSE(document.isDocumentEdited());
+    EXPECT_FALSE(document.setup().isEdited());
     window.modalAnswer = 2; // Don't Save: the engine reads 2 × 3
     run();
     EXPECT_EQ(window.alerts.size(), 1U) << "asked to save although no change is counted";
     const std::string difference = "2 × 3 = 6 rows, not 3 × 3 = 9 rows";
-    EXPECT_EQ(document.gridChoice().difference, difference);
+    EXPECT_EQ(document.reading().gridChoice().difference, difference);
     EXPECT_THAT(window.status, testing::HasSubstr(difference));
     EXPECT_EQ(document.nRowsOfData(), 9U);
     EXPECT_TRUE(document.runControl().outcome().isPartial());
@@ -192,7 +192,7 @@ TEST_F(RunControlTest, WhatRanIsToldFromTheDocumentsSetupAndCanReadTheTable) {
     document.readByOtherGrid();
     EXPECT_EQ(document.nRowsOfData(), 6U);
     EXPECT_TRUE(document.runControl().outcome().isWhole());
-    EXPECT_THAT(document.gridChoice().text(), testing::HasSubstr("by the grid of the setup that ran"));
+    EXPECT_THAT(document.reading().gridChoice().text(), testing::HasSubstr("by the grid of the setup that ran"));
     document.readByOtherGrid();
     EXPECT_EQ(document.nRowsOfData(), 9U);
 
@@ -204,7 +204,7 @@ TEST_F(RunControlTest, WhatRanIsToldFromTheDocumentsSetupAndCanReadTheTable) {
     document.runSimulation();
     document.readByOtherGrid(); // there is nothing to read while another run goes on
     EXPECT_TRUE(document.independentVariables().empty());
-    EXPECT_TRUE(document.gridChoice().difference.empty());
+    EXPECT_TRUE(document.reading().gridChoice().difference.empty());
 }
 
 TEST_F(RunControlTest, AnEditDuringTheRunThatLeavesTheGridIsTold) {
@@ -213,7 +213,7 @@ TEST_F(RunControlTest, AnEditDuringTheRunThatLeavesTheGridIsTold) {
     writeTable();
     launcher.last().end();
     EXPECT_THAT(window.status, testing::HasSubstr("The document's setup is not the one that ran"));
-    EXPECT_TRUE(document.gridChoice().difference.empty());
+    EXPECT_TRUE(document.reading().gridChoice().difference.empty());
 }
 
 /// A setup in a folder of its own, which writes its result file beside that.
@@ -246,15 +246,15 @@ TEST_F(ForeignSetup, AsksOnceBeforeItWritesOverFilesOutsideItsFolder) {
     ASSERT_EQ(window.alerts.size(), 1U);
     EXPECT_THAT(window.alerts[0].informative, testing::HasSubstr("precious.txt"));
     foreign.setup().editText(setup_key::runLength, "5");
-    foreign.saveToFile(*foreign.filePath()); // which makes it no more trustworthy
+    foreign.saveToFile(*foreign.file().path()); // which makes it no more trustworthy
     EXPECT_FALSE(runs());
     window.modalAnswer = 0;
     EXPECT_TRUE(runs());
     EXPECT_TRUE(runs());
     foreign.setup().editText(setup_key::runLength, "6");
-    foreign.saveToFile(*foreign.filePath());
+    foreign.saveToFile(*foreign.file().path());
     MyDocument again(services());
-    again.readFromFile(*foreign.filePath());
+    again.readFromFile(*foreign.file().path());
     again.runSimulation();
     again.abortSimulation();
     EXPECT_EQ(window.alerts.size(), 3U) << "asked again of what the user has allowed";
@@ -295,7 +295,7 @@ TEST_F(RunControlTest, ARunOfTheSameVariablesKeepsWhatWasChosenToBeSeenAndAnAbor
     run();
     EXPECT_EQ(document.independentVariables().back().function(), PlotRole::Axis1);
     EXPECT_TRUE(document.dependentVariables().front().includep());
-    EXPECT_TRUE(document.plotIsOutdated());
+    EXPECT_TRUE(document.plot().isOutdated());
     document.runSimulation();
     EXPECT_EQ(plot.ranges(), shown) << "drawn when the user next changes the plot";
     document.abortSimulation();

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "platform/Date.h"
+#include "platform/Services.h"
+#include "platform/UserDefaults.h"
+#include "run/RunControl.h"
+#include "run/table/ResultTable.h"
+
+namespace orrery {
+
+/// What a document needs of the platform; nothing is owned, and all of it outlives the document.
+struct DocumentServices {
+    RunServices run;
+    UserDefaults* userDefaults = nullptr;
+    NamedServices* namedServices = nullptr; // absent: no companion can be reached
+    const Calendar* calendar = nullptr;     // absent: the user's current calendar
+    TableReadOptions tableReading;
+    bool writesOverOutputs = false; // of setups that were not written here, without asking
+};
+
+} // namespace orrery
