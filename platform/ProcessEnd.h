@@ -1,10 +1,8 @@
 #pragma once
 
-#include <string>
-
 namespace orrery {
 
-/// How a child ended. It is shown to people and decides nothing: a run ends with its output.
+/// How a child ended.
 struct ProcessEnd {
     enum class Kind {
         Unknown,    // it was still running when its output ended, or nobody saw its end
@@ -17,8 +15,5 @@ struct ProcessEnd {
 
     friend bool operator==(const ProcessEnd&, const ProcessEnd&) = default;
 };
-
-/// "the engine ended with exit code 3", for the middle of a sentence.
-[[nodiscard]] std::string engineEndInWords(const ProcessEnd& end);
 
 } // namespace orrery

@@ -25,7 +25,7 @@ struct RunOutcome {
     double seconds = 0;             // from the engine's start until the table was read
     std::optional<Date> staleSince; // when the table was written, where that was not by this run
     std::string failure;            // for the middle of a sentence
-    ProcessEnd end;
+    ProcessEnd end;                 // is shown to people and decides nothing: a run ends with its output
 
     [[nodiscard]] bool isPartial() const { return kind == Kind::Results && rowsFound < rows; }
     /// The whole table of this run was read.
@@ -35,6 +35,9 @@ struct RunOutcome {
 /// The outcome in a few words: "Done: 25,000 rows, 9 responses, 0.3 s", "Failed: the engine ended with exit code 3",
 /// "Aborted", "Results of an earlier run (4 minutes old)"; empty for none.
 [[nodiscard]] std::string outcomeText(const RunOutcome& outcome, const Date& now);
+
+/// "the engine ended with exit code 3", for the middle of a sentence.
+[[nodiscard]] std::string engineEndInWords(const ProcessEnd& end);
 
 /// How the engine ended where that is worth a word: neither unknown nor exit code 0. Empty otherwise.
 [[nodiscard]] std::string engineFailure(const ProcessEnd& end);

@@ -1,6 +1,7 @@
 #include "run/TaskWrapper.h"
 
 #include "platform/Log.h"
+#include "run/RunOutcome.h"
 #include "run/process/ProcessTest.h"
 
 #include <gmock/gmock.h>
