@@ -1,8 +1,8 @@
 #include "app/SingleInstance.h"
 
-#include "platform/OrreryError.h"
 #include "platform/TemporaryDirectory.h"
 #include "platform/qt/QtText.h"
+#include "platform/values/OrreryError.h"
 
 #include <sys/stat.h>
 #include <unistd.h>

@@ -6,11 +6,11 @@
 #include "model/PortFaults.h"
 #include "model/PortLists.h"
 #include "model/PortPaths.h"
-#include "platform/Date.h"
 #include "platform/Files.h"
-#include "platform/Numbers.h"
-#include "platform/OrreryError.h"
 #include "platform/UserDefaults.h"
+#include "platform/values/Date.h"
+#include "platform/values/Numbers.h"
+#include "platform/values/OrreryError.h"
 #include "run/SetupTrust.h"
 
 #include <CLI/CLI.hpp>

@@ -1,8 +1,8 @@
 #include "batch/Output.h"
 
 #include "batch/Command.h"
-#include "platform/OrreryError.h"
 #include "platform/SystemReason.h"
+#include "platform/values/OrreryError.h"
 
 #include <poll.h>
 #include <unistd.h>

@@ -4,8 +4,8 @@
 #include "batch/PlotPicture.h"
 #include "batch/ResultJson.h"
 #include "batch/SetupFiles.h"
-#include "platform/Numbers.h"
-#include "platform/OrreryError.h"
+#include "platform/values/Numbers.h"
+#include "platform/values/OrreryError.h"
 #include "plot/data/PlotSession.h"
 #include "run/IndexSet.h"
 

@@ -1,7 +1,7 @@
 #include "batch/PlotPicture.h"
 
-#include "platform/Numbers.h"
-#include "platform/OrreryError.h"
+#include "platform/values/Numbers.h"
+#include "platform/values/OrreryError.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>

@@ -3,7 +3,7 @@
 #include "batch/Output.h"
 #include "batch/ResultJson.h"
 #include "batch/SetupFiles.h"
-#include "platform/Numbers.h"
+#include "platform/values/Numbers.h"
 
 #include <CLI/CLI.hpp>
 

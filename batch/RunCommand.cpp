@@ -5,15 +5,15 @@
 #include "batch/ResultJson.h"
 #include "batch/SetupFiles.h"
 #include "document/MyDocument.h"
-#include "platform/Date.h"
+#include "platform/Calendar.h"
 #include "platform/Files.h"
 #include "platform/Log.h"
-#include "platform/OrreryError.h"
 #include "platform/TemporaryDirectory.h"
 #include "platform/UserDefaults.h"
 #include "platform/native/PosixChildProcess.h"
 #include "platform/qt/QtEventLoop.h"
 #include "platform/qt/TerminationSignals.h"
+#include "platform/values/OrreryError.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>

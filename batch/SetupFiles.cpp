@@ -3,10 +3,10 @@
 #include "batch/Command.h"
 #include "document/setup/ModelPath.h"
 #include "document/setup/SetupReader.h"
-#include "platform/EditDistance.h"
 #include "platform/Files.h"
-#include "platform/OrreryError.h"
 #include "platform/TemporaryDirectory.h"
+#include "platform/values/EditDistance.h"
+#include "platform/values/OrreryError.h"
 #include "run/SetupProblems.h"
 
 #include <fmt/format.h>

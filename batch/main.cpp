@@ -1,8 +1,8 @@
 #include "batch/Command.h"
 #include "batch/SetupFiles.h"
 #include "platform/Files.h"
-#include "platform/OrreryError.h"
 #include "platform/SystemReason.h"
+#include "platform/values/OrreryError.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>

@@ -2,8 +2,8 @@
 
 #include "model/ModelTree.h"
 #include "model/PortFaults.h"
-#include "platform/Date.h"
 #include "platform/Outlets.h"
+#include "platform/values/Date.h"
 
 #include <cstddef>
 #include <exception>

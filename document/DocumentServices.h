@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Date.h"
+#include "platform/Calendar.h"
 #include "platform/Services.h"
 #include "platform/UserDefaults.h"
 #include "run/RunControl.h"

@@ -12,7 +12,7 @@
 #include "document/SetupEditing.h"
 #include "document/Toolbar.h"
 #include "platform/Pasteboard.h"
-#include "platform/XmlDocument.h"
+#include "platform/xml/XmlDocument.h"
 #include "run/RunControl.h"
 #include "run/SetupProblem.h"
 

@@ -1,6 +1,6 @@
 #include "document/ResultHandover.h"
 
-#include "platform/OrreryError.h"
+#include "platform/values/OrreryError.h"
 #include "run/Export.h"
 
 #include <string_view>

@@ -6,7 +6,7 @@
 #include "document/setup/SetupPlace.h"
 #include "model/ListController.h"
 #include "model/PortLists.h"
-#include "platform/Date.h"
+#include "platform/values/Date.h"
 
 #include <cstddef>
 #include <functional>

@@ -3,8 +3,8 @@
 #include "document/setup/SetupReader.h"
 #include "document/setup/SetupWriter.h"
 #include "platform/Files.h"
-#include "platform/Numbers.h"
-#include "platform/OrreryError.h"
+#include "platform/values/Numbers.h"
+#include "platform/values/OrreryError.h"
 #include "run/SweepSummary.h"
 
 #include <fmt/format.h>

@@ -7,7 +7,7 @@
 #include "engine/Simulation.h"
 #include "engine/TableWriter.h"
 #include "platform/Files.h"
-#include "platform/OrreryError.h"
+#include "platform/values/OrreryError.h"
 #include "run/table/ResultTable.h"
 
 #include <fmt/format.h>

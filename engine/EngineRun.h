@@ -1,7 +1,7 @@
 #pragma once
 
 #include "engine/Progress.h"
-#include "platform/Date.h"
+#include "platform/Calendar.h"
 
 #include <string>
 

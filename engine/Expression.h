@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/OrreryError.h"
+#include "platform/values/OrreryError.h"
 
 #include <map>
 #include <memory>

@@ -2,8 +2,8 @@
 
 #include "model/ModelTree.h"
 #include "model/PortPaths.h"
-#include "platform/OrreryError.h"
-#include "platform/StringMap.h"
+#include "platform/values/OrreryError.h"
+#include "platform/values/StringMap.h"
 
 #include <cstddef>
 #include <optional>

@@ -2,7 +2,7 @@
 
 #include "document/setup/ModelPath.h"
 #include "engine/LookupTable.h"
-#include "platform/Numbers.h"
+#include "platform/values/Numbers.h"
 
 #include <cmath>
 #include <utility>

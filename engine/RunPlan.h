@@ -2,7 +2,7 @@
 
 #include "document/setup/SetupDictionary.h"
 #include "engine/PortNetwork.h"
-#include "platform/Date.h"
+#include "platform/Calendar.h"
 #include "run/SweepVariables.h"
 
 #include <cstddef>

@@ -1,7 +1,7 @@
 #include "engine/Simulation.h"
 
 #include "engine/PartClass.h"
-#include "platform/Numbers.h"
+#include "platform/values/Numbers.h"
 
 #include <algorithm>
 #include <cmath>

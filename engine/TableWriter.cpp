@@ -1,6 +1,6 @@
 #include "engine/TableWriter.h"
 
-#include "platform/MacRoman.h"
+#include "platform/values/MacRoman.h"
 #include "run/ResponseVariables.h"
 
 #include <array>

@@ -1,6 +1,6 @@
 #include "engine/WholeFile.h"
 
-#include "platform/OrreryError.h"
+#include "platform/values/OrreryError.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

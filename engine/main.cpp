@@ -1,8 +1,8 @@
 #include "engine/EngineRun.h"
 #include "engine/Progress.h"
 #include "platform/Files.h"
-#include "platform/OrreryError.h"
 #include "platform/TemporaryDirectory.h"
+#include "platform/values/OrreryError.h"
 
 #include <fmt/format.h>
 

@@ -1,7 +1,7 @@
 // An engine's output, any bytes in any pieces, is decoded to the same well-formed text as if it had come at once.
 // The first two bytes of an input are the lengths of the pieces, in turns.
 #include "FuzzTarget.h"
-#include "platform/Utf8.h"
+#include "platform/values/Utf8.h"
 
 #include <algorithm>
 #include <string>

@@ -1,7 +1,7 @@
 // Any bytes are a table of the shape that was asked for, and a file read in small blocks gives the same as its bytes.
 // The first three bytes of an input choose the shape.
 #include "FuzzTarget.h"
-#include "platform/OrreryError.h"
+#include "platform/values/OrreryError.h"
 #include "run/table/ResultTable.h"
 #include "run/table/TableKernels.h"
 

@@ -2,7 +2,7 @@
 #include "FuzzTarget.h"
 #include "document/setup/SetupReader.h"
 #include "document/setup/SetupWriter.h"
-#include "platform/OrreryError.h"
+#include "platform/values/OrreryError.h"
 
 int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
     std::string saved;

@@ -2,7 +2,7 @@
 #include "FuzzTarget.h"
 #include "document/setup/ModelPath.h"
 #include "document/setup/SetupReader.h"
-#include "platform/OrreryError.h"
+#include "platform/values/OrreryError.h"
 #include "plot/data/PlotLayout.h"
 #include "plot/data/VertexData.h"
 #include "run/IndexSet.h"

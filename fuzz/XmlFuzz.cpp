@@ -1,7 +1,7 @@
 // Any bytes are a document or an OrreryError, and a document written again reads back as it was.
 #include "FuzzTarget.h"
-#include "platform/OrreryError.h"
-#include "platform/XmlDocument.h"
+#include "platform/values/OrreryError.h"
+#include "platform/xml/XmlDocument.h"
 
 namespace {
 

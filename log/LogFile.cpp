@@ -1,8 +1,8 @@
 #include "log/LogFile.h"
 
 #include "platform/Files.h"
-#include "platform/OrreryError.h"
 #include "platform/Workers.h"
+#include "platform/values/OrreryError.h"
 
 #include <algorithm>
 #include <atomic>

@@ -1,10 +1,10 @@
 #include "log/LogStore.h"
 
-#include "platform/OrreryError.h"
 #include "platform/TemporaryDirectory.h"
 #include "platform/Workers.h"
 #include "platform/native/FileDescriptor.h"
 #include "platform/native/SystemCalls.h"
+#include "platform/values/OrreryError.h"
 
 #include <fcntl.h>
 #include <linux/magic.h>

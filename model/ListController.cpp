@@ -1,6 +1,6 @@
 #include "model/ListController.h"
 
-#include "platform/OrreryError.h"
+#include "platform/values/OrreryError.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "platform/Log.h"
-#include "platform/OrreryError.h"
-#include "platform/XmlDocument.h"
+#include "platform/values/OrreryError.h"
+#include "platform/xml/XmlDocument.h"
 
 #include <cstddef>
 #include <optional>

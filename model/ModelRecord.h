@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/StringMap.h"
+#include "platform/values/StringMap.h"
 
 #include <cstddef>
 #include <map>

@@ -2,7 +2,7 @@
 
 #include "model/ModelObjects.h"
 #include "model/ModelTreeBuilder.h"
-#include "platform/OrreryError.h"
+#include "platform/values/OrreryError.h"
 
 #include <exception>
 #include <utility>

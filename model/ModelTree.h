@@ -2,8 +2,8 @@
 
 #include "model/ModelClass.h"
 #include "model/ModelRecord.h"
-#include "platform/StringMap.h"
-#include "platform/XmlDocument.h"
+#include "platform/values/StringMap.h"
+#include "platform/xml/XmlDocument.h"
 
 #include <cstddef>
 #include <deque>

@@ -2,7 +2,7 @@
 
 #include "model/ModelObjects.h"
 #include "platform/Log.h"
-#include "platform/OrreryError.h"
+#include "platform/values/OrreryError.h"
 
 #include <fmt/format.h>
 

@@ -2,7 +2,7 @@
 
 #include "model/IdentifierIndex.h"
 #include "model/ModelTree.h"
-#include "platform/OrreryError.h"
+#include "platform/values/OrreryError.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,6 +1,6 @@
 #include "model/PortFaults.h"
 
-#include "platform/OrreryError.h"
+#include "platform/values/OrreryError.h"
 
 #include <fmt/format.h>
 

@@ -1,6 +1,6 @@
 #include "model/PortLists.h"
 
-#include "platform/OrreryError.h"
+#include "platform/values/OrreryError.h"
 
 #include <fmt/format.h>
 

@@ -1,6 +1,6 @@
 #include "model/PortPaths.h"
 
-#include "platform/EditDistance.h"
+#include "platform/values/EditDistance.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,6 +1,6 @@
 #include "model/SequenceFormatter.h"
 
-#include "platform/Numbers.h"
+#include "platform/values/Numbers.h"
 
 #include <cstddef>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/ProcessEnd.h"
+#include "platform/values/ProcessEnd.h"
 
 #include <cstddef>
 #include <functional>

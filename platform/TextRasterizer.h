@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Pixels.h"
+#include "platform/values/Pixels.h"
 
 #include <array>
 #include <cstdint>

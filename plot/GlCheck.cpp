@@ -1,7 +1,7 @@
 #include "plot/GlCheck.h"
 
 #include "platform/Log.h"
-#include "platform/Numbers.h"
+#include "platform/values/Numbers.h"
 #include "plot/Gl.h"
 
 #include <string_view>

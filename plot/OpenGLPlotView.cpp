@@ -1,7 +1,7 @@
 #include "plot/OpenGLPlotView.h"
 
 #include "platform/Log.h"
-#include "platform/OrreryError.h"
+#include "platform/values/OrreryError.h"
 #include "plot/Gl.h"
 #include "plot/GlCheck.h"
 

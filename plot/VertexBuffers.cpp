@@ -1,8 +1,8 @@
 #include "plot/VertexBuffers.h"
 
 #include "platform/LargePages.h"
-#include "platform/Numbers.h"
-#include "platform/OrreryError.h"
+#include "platform/values/Numbers.h"
+#include "platform/values/OrreryError.h"
 #include "plot/data/VertexData.h"
 
 #include <fmt/format.h>

@@ -2,8 +2,8 @@
 
 #include "document/setup/ModelPath.h"
 #include "platform/Files.h"
-#include "platform/Numbers.h"
-#include "platform/OrreryError.h"
+#include "platform/values/Numbers.h"
+#include "platform/values/OrreryError.h"
 
 #include <algorithm>
 

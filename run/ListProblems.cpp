@@ -3,8 +3,8 @@
 #include "document/setup/ModelPath.h"
 #include "model/PortLists.h"
 #include "platform/Files.h"
-#include "platform/Numbers.h"
-#include "platform/OrreryError.h"
+#include "platform/values/Numbers.h"
+#include "platform/values/OrreryError.h"
 #include "run/Export.h"
 #include "run/SweepVariables.h"
 

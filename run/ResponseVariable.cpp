@@ -1,6 +1,6 @@
 #include "run/ResponseVariable.h"
 
-#include "platform/OrreryError.h"
+#include "platform/values/OrreryError.h"
 
 #include <array>
 #include <cmath>

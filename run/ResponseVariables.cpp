@@ -2,8 +2,8 @@
 
 #include "model/PortPaths.h"
 #include "platform/Files.h"
-#include "platform/MacRoman.h"
-#include "platform/OrreryError.h"
+#include "platform/values/MacRoman.h"
+#include "platform/values/OrreryError.h"
 #include "run/HeaderNotes.h"
 #include "run/table/ResultTable.h"
 

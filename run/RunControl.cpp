@@ -1,8 +1,9 @@
 #include "run/RunControl.h"
 
+#include "platform/Calendar.h"
 #include "platform/Files.h"
 #include "platform/Log.h"
-#include "platform/OrreryError.h"
+#include "platform/values/OrreryError.h"
 #include "run/table/ResultTable.h"
 
 #include <fmt/format.h>

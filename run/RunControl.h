@@ -1,9 +1,9 @@
 #pragma once
 
 #include "platform/Files.h"
-#include "platform/OrreryError.h"
 #include "platform/Outlets.h"
 #include "platform/RunLoop.h"
+#include "platform/values/OrreryError.h"
 #include "run/RunOutcome.h"
 #include "run/RunResults.h"
 #include "run/TaskWrapper.h"

@@ -1,6 +1,6 @@
 #include "run/RunOutcome.h"
 
-#include "platform/Numbers.h"
+#include "platform/values/Numbers.h"
 
 #include <fmt/format.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/Date.h"
-#include "platform/ProcessEnd.h"
+#include "platform/values/Date.h"
+#include "platform/values/ProcessEnd.h"
 
 #include <cstddef>
 #include <cstdint>

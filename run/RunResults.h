@@ -2,7 +2,7 @@
 
 #include "document/setup/SetupDictionary.h"
 #include "model/ModelTree.h"
-#include "platform/Date.h"
+#include "platform/Calendar.h"
 #include "run/ResponseVariables.h"
 #include "run/SweepVariables.h"
 #include "run/table/ResultTable.h"

@@ -2,8 +2,8 @@
 
 #include "document/setup/ModelPath.h"
 #include "document/setup/SetupForm.h"
-#include "platform/Numbers.h"
-#include "platform/OrreryError.h"
+#include "platform/values/Numbers.h"
+#include "platform/values/OrreryError.h"
 #include "run/ListProblems.h"
 #include "run/NumberFaults.h"
 #include "run/SweepVariables.h"

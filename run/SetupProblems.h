@@ -2,7 +2,7 @@
 
 #include "document/setup/SetupDictionary.h"
 #include "model/PortFaults.h"
-#include "platform/Date.h"
+#include "platform/Calendar.h"
 #include "run/SetupProblem.h"
 
 #include <cstddef>

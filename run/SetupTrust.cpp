@@ -3,7 +3,7 @@
 #include "document/setup/ModelPath.h"
 #include "document/setup/SetupReader.h"
 #include "platform/Files.h"
-#include "platform/OrreryError.h"
+#include "platform/values/OrreryError.h"
 #include "run/Export.h"
 
 #include <fmt/format.h>

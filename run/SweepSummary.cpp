@@ -1,7 +1,7 @@
 #include "run/SweepSummary.h"
 
-#include "platform/Numbers.h"
-#include "platform/OrreryError.h"
+#include "platform/values/Numbers.h"
+#include "platform/values/OrreryError.h"
 
 #include <fmt/format.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "document/setup/SetupDictionary.h"
-#include "platform/Date.h"
+#include "platform/Calendar.h"
 #include "run/IndependentVariable.h"
 
 #include <cstdint>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/ChildProcess.h"
-#include "platform/Utf8.h"
+#include "platform/values/Utf8.h"
 
 #include <cstddef>
 #include <memory>

@@ -3,9 +3,9 @@
 #include "app/widgets/Icons.h"
 #include "log/qt/ReadableLog.h"
 #include "platform/Files.h"
-#include "platform/OrreryError.h"
 #include "platform/TemporaryDirectory.h"
 #include "platform/qt/ReadableText.h"
+#include "platform/values/OrreryError.h"
 
 #include <QtGlobal>
 #include <utility>

@@ -1,7 +1,7 @@
 #include "app/plot/PictureCommands.h"
 
 #include "platform/Files.h"
-#include "platform/Pixels.h"
+#include "platform/Png.h"
 #include "platform/qt/QtGlSurface.h"
 #include "platform/qt/QtText.h"
 

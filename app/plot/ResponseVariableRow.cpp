@@ -3,8 +3,8 @@
 #include "app/widgets/ElidedLabel.h"
 #include "app/widgets/NumberField.h"
 #include "app/widgets/QtColor.h"
-#include "platform/Numbers.h"
 #include "platform/qt/QtText.h"
+#include "platform/values/Numbers.h"
 
 #include <QCheckBox>
 #include <QHBoxLayout>

@@ -1,6 +1,6 @@
 #include "app/plot/RunStateWords.h"
 
-#include "platform/Date.h"
+#include "platform/Calendar.h"
 #include "platform/qt/QtText.h"
 
 #include <QObject>

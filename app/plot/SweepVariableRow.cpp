@@ -3,8 +3,8 @@
 #include "app/widgets/ElidedLabel.h"
 #include "app/widgets/NumberField.h"
 #include "app/widgets/WheelGuard.h"
-#include "platform/Numbers.h"
 #include "platform/qt/QtText.h"
+#include "platform/values/Numbers.h"
 #include "run/IndexSet.h"
 #include "run/SweepVariables.h"
 

@@ -1,8 +1,8 @@
 #include "app/widgets/FileNames.h"
 
 #include "platform/Files.h"
-#include "platform/OrreryError.h"
 #include "platform/qt/QtText.h"
+#include "platform/values/OrreryError.h"
 
 #include <QDir>
 #include <filesystem>

@@ -2,8 +2,8 @@
 
 #include "app/widgets/EscapeFilter.h"
 #include "app/widgets/UndoPassThrough.h"
-#include "platform/Numbers.h"
 #include "platform/qt/QtText.h"
+#include "platform/values/Numbers.h"
 
 #include <QToolTip>
 

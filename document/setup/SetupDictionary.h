@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/Date.h"
-#include "platform/StringMap.h"
+#include "platform/values/Date.h"
+#include "platform/values/StringMap.h"
 
 #include <functional>
 #include <map>

@@ -1,8 +1,8 @@
 #include "document/setup/SetupReader.h"
 
 #include "document/setup/SetupForm.h"
-#include "platform/Numbers.h"
-#include "platform/OrreryError.h"
+#include "platform/values/Numbers.h"
+#include "platform/values/OrreryError.h"
 
 #include <fmt/format.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "document/setup/SetupDictionary.h"
-#include "platform/XmlDocument.h"
+#include "platform/xml/XmlDocument.h"
 
 #include <string>
 #include <string_view>

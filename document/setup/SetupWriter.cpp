@@ -1,9 +1,9 @@
 #include "document/setup/SetupWriter.h"
 
 #include "document/setup/SetupForm.h"
-#include "platform/MacRoman.h"
-#include "platform/OrreryError.h"
-#include "platform/Utf8.h"
+#include "platform/values/MacRoman.h"
+#include "platform/values/OrreryError.h"
+#include "platform/values/Utf8.h"
 
 #include <fmt/format.h>
 

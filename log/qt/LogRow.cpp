@@ -1,6 +1,6 @@
 #include "log/qt/LogRow.h"
 
-#include "platform/Utf8.h"
+#include "platform/values/Utf8.h"
 
 #include <QChar>
 #include <algorithm>

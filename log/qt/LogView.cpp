@@ -1,8 +1,8 @@
 #include "log/qt/LogView.h"
 
 #include "log/qt/LogRow.h"
-#include "platform/Utf8.h"
 #include "platform/qt/QtText.h"
+#include "platform/values/Utf8.h"
 
 #include <QAccessible>
 #include <QClipboard>

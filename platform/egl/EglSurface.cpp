@@ -3,8 +3,8 @@
 
 #include "platform/Files.h"
 #include "platform/Log.h"
-#include "platform/Numbers.h"
-#include "platform/OrreryError.h"
+#include "platform/values/Numbers.h"
+#include "platform/values/OrreryError.h"
 
 #include <EGL/egl.h>
 #include <EGL/eglext.h>

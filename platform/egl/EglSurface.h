@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/GlSurface.h"
-#include "platform/Pixels.h"
+#include "platform/values/Pixels.h"
 
 #include <memory>
 

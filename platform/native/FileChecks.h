@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/Date.h"
 #include "platform/Files.h"
+#include "platform/values/Date.h"
 
 #include <sys/stat.h>
 

@@ -1,9 +1,9 @@
 #include "platform/Files.h"
 
-#include "platform/OrreryError.h"
 #include "platform/native/FileChecks.h"
 #include "platform/native/FileDescriptor.h"
 #include "platform/native/SystemCalls.h"
+#include "platform/values/OrreryError.h"
 
 #include <fcntl.h>
 #include <fmt/format.h>

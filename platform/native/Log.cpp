@@ -1,6 +1,6 @@
 #include "platform/Log.h"
 
-#include "platform/Utf8.h"
+#include "platform/values/Utf8.h"
 
 #include <unistd.h>
 

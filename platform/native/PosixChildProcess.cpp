@@ -1,7 +1,7 @@
 #include "platform/native/PosixChildProcess.h"
 
-#include "platform/OrreryError.h"
 #include "platform/native/SpawnChild.h"
+#include "platform/values/OrreryError.h"
 
 #include <fmt/format.h>
 #include <sys/ioctl.h>

@@ -1,12 +1,12 @@
 #include "platform/Files.h"
 #include "platform/KnownFile.h"
 #include "platform/Log.h"
-#include "platform/OrreryError.h"
 #include "platform/native/FileAttributes.h"
 #include "platform/native/FileChecks.h"
 #include "platform/native/FileDescriptor.h"
 #include "platform/native/SaveLitter.h"
 #include "platform/native/SystemCalls.h"
+#include "platform/values/OrreryError.h"
 
 #include <fcntl.h>
 #include <fmt/format.h>

@@ -1,8 +1,8 @@
 #include "platform/native/SaveLitter.h"
 
-#include "platform/OrreryError.h"
 #include "platform/native/FileDescriptor.h"
 #include "platform/native/SystemCalls.h"
+#include "platform/values/OrreryError.h"
 
 #include <dirent.h>
 #include <fcntl.h>

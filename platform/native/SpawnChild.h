@@ -1,8 +1,8 @@
 #pragma once
 
-#include "platform/OrreryError.h"
 #include "platform/guard/GuardProtocol.h"
 #include "platform/native/FileDescriptor.h"
+#include "platform/values/OrreryError.h"
 
 #include <sys/types.h>
 

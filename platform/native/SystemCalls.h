@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/OrreryError.h"
 #include "platform/SystemReason.h"
+#include "platform/values/OrreryError.h"
 
 #include <unistd.h>
 

@@ -1,8 +1,8 @@
 #include "platform/TemporaryDirectory.h"
 
 #include "platform/Files.h"
-#include "platform/OrreryError.h"
 #include "platform/native/SystemCalls.h"
+#include "platform/values/OrreryError.h"
 
 #include <sys/stat.h>
 #include <unistd.h>

@@ -2,7 +2,7 @@
 
 #include "platform/Files.h"
 #include "platform/Log.h"
-#include "platform/OrreryError.h"
+#include "platform/values/OrreryError.h"
 
 #include <nlohmann/json.hpp>
 

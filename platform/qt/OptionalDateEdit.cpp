@@ -1,5 +1,7 @@
 #include "platform/qt/OptionalDateEdit.h"
 
+#include "platform/Calendar.h"
+
 #include <QCheckBox>
 #include <QDateTimeEdit>
 #include <QHBoxLayout>

@@ -1,5 +1,6 @@
-#include "platform/OrreryError.h"
-#include "platform/Pixels.h"
+#include "platform/Png.h"
+
+#include "platform/values/OrreryError.h"
 
 #include <QBuffer>
 #include <QImage>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/ElidedName.h"
 #include "platform/qt/QtText.h"
+#include "platform/values/ElidedName.h"
 
 namespace orrery {
 

@@ -1,7 +1,7 @@
 #include "platform/qt/QtNamedServices.h"
 
-#include "platform/OrreryError.h"
-#include "platform/Utf8.h"
+#include "platform/values/OrreryError.h"
+#include "platform/values/Utf8.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>

@@ -1,8 +1,8 @@
 #include "platform/qt/QtTextRasterizer.h"
 
 #include "platform/Log.h"
-#include "platform/OrreryError.h"
 #include "platform/qt/QtElision.h"
+#include "platform/values/OrreryError.h"
 
 #include <QFont>
 #include <QFontMetricsF>

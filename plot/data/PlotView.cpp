@@ -1,6 +1,6 @@
 #include "plot/data/PlotView.h"
 
-#include "platform/OrreryError.h"
+#include "platform/values/OrreryError.h"
 
 #include <utility>
 

@@ -1,8 +1,8 @@
 #include "plot/data/VertexData.h"
 
 #include "platform/Files.h"
-#include "platform/Numbers.h"
-#include "platform/OrreryError.h"
+#include "platform/values/Numbers.h"
+#include "platform/values/OrreryError.h"
 #include "plot/data/SurfaceBuild.h"
 #include "run/table/ResultTable.h"
 

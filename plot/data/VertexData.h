@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/OrreryError.h"
+#include "platform/values/OrreryError.h"
 #include "plot/data/PlotLayout.h"
 #include "plot/data/PlotView.h"
 #include "run/ResponseVariable.h"

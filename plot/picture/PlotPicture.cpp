@@ -1,9 +1,10 @@
 #include "plot/picture/PlotPicture.h"
 
 #include "platform/Files.h"
-#include "platform/OrreryError.h"
+#include "platform/Png.h"
 #include "platform/egl/EglSurface.h"
 #include "platform/qt/QtTextRasterizer.h"
+#include "platform/values/OrreryError.h"
 #include "plot/GlCheck.h"
 #include "plot/OpenGLPlotView.h"
 #include "plot/data/VertexData.h"

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/Pixels.h"
 #include "platform/TextRasterizer.h"
+#include "platform/values/Pixels.h"
 #include "plot/data/PlotView.h"
 
 #include <functional>

@@ -1,8 +1,8 @@
 #include "run/lock/RunLock.h"
 
-#include "platform/OrreryError.h"
 #include "platform/native/FileDescriptor.h"
 #include "platform/native/SystemCalls.h"
+#include "platform/values/OrreryError.h"
 
 #include <fcntl.h>
 #include <fmt/format.h>

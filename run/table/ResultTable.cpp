@@ -1,7 +1,7 @@
 #include "run/table/ResultTable.h"
 
-#include "platform/Numbers.h"
 #include "platform/Workers.h"
+#include "platform/values/Numbers.h"
 #include "run/table/TableReading.h"
 
 #include <fmt/format.h>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/Files.h"
-#include "platform/OrreryError.h"
+#include "platform/values/OrreryError.h"
 #include "run/table/CellBlock.h"
 
 #include <cstddef>

@@ -1,6 +1,6 @@
 #include "run/table/RowScanner.h"
 
-#include "platform/Numbers.h"
+#include "platform/values/Numbers.h"
 
 #include <algorithm>
 #include <array>

@@ -2,7 +2,7 @@
 
 #include "batch/Output.h"
 #include "platform/Files.h"
-#include "platform/OrreryError.h"
+#include "platform/values/OrreryError.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>

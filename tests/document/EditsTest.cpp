@@ -1,7 +1,7 @@
 // The user's edits: what they do, what they count, and how they are taken back.
 #include "document/DocumentFixture.h"
 #include "platform/Files.h"
-#include "platform/OrreryError.h"
+#include "platform/values/OrreryError.h"
 
 #include <filesystem>
 

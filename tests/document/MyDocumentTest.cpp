@@ -1,6 +1,6 @@
 #include "document/DocumentFixture.h"
 #include "platform/Files.h"
-#include "platform/OrreryError.h"
+#include "platform/values/OrreryError.h"
 
 #include <algorithm>
 #include <deque>

@@ -1,5 +1,6 @@
 #include "document/DocumentFixture.h"
 #include "document/setup/SetupWriter.h"
+#include "platform/Calendar.h"
 #include "platform/Files.h"
 
 #include <gmock/gmock.h>

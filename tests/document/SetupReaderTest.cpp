@@ -1,6 +1,6 @@
 #include "document/setup/SetupReader.h"
 
-#include "platform/OrreryError.h"
+#include "platform/values/OrreryError.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -2,9 +2,9 @@
 
 #include "document/setup/SetupForm.h"
 #include "document/setup/SetupReader.h"
-#include "platform/MacRoman.h"
-#include "platform/OrreryError.h"
-#include "platform/Utf8.h"
+#include "platform/values/MacRoman.h"
+#include "platform/values/OrreryError.h"
+#include "platform/values/Utf8.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -3,8 +3,8 @@
 #include "log/LogFile.h"
 #include "log/LogSearch.h"
 #include "platform/Files.h"
-#include "platform/OrreryError.h"
 #include "platform/Workers.h"
+#include "platform/values/OrreryError.h"
 #include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>

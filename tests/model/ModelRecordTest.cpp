@@ -1,7 +1,7 @@
 #include "model/ModelRecord.h"
 
 #include "platform/Log.h"
-#include "platform/OrreryError.h"
+#include "platform/values/OrreryError.h"
 #include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>

@@ -2,7 +2,7 @@
 
 #include "ModelBuilding.h"
 #include "platform/Log.h"
-#include "platform/OrreryError.h"
+#include "platform/values/OrreryError.h"
 #include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>

@@ -1,8 +1,8 @@
 #include "model/PortLists.h"
 
 #include "model/ListController.h"
-#include "platform/OrreryError.h"
 #include "platform/Outlets.h"
+#include "platform/values/OrreryError.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

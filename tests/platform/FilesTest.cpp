@@ -1,8 +1,8 @@
 #include "platform/Files.h"
 
 #include "platform/Log.h"
-#include "platform/OrreryError.h"
 #include "platform/UserDefaults.h"
+#include "platform/values/OrreryError.h"
 #include "support/TemporaryFolder.h"
 
 #include <fcntl.h>

@@ -1,7 +1,7 @@
 #include "platform/TemporaryDirectory.h"
 
 #include "platform/Files.h"
-#include "platform/OrreryError.h"
+#include "platform/values/OrreryError.h"
 #include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>

@@ -1,8 +1,8 @@
 // saveTool PATH SIZE: replaces the file by that many "n". One line on standard error and exit 1 when it fails.
 #include "platform/Files.h"
 #include "platform/Log.h"
-#include "platform/Numbers.h"
-#include "platform/OrreryError.h"
+#include "platform/values/Numbers.h"
+#include "platform/values/OrreryError.h"
 
 int main(int count, char** arguments) {
     if (count != 3) return 2;

@@ -1,4 +1,4 @@
-#include "platform/OrreryError.h"
+#include "platform/values/OrreryError.h"
 #include "plot/data/PlotLayout.h"
 #include "plot/data/SurfaceStrip.h"
 #include "plot/data/VertexData.h"

@@ -1,6 +1,6 @@
 #include "run/Export.h"
 
-#include "platform/OrreryError.h"
+#include "platform/values/OrreryError.h"
 #include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>

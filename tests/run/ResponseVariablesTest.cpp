@@ -1,6 +1,6 @@
 #include "run/ResponseVariables.h"
 
-#include "platform/OrreryError.h"
+#include "platform/values/OrreryError.h"
 #include "run/HeaderNotes.h"
 #include "support/TemporaryFolder.h"
 

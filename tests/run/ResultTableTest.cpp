@@ -1,6 +1,6 @@
 #include "run/table/ResultTable.h"
 
-#include "platform/Numbers.h"
+#include "platform/values/Numbers.h"
 #include "run/table/RowScanner.h"
 #include "run/table/TableKernels.h"
 #include "support/TemporaryFolder.h"

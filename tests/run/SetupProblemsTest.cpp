@@ -1,6 +1,6 @@
 #include "run/SetupProblems.h"
 
-#include "platform/Numbers.h"
+#include "platform/values/Numbers.h"
 
 #include <gmock/gmock.h>
 

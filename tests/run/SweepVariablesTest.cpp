@@ -1,6 +1,6 @@
 #include "run/SweepVariables.h"
 
-#include "platform/OrreryError.h"
+#include "platform/values/OrreryError.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -3,7 +3,7 @@
 #include "log/qt/LogPanel.h"
 #include "log/qt/LogRow.h"
 #include "platform/Files.h"
-#include "platform/OrreryError.h"
+#include "platform/values/OrreryError.h"
 #include "support/OffscreenTest.h"
 #include "support/TemporaryFolder.h"
 

@@ -1,5 +1,5 @@
-#include "platform/OrreryError.h"
 #include "platform/qt/QtNamedServices.h"
+#include "platform/values/OrreryError.h"
 #include "support/SessionBus.h"
 
 #include <gmock/gmock.h>

@@ -2,8 +2,8 @@
 #include "plot/picture/PlotPicture.h"
 
 #include "platform/Files.h"
-#include "platform/OrreryError.h"
 #include "platform/qt/QtTextRasterizer.h"
+#include "platform/values/OrreryError.h"
 #include "plot/Gl.h"
 #include "plot/gl/GlFixture.h"
 #include "support/TemporaryFolder.h"

@@ -1,5 +1,5 @@
 // What drawing leaves behind: state, objects, contexts.
-#include "platform/OrreryError.h"
+#include "platform/values/OrreryError.h"
 #include "plot/Gl.h"
 #include "plot/gl/GlFixture.h"
 

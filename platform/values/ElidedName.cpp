@@ -1,4 +1,4 @@
-#include "platform/ElidedName.h"
+#include "platform/values/ElidedName.h"
 
 #include <vector>
 

@@ -1,9 +1,9 @@
-#include "platform/ElidedName.h"
-#include "platform/MacRoman.h"
-#include "platform/Numbers.h"
-#include "platform/OrreryError.h"
-#include "platform/StringMap.h"
-#include "platform/Utf8.h"
+#include "platform/values/ElidedName.h"
+#include "platform/values/MacRoman.h"
+#include "platform/values/Numbers.h"
+#include "platform/values/OrreryError.h"
+#include "platform/values/StringMap.h"
+#include "platform/values/Utf8.h"
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>

@@ -1,9 +1,9 @@
 #include "platform/Files.h"
-#include "platform/MacRoman.h"
-#include "platform/OrreryError.h"
-#include "platform/Utf8.h"
-#include "platform/XmlDocument.h"
 #include "platform/native/FileChecks.h"
+#include "platform/values/MacRoman.h"
+#include "platform/values/OrreryError.h"
+#include "platform/values/Utf8.h"
+#include "platform/xml/XmlDocument.h"
 
 #include <expat.h>
 #include <fmt/format.h>

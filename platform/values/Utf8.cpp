@@ -1,4 +1,4 @@
-#include "platform/Utf8.h"
+#include "platform/values/Utf8.h"
 
 #include <fmt/format.h>
 

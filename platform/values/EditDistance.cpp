@@ -1,4 +1,4 @@
-#include "platform/EditDistance.h"
+#include "platform/values/EditDistance.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,6 +1,6 @@
-#include "platform/MacRoman.h"
+#include "platform/values/MacRoman.h"
 
-#include "platform/Utf8.h"
+#include "platform/values/Utf8.h"
 
 #include <algorithm>
 #include <array>

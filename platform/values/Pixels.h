@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
 #include <vector>
 
 namespace orrery {
@@ -12,9 +11,5 @@ struct Pixels {
     int height = 0;
     std::vector<std::uint8_t> rgba; // width × height × 4
 };
-
-/// The bytes of a PNG file with the picture's colours; alpha is taken as opaque.
-/// @throws OrreryError when the picture cannot be encoded (too large)
-[[nodiscard]] std::string encodePng(const Pixels& pixels);
 
 } // namespace orrery

@@ -1,6 +1,6 @@
-#include "platform/OrreryError.h"
-#include "platform/Utf8.h"
-#include "platform/XmlDocument.h"
+#include "platform/values/OrreryError.h"
+#include "platform/values/Utf8.h"
+#include "platform/xml/XmlDocument.h"
 
 #include <algorithm>
 

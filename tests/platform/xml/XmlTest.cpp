@@ -1,7 +1,7 @@
 #include "platform/Files.h"
-#include "platform/MacRoman.h"
-#include "platform/OrreryError.h"
-#include "platform/XmlDocument.h"
+#include "platform/values/MacRoman.h"
+#include "platform/values/OrreryError.h"
+#include "platform/xml/XmlDocument.h"
 #include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>

@@ -1,6 +1,6 @@
-#include "platform/Numbers.h"
+#include "platform/values/Numbers.h"
 
-#include "platform/OrreryError.h"
+#include "platform/values/OrreryError.h"
 
 #include <fmt/format.h>
 

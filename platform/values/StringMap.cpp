@@ -1,4 +1,4 @@
-#include "platform/StringMap.h"
+#include "platform/values/StringMap.h"
 
 #include <algorithm>
 

@@ -24,17 +24,7 @@ inline constexpr std::int64_t referenceDateInUnixTime = 978307200; // seconds si
 /// The date of a text "yyyy-mm-dd hh:mm:ss ±hhmm"; std::nullopt for any other text (no trimming, every field in range).
 [[nodiscard]] std::optional<Date> dateWithString(std::string_view text);
 
-[[nodiscard]] Date currentDate();
-
-/// The user's calendar and time zone.
-class Calendar {
-public:
-    virtual ~Calendar() = default;
-    /// Ordinal of the date's day within its year, 1 … 366, in local time.
-    [[nodiscard]] virtual int ordinalDayInYear(const Date& date) const = 0;
-};
-
-/// The Gregorian calendar in the time zone of the environment (TZ, else the system's). Lives as long as the program.
-[[nodiscard]] const Calendar& currentCalendar();
+/// Ordinal of the date's day within its year, 1 … 366, in UTC.
+[[nodiscard]] int ordinalDayInUtc(const Date& date);
 
 } // namespace orrery

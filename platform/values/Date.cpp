@@ -1,13 +1,9 @@
-#include "platform/Date.h"
+#include "platform/values/Date.h"
 
 #include <fmt/format.h>
-#include <time.h>
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
-#include <ctime>
-#include <limits>
 
 namespace orrery {
 namespace {
@@ -82,20 +78,6 @@ std::optional<Fields> fieldsOf(std::string_view text, std::string_view pattern) 
     return fields;
 }
 
-class SystemCalendar : public Calendar {
-public:
-    [[nodiscard]] int ordinalDayInYear(const Date& date) const override {
-        tzset(); // localtime_r alone need not look at TZ again
-        constexpr std::int64_t latest = std::numeric_limits<std::int64_t>::max() - referenceDateInUnixTime;
-        const std::time_t time = std::min(date.seconds, latest) + referenceDateInUnixTime;
-        std::tm local{};
-        if (localtime_r(&time, &local) != nullptr) return local.tm_yday + 1;
-        // The year does not fit the system's fields: the day in UTC is the best that is left.
-        const std::int64_t day = floorDivide(date.seconds, secondsInDay);
-        return static_cast<int>(day - dayNumber({civilDay(day).year, 1, 1})) + 1;
-    }
-};
-
 } // namespace
 
 std::string dateDescription(const Date& date) {
@@ -119,15 +101,9 @@ std::optional<Date> dateWithString(std::string_view text) {
     return yearInUtc >= 1 && yearInUtc <= 9999 ? std::optional(date) : std::nullopt; // what can be written again
 }
 
-Date currentDate() {
-    timespec now{};
-    clock_gettime(CLOCK_REALTIME, &now);
-    return {now.tv_sec - referenceDateInUnixTime, static_cast<std::int32_t>(now.tv_nsec)};
-}
-
-const Calendar& currentCalendar() {
-    static const SystemCalendar calendar;
-    return calendar;
+int ordinalDayInUtc(const Date& date) {
+    const std::int64_t day = floorDivide(date.seconds, secondsInDay);
+    return static_cast<int>(day - dayNumber({civilDay(day).year, 1, 1})) + 1;
 }
 
 } // namespace orrery
