@@ -19,8 +19,8 @@ struct PortFault {
     std::string nearest; // the port that was perhaps meant; may be empty
 };
 
-/// What the tool and the engine print of a path that is no port of the model: "no input port 'a/b'; did you mean
-/// 'a/c'?", without the question when nothing is near. @param mark of quotation, around each path
+/// What is said everywhere of a path that is no port of the model: "no input port 'a/b'; did you mean 'a/c'?", without
+/// the question when nothing is near. @param mark of quotation, around each path
 [[nodiscard]] std::string noSuchPort(const ModelTree& tree, std::string_view portPath, PortDirection direction,
                                      std::string_view mark);
 

@@ -53,7 +53,8 @@ public:
 class ChildProcessLauncher {
 public:
     virtual ~ChildProcessLauncher() = default;
-    [[nodiscard]] virtual std::unique_ptr<ChildProcess> makeChildProcess() = 0;
+    /// @param name what messages call the program, without an article
+    [[nodiscard]] virtual std::unique_ptr<ChildProcess> makeChildProcess(std::string_view name) = 0;
 };
 
 } // namespace orrery

@@ -11,7 +11,7 @@
 /// and a document without a window has none.
 namespace orrery {
 
-/// Text of the engine.
+/// Text that comes bit by bit.
 class StatusView {
 public:
     virtual ~StatusView() = default;

@@ -9,7 +9,7 @@
 
 namespace orrery {
 
-/// The companion program's remote object.
+/// An object that another program has published.
 class RemoteObject {
 public:
     virtual ~RemoteObject() = default;

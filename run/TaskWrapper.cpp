@@ -23,7 +23,7 @@ void TaskWrapper::startProcess() {
     m_state = State::Running;
     if (m_controller != nullptr) m_controller->processStarted();
     if (alive.expired() || m_state != State::Running) return; // stopped by what it was told
-    m_task = m_launcher.makeChildProcess();
+    m_task = m_launcher.makeChildProcess("engine");
     m_task->hold(m_held);
     m_task->start(m_arguments, {.output = [this](std::span<const std::byte> bytes) { getData(bytes); },
                                 .ended = [this](const ProcessEnd& end) { m_end = end; },

@@ -14,6 +14,7 @@ namespace orrery {
 
 RunPanel::RunPanel(MyDocument& document, Ui::MyDocument& ui, Ui::MainMenu& menu)
     : m_document(document), m_ui(ui), m_menu(menu), m_button(ui.startStopButton), m_wheel(ui.progressWheel) {
+    ui.log->view().setAccessibleName(tr("Engine output"));
     connect(ui.startStopButton, &QPushButton::clicked, this, [this] { m_document.simulationStartOrAbort(); });
     connect(menu.actionAbort, &QAction::triggered, this, [this] { m_document.abortSimulation(); });
     m_aging.setInterval(std::chrono::seconds(20));

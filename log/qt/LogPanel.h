@@ -11,8 +11,8 @@ namespace orrery {
 class LogView;
 enum class FindStart;
 
-/// The engine's text with what belongs to it: a bar to find in it, hidden until Ctrl+F, F3 or the menu asks for it, and
-/// the panel to save it.
+/// A log with what belongs to it: a bar to find in it, hidden until Ctrl+F, F3 or the menu asks for it, and the panel
+/// to save it.
 class LogPanel : public QWidget {
     Q_OBJECT
 

@@ -42,7 +42,6 @@ LogPattern patternFor(const QString& text) {
 } // namespace
 
 LogView::LogView(QWidget* parent) : QAbstractScrollArea(parent) {
-    setAccessibleName(tr("Engine output"));
     setFocusPolicy(Qt::StrongFocus);
     viewport()->setCursor(Qt::IBeamCursor);
     QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);

@@ -18,8 +18,8 @@ namespace orrery {
 /// Where a search begins: after the selection, before it, or at its begin again while the text to find is being typed.
 enum class FindStart { Next, Previous, Here };
 
-/// The engine's text in a monospaced font, read-only and made for gigabytes, of which most lie on the disk: an append
-/// costs its piece, a repaint the visible rows.
+/// A log in a monospaced font, read-only and made for gigabytes, of which most lie on the disk: an append costs its
+/// piece, a repaint the visible rows.
 ///
 /// Follows the end until the user scrolls up, and again from the end. A line longer than LogText::longestRow goes on in
 /// the next row. Used on the main thread.

@@ -2,10 +2,10 @@
 
 namespace orrery {
 
-/// The program that stands between us and an engine, see main.cpp beside this.
+/// The program that stands between us and a child, see main.cpp beside this.
 ///
 /// Its three arguments are numbers of descriptors that it inherits: its end of a socket of packets, over which these
-/// messages go; a file with the command, each word closed by a NUL; and the writing end of the engine's output. What
+/// messages go; a file with the command, each word closed by a NUL; and the writing end of the child's output. What
 /// else it inherits it keeps open until nothing of the run lives.
 inline constexpr const char* runGuardName = "orrery-run-guard";
 
@@ -13,7 +13,7 @@ inline constexpr const char* runGuardName = "orrery-run-guard";
 struct GuardReport {
     enum class Kind : int {
         NotStarted, // number: the system's error number
-        Ended       // number: the engine's status as wait() gives it
+        Ended       // number: the child's status as wait() gives it
     };
     Kind kind = Kind::Ended;
     int number = 0;

@@ -1,9 +1,10 @@
-// Stands between a run's owner and its engine, so that nothing of a run outlives either the run or its owner.
+// Stands between an owner and the program that it runs, so that nothing of the run outlives either the run or its
+// owner.
 //
-// It starts the engine and takes in whatever the engine leaves behind, also work that went into a session of its own.
-// When it is told to, or when its owner is gone, however that ended, it ends all of that. Until then it keeps open what
-// it inherited: the lock of the run is given back when the last process that could write the run's table has gone.
-// No signal but SIGKILL reaches it: those meant for the terminal's or the engine's group are not for it.
+// It starts the program and takes in whatever that leaves behind, also work that went into a session of its own. When
+// it is told to, or when its owner is gone, however that ended, it ends all of that. Until then it keeps open what it
+// inherited: a lock of the run's is given back when the last process that could write what it guards has gone.
+// No signal but SIGKILL reaches it: those meant for the terminal's or the program's group are not for it.
 
 #include "platform/guard/Descendants.h"
 #include "platform/guard/GuardProtocol.h"
@@ -34,7 +35,7 @@ using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
 constexpr auto gracePeriod = 2s;
-constexpr auto orphanGracePeriod = 500ms; // when the owner is gone, so that an engine can still clear its files away
+constexpr auto orphanGracePeriod = 500ms; // when the owner is gone, so that a program can still clear its files away
 constexpr auto killInterval = 10ms;       // a killed process may have left children that nobody has seen yet
 
 struct Inherited {
@@ -77,7 +78,7 @@ std::vector<char*> wordsOf(std::string& command) {
     return words;
 }
 
-[[noreturn]] void becomeEngine(const Inherited& inherited, char* const* words, pid_t guard) noexcept {
+[[noreturn]] void becomeProgram(const Inherited& inherited, char* const* words, pid_t guard) noexcept {
     setpgid(0, 0);
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (getppid() != guard) _exit(127);
@@ -92,23 +93,23 @@ std::vector<char*> wordsOf(std::string& command) {
     _exit(127);
 }
 
-/// @return the engine's process, or -1 after its failure was reported
-pid_t startEngine(const Inherited& inherited) {
+/// @return the program's process, or -1 after its failure was reported
+pid_t startProgram(const Inherited& inherited) {
     std::string command = readCommand(inherited.command);
     const std::vector<char*> words = wordsOf(command);
     const pid_t guard = getpid();
-    const pid_t engine = command.empty() ? -1 : fork();
-    if (engine == 0) becomeEngine(inherited, words.data(), guard);
-    if (engine < 0) report(inherited.control, GuardReport::Kind::NotStarted, errno);
+    const pid_t program = command.empty() ? -1 : fork();
+    if (program == 0) becomeProgram(inherited, words.data(), guard);
+    if (program < 0) report(inherited.control, GuardReport::Kind::NotStarted, errno);
     close(inherited.command);
-    close(inherited.output); // from now on its end is the engine's
-    return engine;
+    close(inherited.output); // from now on its end is the program's
+    return program;
 }
 
 /// Waits until nothing of the run is left.
 class Watch {
 public:
-    Watch(int control, int childEnds, pid_t engine) : m_control(control), m_childEnds(childEnds), m_engine(engine) {}
+    Watch(int control, int childEnds, pid_t program) : m_control(control), m_childEnds(childEnds), m_program(program) {}
 
     void run() {
         while (reapEnded()) {
@@ -123,9 +124,9 @@ private:
         int status = 0;
         pid_t child = waitpid(-1, &status, WNOHANG);
         for (; child > 0; child = waitpid(-1, &status, WNOHANG)) {
-            if (child != m_engine) continue;
+            if (child != m_program) continue;
             report(m_control, GuardReport::Kind::Ended, status);
-            m_engine = -1;
+            m_program = -1;
         }
         return child == 0;
     }
@@ -170,12 +171,12 @@ private:
     void endByForce() { signalAll(SIGKILL); }
 
     void signalAll(int signal) const {
-        if (!signalDescendants(signal) && m_engine > 0) kill(-m_engine, signal);
+        if (!signalDescendants(signal) && m_program > 0) kill(-m_program, signal);
     }
 
     int m_control; // -1: the owner is gone
     int m_childEnds;
-    pid_t m_engine; // -1: reaped
+    pid_t m_program; // -1: reaped
     std::optional<Clock::time_point> m_killTime;
 };
 
@@ -187,7 +188,7 @@ int guard(const Inherited& inherited) {
         report(inherited.control, GuardReport::Kind::NotStarted, errno);
         return 1;
     }
-    Watch(inherited.control, childEnds, startEngine(inherited)).run();
+    Watch(inherited.control, childEnds, startProgram(inherited)).run();
     return 0;
 }
 

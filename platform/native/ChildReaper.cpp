@@ -16,7 +16,7 @@ using namespace std::chrono_literals;
 
 constexpr auto lookInterval = 20ms;
 constexpr auto waitInterval = 5ms;
-constexpr int lastGraceTries = 100; // half a second, so that an engine can still clear its files away
+constexpr int lastGraceTries = 100; // half a second, so that a child can still clear its files away
 // A killed process is gone in no time unless the system holds it, for example on a dead network drive; then its guard
 // goes on waiting for it without us.
 constexpr int killTries = 200;

@@ -24,7 +24,8 @@ constexpr auto leftBehindDelay = 1s; // after the child's end, until a pipe that
 /// One child from its start to the end of its output. Shared, because an event may destroy its owner while it works.
 class Child : public std::enable_shared_from_this<Child> {
 public:
-    Child(RunLoop& loop, ChildReaper& reaper) : m_loop(loop), m_reaper(reaper) {}
+    Child(RunLoop& loop, ChildReaper& reaper, std::string_view name)
+        : m_loop(loop), m_reaper(reaper), m_program{{}, std::string(name)} {}
 
     void hold(std::vector<int> descriptors) { m_held = std::move(descriptors); }
     void start(const std::vector<std::string>& command, ChildProcess::Events events);
@@ -49,7 +50,7 @@ private:
     ChildProcess::Events m_events; // stay as they are to the end: one of them may be running
     bool m_listening = false;
     std::vector<int> m_held;
-    std::string m_path;
+    NamedProgram m_program;
     std::string m_failure; // why the start failed, to be delivered
     ProcessEnd m_end;
     pid_t m_guard = 0; // 0: never started, or the reaper has it
@@ -73,8 +74,8 @@ void Child::start(const std::vector<std::string>& command, ChildProcess::Events 
     m_events = std::move(events);
     m_listening = true;
     try {
-        SpawnedChild spawned = spawnChild(command, m_held);
-        m_path = command[0];
+        SpawnedChild spawned = spawnChild(command, m_program.name, m_held);
+        m_program.path = command[0];
         m_guard = spawned.guard;
         m_output = std::move(spawned.output);
         *m_control = std::move(spawned.control);
@@ -116,7 +117,7 @@ void Child::hearGuard() {
 void Child::take(const GuardReport& report) {
     if (knowsEnd()) return;
     if (report.kind == GuardReport::Kind::NotStarted) {
-        m_failure = failureLine(startFailure(m_path, report.number));
+        m_failure = failureLine(startFailure(m_program, report.number));
         m_end = {ProcessEnd::Kind::NotStarted, 0};
     } else {
         m_end = endOf(report.number);
@@ -180,10 +181,9 @@ void Child::reportLeftBehind() {
     const auto keep = shared_from_this();
     m_waiting.reset();
     if (m_events.left == nullptr) return;
-    m_events.left(
-        fmt::format("{}: The engine has ended, but something that it left behind still holds its output open. "
-                    "Abort the run to end it.",
-                    m_path));
+    m_events.left(fmt::format("{}: The {} has ended, but something that it left behind still holds its output open. "
+                              "Abort the run to end it.",
+                              m_program.path, m_program.name));
 }
 
 std::size_t Child::bytesInPipe() const {
@@ -193,7 +193,8 @@ std::size_t Child::bytesInPipe() const {
 
 class PosixChildProcess : public ChildProcess {
 public:
-    PosixChildProcess(RunLoop& loop, ChildReaper& reaper) : m_child(std::make_shared<Child>(loop, reaper)) {}
+    PosixChildProcess(RunLoop& loop, ChildReaper& reaper, std::string_view name)
+        : m_child(std::make_shared<Child>(loop, reaper, name)) {}
     PosixChildProcess(const PosixChildProcess&) = delete;
     PosixChildProcess& operator=(const PosixChildProcess&) = delete;
     ~PosixChildProcess() override {
@@ -221,8 +222,8 @@ PosixChildProcessLauncher::PosixChildProcessLauncher(RunLoop& loop) : m_loop(loo
     if (sigaction(SIGCHLD, nullptr, &action) == 0 && action.sa_handler == SIG_IGN) std::signal(SIGCHLD, SIG_DFL);
 }
 
-std::unique_ptr<ChildProcess> PosixChildProcessLauncher::makeChildProcess() {
-    return std::make_unique<PosixChildProcess>(m_loop, m_reaper);
+std::unique_ptr<ChildProcess> PosixChildProcessLauncher::makeChildProcess(std::string_view name) {
+    return std::make_unique<PosixChildProcess>(m_loop, m_reaper, name);
 }
 
 } // namespace orrery

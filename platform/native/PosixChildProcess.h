@@ -11,7 +11,7 @@ namespace orrery {
 class PosixChildProcessLauncher : public ChildProcessLauncher {
 public:
     explicit PosixChildProcessLauncher(RunLoop& loop);
-    [[nodiscard]] std::unique_ptr<ChildProcess> makeChildProcess() override;
+    [[nodiscard]] std::unique_ptr<ChildProcess> makeChildProcess(std::string_view name) override;
 
 private:
     RunLoop& m_loop;

@@ -14,6 +14,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstddef>
+#include <string_view>
 
 namespace orrery {
 namespace {
@@ -48,24 +49,26 @@ private:
     sigset_t m_before{};
 };
 
-void refuseUnusable(const std::vector<std::string>& command);
-std::string guardPath(const std::string& path);
-Ends makePipe(const std::string& path);
-Ends makeControl(const std::string& path);
-FileDescriptor commandFile(const std::vector<std::string>& command);
+void refuseUnusable(const std::vector<std::string>& command, const std::string& name);
+std::string guardPath(const NamedProgram& program);
+Ends makePipe(const NamedProgram& program);
+Ends makeControl(const NamedProgram& program);
+FileDescriptor commandFile(const NamedProgram& program, const std::vector<std::string>& command);
 [[noreturn]] void becomeGuard(const GuardPlan& plan) noexcept;
 
 } // namespace
 
-SpawnedChild spawnChild(const std::vector<std::string>& command, const std::vector<int>& held) {
-    refuseUnusable(command);
-    Ends output = makePipe(command[0]);
-    Ends control = makeControl(command[0]);
-    const FileDescriptor words = commandFile(command);
-    const std::string program = guardPath(command[0]);
+SpawnedChild spawnChild(const std::vector<std::string>& command, const std::string& name,
+                        const std::vector<int>& held) {
+    refuseUnusable(command, name);
+    const NamedProgram program{command[0], name};
+    Ends output = makePipe(program);
+    Ends control = makeControl(program);
+    const FileDescriptor words = commandFile(program, command);
+    const std::string guard = guardPath(program);
     std::array arguments{std::string(runGuardName), std::to_string(control.theirs.get()), std::to_string(words.get()),
                          std::to_string(output.theirs.get())};
-    GuardPlan plan{program.c_str(), {}, held, control.theirs.get(), static_cast<int>(sysconf(_SC_OPEN_MAX))};
+    GuardPlan plan{guard.c_str(), {}, held, control.theirs.get(), static_cast<int>(sysconf(_SC_OPEN_MAX))};
     for (std::string& argument : arguments)
         plan.words.push_back(argument.data());
     plan.words.push_back(nullptr);
@@ -74,7 +77,7 @@ SpawnedChild spawnChild(const std::vector<std::string>& command, const std::vect
     const SignalsBlocked blocked;
     const pid_t pid = fork();
     if (pid == 0) becomeGuard(plan);
-    if (pid < 0) throw startFailure(command[0], errno);
+    if (pid < 0) throw startFailure(program, errno);
     return {pid, std::move(output.ours), std::move(control.ours)};
 }
 
@@ -86,16 +89,21 @@ std::optional<GuardReport> nextReport(const FileDescriptor& control) {
 
 namespace {
 
-const char* remedyFor(const std::string& path, int error) {
+OrreryError notStarted(const NamedProgram& program, std::string_view reason, const std::string& remedy) {
+    return OrreryError(fmt::format("The {} could not be started: {}.", program.name, reason), {program.path}, remedy);
+}
+
+std::string remedyFor(const NamedProgram& program, int error) {
     switch (error) {
     case ENOENT:
-        return access(path.c_str(), F_OK) == 0 ? "The interpreter or loader that it names is missing; install it."
-                                               : "Install the engine there.";
+        return access(program.path.c_str(), F_OK) == 0
+                   ? "The interpreter or loader that it names is missing; install it."
+                   : fmt::format("Install the {} there.", program.name);
     case EACCES:
     case EPERM:
         return "Make it an executable file that you may run.";
     case ENOEXEC:
-        return "Install the engine that was built for this machine.";
+        return fmt::format("Install the {} that was built for this machine.", program.name);
     case ETXTBSY:
         return "Wait until it is no longer being written, then try again.";
     case EAGAIN:
@@ -104,35 +112,33 @@ const char* remedyFor(const std::string& path, int error) {
     case ENFILE:
         return "End other programs, then try again.";
     default:
-        return "Check the installation of the engine.";
+        return fmt::format("Check the installation of the {}.", program.name);
     }
 }
 
 } // namespace
 
-OrreryError startFailure(const std::string& path, int error) {
-    return OrreryError(fmt::format("The engine could not be started: {}.", systemReason(error)), {path},
-                       remedyFor(path, error));
+OrreryError startFailure(const NamedProgram& program, int error) {
+    return notStarted(program, systemReason(error), remedyFor(program, error));
 }
 
 namespace {
 
-void refuseUnusable(const std::vector<std::string>& command) {
+void refuseUnusable(const std::vector<std::string>& command, const std::string& name) {
     if (command.empty() || command[0].empty() || command[0][0] != '/') {
-        throw OrreryError("The engine could not be started: its path is not absolute.",
-                          {command.empty() ? std::string() : command[0]}, "Give the whole path, from \"/\".");
+        const std::string path = command.empty() ? std::string() : command[0];
+        throw notStarted({path, name}, "its path is not absolute", "Give the whole path, from \"/\".");
     }
     for (const std::string& argument : command) {
         if (argument.find('\0') == std::string::npos) continue;
-        throw OrreryError("The engine could not be started: an argument holds a NUL character.",
-                          {command[0].substr(0, command[0].find('\0'))}, "Rename the file.");
+        const std::string path = command[0].substr(0, command[0].find('\0'));
+        throw notStarted({path, name}, "an argument holds a NUL character", "Rename the file.");
     }
 }
 
-std::string guardPath(const std::string& path) {
+std::string guardPath(const NamedProgram& program) {
     if (std::optional<std::string> found = pathForAuxiliaryExecutable(runGuardName)) return *found;
-    throw OrreryError(fmt::format("The engine could not be started: {} is not beside Orrery's programs.", runGuardName),
-                      {path}, "Install Orrery again.");
+    throw notStarted(program, fmt::format("{} is not beside Orrery's programs", runGuardName), "Install Orrery again.");
 }
 
 /// Above the standard descriptors, which the child gives other meanings, whatever was closed here.
@@ -141,36 +147,36 @@ FileDescriptor aboveStandard(FileDescriptor descriptor) {
     return FileDescriptor(fcntl(descriptor.get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
 }
 
-Ends placed(const std::array<int, 2>& ends, const std::string& path) {
+Ends placed(const std::array<int, 2>& ends, const NamedProgram& program) {
     FileDescriptor first(ends[0]);
     FileDescriptor second(ends[1]);
     Ends made{aboveStandard(std::move(first)), aboveStandard(std::move(second))};
     if (!made.ours.isOpen() || !made.theirs.isOpen() || fcntl(made.ours.get(), F_SETFL, O_NONBLOCK) != 0) {
-        throw startFailure(path, errno);
+        throw startFailure(program, errno);
     }
     return made;
 }
 
-Ends makePipe(const std::string& path) {
+Ends makePipe(const NamedProgram& program) {
     std::array<int, 2> ends{-1, -1};
-    if (pipe2(ends.data(), O_CLOEXEC) != 0) throw startFailure(path, errno);
-    return placed(ends, path);
+    if (pipe2(ends.data(), O_CLOEXEC) != 0) throw startFailure(program, errno);
+    return placed(ends, program);
 }
 
-Ends makeControl(const std::string& path) {
+Ends makeControl(const NamedProgram& program) {
     std::array<int, 2> ends{-1, -1};
-    if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()) != 0) throw startFailure(path, errno);
-    return placed(ends, path);
+    if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()) != 0) throw startFailure(program, errno);
+    return placed(ends, program);
 }
 
-/// No arguments of the guard's: nobody who looks for the engine by its words shall find the guard, and the system's
-/// limit on a program's arguments holds for the engine alone.
-FileDescriptor commandFile(const std::vector<std::string>& command) {
+/// No arguments of the guard's: nobody who looks for the child by its words shall find the guard, and the system's
+/// limit on a program's arguments holds for the child alone.
+FileDescriptor commandFile(const NamedProgram& program, const std::vector<std::string>& command) {
     FileDescriptor file = aboveStandard(FileDescriptor(memfd_create("command", MFD_CLOEXEC)));
-    if (!file.isOpen()) throw startFailure(command[0], errno);
+    if (!file.isOpen()) throw startFailure(program, errno);
     for (const std::string& word : command) {
         const std::size_t size = word.size() + 1;
-        if (write(file.get(), word.c_str(), size) != static_cast<ssize_t>(size)) throw startFailure(command[0], errno);
+        if (write(file.get(), word.c_str(), size) != static_cast<ssize_t>(size)) throw startFailure(program, errno);
     }
     return file;
 }

@@ -12,6 +12,12 @@
 
 namespace orrery {
 
+/// A program as messages have it.
+struct NamedProgram {
+    std::string path;
+    std::string name; // what it is called, without an article
+};
+
 /// A child just made, behind the guard that starts it and ends all that comes of it.
 struct SpawnedChild {
     pid_t guard = 0;        // our child, the leader of a process group of its own, not reaped yet
@@ -21,14 +27,16 @@ struct SpawnedChild {
 
 /// Has a guard execute `command` (an absolute path and its arguments) in a process group of its own with standard input
 /// from /dev/null, no other descriptor of ours, default signals and our environment. When we are gone, the guard ends
-/// it. `held` stay open as long as anything that the child started lives. Does not wait for the program's start.
+/// it. `name`: what messages call the program. `held` stay open as long as anything that the child started lives. Does
+/// not wait for the program's start.
 /// @throws OrreryError naming the path, the reason and a remedy
-[[nodiscard]] SpawnedChild spawnChild(const std::vector<std::string>& command, const std::vector<int>& held);
+[[nodiscard]] SpawnedChild spawnChild(const std::vector<std::string>& command, const std::string& name,
+                                      const std::vector<int>& held);
 
 /// What the guard has to say next; std::nullopt when there is nothing now, or will be nothing more.
 [[nodiscard]] std::optional<GuardReport> nextReport(const FileDescriptor& control);
 
-/// Why the program at `path` could not be executed, for people.
-[[nodiscard]] OrreryError startFailure(const std::string& path, int error);
+/// Why the program could not be executed, for people.
+[[nodiscard]] OrreryError startFailure(const NamedProgram& program, int error);
 
 } // namespace orrery

@@ -54,7 +54,7 @@ QImage drawn(const QString& line, const QFont& font, const QColor& color, int ma
     painter.setPen(color);
     painter.drawText(QPointF(0, metrics.ascent()), line);
     painter.end();
-    return image.convertToFormat(QImage::Format_RGBX8888); // no pixel is translucent, whatever the font engine did
+    return image.convertToFormat(QImage::Format_RGBX8888); // no pixel is translucent, whatever the fonts did
 }
 
 /// Keeps Qt's advice about the session (no runtime directory and the like) out of the user's terminal.

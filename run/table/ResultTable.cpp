@@ -41,7 +41,7 @@ std::string resultTablePath(const std::string& temporaryDirectory) {
 
 ResultTableMissing::ResultTableMissing(const std::string& path, const std::string& reason)
     : OrreryError(fmt::format("The data file, {}, was not found: {}", quotedForMessage(path), reason), {},
-                  "Run the simulation, and see the engine's output if it left no data.") {}
+                  "Run the simulation, and see its output if it left no data.") {}
 
 ReadableFile openResultTable(const std::string& path) {
     try {

@@ -75,7 +75,7 @@ void requireBlockFits(const TableShape& shape);
 /// characters before a number are passed over.
 [[nodiscard]] ResultTable parseResultTable(std::string_view bytes, const TableShape& shape);
 
-/// The same for the file at the path, in one pass over blocks of it; nothing is mapped, so the engine may still write.
+/// The same for the file at the path, in one pass over blocks of it; nothing is mapped, so its writer may still write.
 /// The options change nothing in the result.
 /// @throws ResultTableMissing, or OrreryError when the file cannot be read, is not text, or the block does not fit
 [[nodiscard]] ResultTable readResultTable(const std::string& path, const TableShape& shape,

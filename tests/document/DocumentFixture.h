@@ -50,7 +50,7 @@ private:
 
 class FakeLauncher : public ChildProcessLauncher {
 public:
-    std::unique_ptr<ChildProcess> makeChildProcess() override {
+    std::unique_ptr<ChildProcess> makeChildProcess(std::string_view /*name*/) override {
         children.push_back(std::make_shared<FakeChildState>());
         return std::make_unique<FakeChild>(children.back());
     }

@@ -23,7 +23,7 @@ using testing::HasSubstr;
 
 /// A child and what was heard of it.
 struct Heard {
-    explicit Heard(ChildProcessLauncher& launcher) : child(launcher.makeChildProcess()) {}
+    explicit Heard(ChildProcessLauncher& launcher) : child(launcher.makeChildProcess("engine")) {}
 
     void start(const std::vector<std::string>& command) {
         child->start(command, {.output =
