@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <ranges>
 
 namespace orrery {
 
@@ -28,6 +27,14 @@ constexpr std::size_t manyKeys = 32; // that many are found faster by a tree tha
 
 std::optional<std::string> owned(std::optional<std::string_view> text) {
     return text ? std::optional<std::string>(*text) : std::nullopt;
+}
+
+std::string knownClassNames() {
+    std::string names;
+    for (const ModelClass& known : modelClasses) {
+        names += fmt::format("{}{}", names.empty() ? "" : ", ", known.name);
+    }
+    return names;
 }
 
 } // namespace
@@ -110,9 +117,7 @@ void ModelTreeBuilder::checkClass() const {
     throw OrreryError(
         fmt::format("Couldn't find class for {} (object \"{}\"{}).", quotedForMessage(className),
                     quotedForMessage(m_identifier.value_or("")), m_className ? "" : ", which has no type"),
-        Place{m_fileName, m_line},
-        fmt::format("The type must be one of {} or {}.",
-                    fmt::join(modelClasses | std::views::transform(&ModelClass::name), ", "), templateClass));
+        Place{m_fileName, m_line}, fmt::format("The type must be one of {} or {}.", knownClassNames(), templateClass));
 }
 
 void ModelTreeBuilder::addObject() {
