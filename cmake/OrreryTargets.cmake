@@ -39,10 +39,21 @@ if(ORRERY_FUZZ)
   target_link_options(orrery_flags INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
+# Libraries are declared from the bottom up, and one may link those that are there already. So no arrow climbs, and none
+# goes round.
+function(orrery_refuse_climbing NAME)
+  foreach(link IN LISTS ARGN)
+    if(link MATCHES "^orrery::" AND NOT TARGET ${link})
+      message(FATAL_ERROR "${NAME} links ${link}, which is not below it: libraries are declared from the bottom up.")
+    endif()
+  endforeach()
+endfunction()
+
 # A target sees the headers of the targets it links and no others: each gets an include directory of its own that
 # holds a link to every header of its folder, or to HEADERS where targets share one, under the folder's path in the tree.
 function(orrery_library NAME)
   cmake_parse_arguments(ARG "CORE" "FOLDER" "HEADERS;SOURCES;LINKS;PRIVATE_LINKS" ${ARGN})
+  orrery_refuse_climbing(${NAME} ${ARG_LINKS} ${ARG_PRIVATE_LINKS})
   set(view ${CMAKE_BINARY_DIR}/views/${NAME})
   file(MAKE_DIRECTORY ${view}/${ARG_FOLDER})
   if(ARG_HEADERS)
