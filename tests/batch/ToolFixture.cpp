@@ -1,6 +1,7 @@
 #include "batch/ToolFixture.h"
 
 #include "platform/Files.h"
+#include "support/ModelText.h"
 
 #include <fcntl.h>
 #include <sys/wait.h>
@@ -17,21 +18,13 @@
 namespace orrery::test {
 namespace {
 
-constexpr const char* model = R"(<?xml version="1.0"?>
-<!DOCTYPE database SYSTEM "file:///nowhere/kestrel.dtd">
-<database>
-<object type="KSLEVEL" id="1"><attribute name="name">Field</attribute>
-  <relationship name="children" idrefs="2"/></object>
-<object type="KSEXPRESSION" id="2"><attribute name="name">Crop</attribute>
-  <relationship name="parent" idrefs="1"/><relationship name="inputs" idrefs="3 4"/>
-  <relationship name="outputs" idrefs="5 6"/></object>
-<object type="KSINPUT" id="3"><attribute name="name">water</attribute><relationship name="parent" idrefs="2"/></object>
-<object type="KSINPUT" id="4"><attribute name="name">seed</attribute><relationship name="parent" idrefs="2"/></object>
-<object type="KSOUTPUT" id="5"><attribute name="name">biomass</attribute><attribute name="recordp">1</attribute>
-  <attribute name="varid">1</attribute><relationship name="parent" idrefs="2"/></object>
-<object type="KSOUTPUT" id="6"><attribute name="name">yield</attribute><attribute name="recordp">yes</attribute>
-  <attribute name="varid">2</attribute><relationship name="parent" idrefs="2"/></object>
-</database>)";
+std::string model() {
+    return "<!DOCTYPE database SYSTEM \"file:///nowhere/kestrel.dtd\">\n" +
+           ModelText("Field")
+               .part("KSEXPRESSION", "Crop", {{"water"}, {"seed"}},
+                     {{"biomass", {{"varid", "1"}}}, {"yield", {{"varid", "2"}}}})
+               .text();
+}
 
 constexpr const char* setup =
     "<Simulation><ModelPath>model.xml</ModelPath><StepsPerDay>1</StepsPerDay>"
@@ -56,7 +49,7 @@ const char* const resultTable = "run\twater\tday\tbiomass\tyield\n"
                                 "1\t1\t167\t0.1\t4\n1\t2\t166\t5\t5\n1\t2\t167\t6\t6\n";
 
 Tool::Tool() {
-    (void)m_folder.write("model.xml", model);
+    (void)m_folder.write("model.xml", model());
     (void)m_folder.write("setup.orrery", setup);
 }
 

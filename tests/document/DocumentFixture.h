@@ -4,6 +4,7 @@
 #include "platform/ChildProcess.h"
 #include "platform/Log.h"
 #include "platform/RunLoop.h"
+#include "support/ModelText.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -191,18 +192,10 @@ protected:
 };
 
 /// A model of one level "Field" with the part "Crop" and its recorded outputs "biomass" and "yield".
-inline constexpr std::string_view cropModel = R"(<database>
-<object type="KSLEVEL" id="r"><attribute name="name">Field</attribute>
-  <relationship name="children" idrefs="p"/></object>
-<object type="KSEXPRESSION" id="p"><attribute name="name">Crop</attribute>
-  <relationship name="parent" idrefs="r"/><relationship name="inputs" idrefs="i"/>
-  <relationship name="outputs" idrefs="a b"/></object>
-<object type="KSINPUT" id="i"><attribute name="name">rain</attribute><relationship name="parent" idrefs="p"/></object>
-<object type="KSOUTPUT" id="a"><attribute name="name">biomass</attribute><attribute name="varid">1</attribute>
-  <attribute name="recordp">1</attribute><relationship name="parent" idrefs="p"/></object>
-<object type="KSOUTPUT" id="b"><attribute name="name">yield</attribute><attribute name="varid">2</attribute>
-  <attribute name="recordp">yes</attribute><relationship name="parent" idrefs="p"/></object>
-</database>)";
+inline const std::string cropModel =
+    ModelText("Field")
+        .part("KSEXPRESSION", "Crop", {{"rain"}}, {{"biomass", {{"varid", "1"}}}, {"yield", {{"varid", "2"}}}})
+        .text();
 
 /// A shown document: a crop setup of 2 (rain) × 3 (day) rows.
 class CropTest : public DocumentTest {

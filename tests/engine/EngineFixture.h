@@ -1,8 +1,8 @@
 #pragma once
 
 #include "engine/EngineRun.h"
-#include "engine/ModelText.h"
 #include "platform/Files.h"
+#include "support/ModelText.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -16,6 +16,8 @@
 #include <vector>
 
 namespace orrery::engine {
+
+using test::ModelText;
 
 /// A table as words, with its header's labels.
 struct TableText {
@@ -82,5 +84,30 @@ protected:
     std::string m_lines; // what the engine said
     std::atomic<bool> m_stop = false;
 };
+
+/// A setup of 10 days with a row a day; `settings` replace the ones here (the first element of a name counts).
+[[nodiscard]] inline std::string setupText(const std::string& settings, const std::string& entries = {}) {
+    const bool hasSteps = settings.find("<StepsPerDay>") != std::string::npos; // which must stand there once
+    return "<Simulation>" + settings + (hasSteps ? "" : "<StepsPerDay>1</StepsPerDay>") +
+           "<ModelPath>model.xml</ModelPath><RunLength>10</RunLength><ReportStep>1</ReportStep>"
+           "<Dimensions>{1,1}</Dimensions>" +
+           entries + "</Simulation>";
+}
+
+[[nodiscard]] inline std::string initialization(const std::string& port, const std::string& value,
+                                                const std::string& coordinates = "{0,0}") {
+    return "<Initialization><PortPath>" + port + "</PortPath><Coordinates>" + coordinates + "</Coordinates><Value>" +
+           value + "</Value></Initialization>";
+}
+
+[[nodiscard]] inline std::string stepper(const std::string& port, const std::string& start, const std::string& step,
+                                         const std::string& stop) {
+    return "<Steppers><PortPath>" + port + "</PortPath><Start>" + start + "</Start><Step>" + step + "</Step><Stop>" +
+           stop + "</Stop></Steppers>";
+}
+
+[[nodiscard]] inline std::string output(const std::string& port, const std::string& file) {
+    return "<Output><PortPath>" + port + "</PortPath><OutputPathName>" + file + "</OutputPathName></Output>";
+}
 
 } // namespace orrery::engine

@@ -7,18 +7,20 @@
 #include <utility>
 #include <vector>
 
-namespace orrery::engine {
+namespace orrery::test {
 
 using Attributes = std::vector<std::pair<std::string, std::string>>;
 
-/// Writes the text of a small model: parts in one root level "Root", each with its ports.
+/// Writes the text of a small model: parts in one level, each with its ports. All outputs are recorded.
 class ModelText {
 public:
     struct Port {
         std::string name;
-        Attributes attributes;
-        std::string source; // "Part/port" of an output, or an identifier
+        Attributes attributes{};
+        std::string source{}; // "Part/port" of an output, or an identifier
     };
+
+    explicit ModelText(std::string level = "Root") : m_level(std::move(level)) {}
 
     ModelText& part(const std::string& className, const std::string& name, const std::vector<Port>& inputs,
                     const std::vector<Port>& outputs, const Attributes& attributes = {}) {
@@ -35,7 +37,7 @@ public:
         for (const std::string& part : m_parts) {
             children += (children.empty() ? "" : " ") + part;
         }
-        return "<database>\n" + object("KSLEVEL", "root", "Root", {}, relationship("children", children)) + m_objects +
+        return "<database>\n" + object("KSLEVEL", "root", m_level, {}, relationship("children", children)) + m_objects +
                "</database>\n";
     }
 
@@ -73,33 +75,9 @@ private:
         return identifiers;
     }
 
+    std::string m_level;
     std::vector<std::string> m_parts;
     std::string m_objects;
 };
 
-/// A setup of 10 days with a row a day; `settings` replace the ones here (the first element of a name counts).
-[[nodiscard]] inline std::string setupText(const std::string& settings, const std::string& entries = {}) {
-    const bool hasSteps = settings.find("<StepsPerDay>") != std::string::npos; // which must stand there once
-    return "<Simulation>" + settings + (hasSteps ? "" : "<StepsPerDay>1</StepsPerDay>") +
-           "<ModelPath>model.xml</ModelPath><RunLength>10</RunLength><ReportStep>1</ReportStep>"
-           "<Dimensions>{1,1}</Dimensions>" +
-           entries + "</Simulation>";
-}
-
-[[nodiscard]] inline std::string initialization(const std::string& port, const std::string& value,
-                                                const std::string& coordinates = "{0,0}") {
-    return "<Initialization><PortPath>" + port + "</PortPath><Coordinates>" + coordinates + "</Coordinates><Value>" +
-           value + "</Value></Initialization>";
-}
-
-[[nodiscard]] inline std::string stepper(const std::string& port, const std::string& start, const std::string& step,
-                                         const std::string& stop) {
-    return "<Steppers><PortPath>" + port + "</PortPath><Start>" + start + "</Start><Step>" + step + "</Step><Stop>" +
-           stop + "</Stop></Steppers>";
-}
-
-[[nodiscard]] inline std::string output(const std::string& port, const std::string& file) {
-    return "<Output><PortPath>" + port + "</PortPath><OutputPathName>" + file + "</OutputPathName></Output>";
-}
-
-} // namespace orrery::engine
+} // namespace orrery::test
