@@ -115,13 +115,12 @@ void MyDocument::close() {
 }
 
 bool MyDocument::validateTag(CommandTag tag) {
+    const bool hasPlace = m_run.fault().empty(); // else neither a run nor its results have one
     bool enabled = false;
-    if (!m_run.fault().empty()) {
-        enabled = false; // neither a run nor its results have a place
-    } else if (tag == CommandTag::Run) {
-        enabled = theDictionary().contains(setup_key::modelPath);
+    if (tag == CommandTag::Run) {
+        enabled = hasPlace && theDictionary().contains(setup_key::modelPath);
     } else if (tag == CommandTag::Send) {
-        enabled = exportFilesExist(theDictionary(), m_reading.tablePath(), m_file.absolutePath());
+        enabled = hasPlace && exportFilesExist(theDictionary(), m_reading.tablePath(), m_file.absolutePath());
     }
     m_outlets.startStopButton->setEnabled(enabled);
     return enabled;

@@ -112,8 +112,8 @@ public:
 
 /// Streams the file at the path through the handler under the rules of parseXml, holding one block of it at a time.
 /// @throws ReadingCancelled, and OrreryError when the file cannot be read (with the system's reason) or is not
-/// well-formed, after the
-///         handler may have been called for what came before the fault; what a handler throws passes through
+/// well-formed, after the handler may have been called for what came before the fault; what a handler throws passes
+/// through
 void streamXmlFile(const std::string& path, XmlHandler& handler, const ReadProgress& progress = {});
 
 } // namespace orrery
