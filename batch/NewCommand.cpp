@@ -11,6 +11,7 @@
 #include "platform/values/Date.h"
 #include "platform/values/Numbers.h"
 #include "platform/values/OrreryError.h"
+#include "platform/values/Quoted.h"
 #include "run/SetupTrust.h"
 
 #include <CLI/CLI.hpp>
@@ -47,7 +48,7 @@ std::vector<std::string> settableKeys() {
 }
 
 [[noreturn]] void refuse(const std::string& option, const std::string& text, const std::string& problem) {
-    throw CLI::ValidationError(option, "'" + quotedForMessage(text) + "' " + problem);
+    throw CLI::ValidationError(option, quoted(text) + " " + problem);
 }
 
 bool isNumber(std::string_view text) {
@@ -60,7 +61,7 @@ std::pair<std::string, std::string> halves(const std::string& option, const std:
                                            const char* form) {
     const std::size_t equals = atLast ? text.rfind('=') : text.find('=');
     if (equals == std::string::npos) {
-        refuse(option, text, std::string("is not of the form ") + form);
+        refuse(option, text, fmt::format("is not of the form {}.", form));
     }
     return {text.substr(0, equals), text.substr(equals + 1)};
 }
@@ -75,18 +76,18 @@ void applySetting(SetupDictionary& setup, const std::string& text) {
     const auto [key, value] = halves("--set", text, false, "KEY=VALUE");
     const auto* setting = std::ranges::find(setup_form::settings, key, &setup_form::Setting::key);
     if (setting == setup_form::settings.end() || setting->kind == setup_form::Kind::ModelPath) {
-        refuse("--set", text, "has no key to set" + suggestion(key, settableKeys()));
+        refuse("--set", text, "does not begin with a key that can be set." + suggestion(key, settableKeys()));
     }
     if (setting->kind == setup_form::Kind::Date) {
         const auto date = dateOf(value);
         if (!date) {
-            refuse("--set", text, "holds no date of the form yyyy-mm-dd or yyyy-mm-dd hh:mm:ss +hhmm");
+            refuse("--set", text, "does not end in a date of the form yyyy-mm-dd or yyyy-mm-dd hh:mm:ss +hhmm.");
         }
         setup.setStartDay(date);
         return;
     }
     if (setting->kind == setup_form::Kind::Number && !isNumber(value)) {
-        refuse("--set", text, "holds no number");
+        refuse("--set", text, "does not end in a number.");
     }
     setup.setText(key, value);
 }
@@ -103,7 +104,7 @@ Entry outputEntry(const std::string& text) {
 Entry initializationEntry(const std::string& text) {
     auto [port, value] = halves("--init", text, true, "PORT=VALUE");
     if (!isNumber(value)) {
-        refuse("--init", text, "holds no number");
+        refuse("--init", text, "does not end in a number.");
     }
     Entry entry = newEntry(PortList::Initializations);
     entry.set("portPath", std::move(port));
@@ -120,7 +121,7 @@ Entry stepperEntry(const std::string& text) {
         const std::string_view number = rest.substr(0, colon);
         const bool last = std::string_view(key) == "stop";
         if (!isNumber(number) || last != (colon == rest.size())) {
-            refuse("--step", text, "is not of the form PORT=START:STEP:STOP with three numbers");
+            refuse("--step", text, "is not of the form PORT=START:STEP:STOP with three numbers.");
         }
         entry.set(key, std::string(number));
         rest.remove_prefix(last ? colon : colon + 1);
@@ -152,7 +153,7 @@ void checkPorts(const SetupDictionary& setup, PortList list, const ModelTree& tr
         if (findPort(tree, port, direction) != nullptr) {
             continue;
         }
-        throw OrreryError(noSuchPort(tree, port, direction, "'"), {.file = modelPath}, "The setup was not written.");
+        throw OrreryError(noSuchPort(tree, port, direction), {.file = modelPath}, "The setup was not written.");
     }
 }
 

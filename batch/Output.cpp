@@ -79,7 +79,7 @@ void Output::flush() {
     if (m_file) {
         m_file->write(m_held);
     } else if (const int error = writeAll(STDOUT_FILENO, m_held); error != 0) {
-        throw OrreryError("cannot be written: " + systemReason(error) + ".", {.file = "standard output"},
+        throw OrreryError("It cannot be written: " + systemReason(error) + ".", {.file = "standard output"},
                           "The output is incomplete; send it to a file on a disk with more room.");
     }
     m_held.clear();

@@ -6,6 +6,7 @@
 #include "batch/SetupFiles.h"
 #include "platform/values/Numbers.h"
 #include "platform/values/OrreryError.h"
+#include "platform/values/Quoted.h"
 #include "plot/data/PlotSession.h"
 #include "run/IndexSet.h"
 
@@ -56,10 +57,10 @@ Item& chosen(std::vector<Item>& items, const std::string& choice, const std::str
         }
         names.push_back(item.name());
     }
-    if (const auto place = position(choice); place && *place < items.size()) {
-        return items[*place];
+    if (const auto index = position(choice); index && *index < items.size()) {
+        return items[*index];
     }
-    throw OrreryError("no " + kind + " '" + quotedForMessage(choice) + "'" + suggestion(choice, names), {.file = file},
+    throw OrreryError("There is no " + kind + " " + quoted(choice) + "." + suggestion(choice, names), {.file = file},
                       "Choose by name, or by position from #0.");
 }
 
@@ -76,7 +77,7 @@ Assignment assignment(const std::string& text, const std::string& option) {
         }
         reason = ": " + number.reason;
     }
-    throw CLI::ValidationError(option, "'" + quotedForMessage(text) + "' is not of the form NAME=NUMBER" + reason);
+    throw CLI::ValidationError(option, quoted(text) + " is not of the form NAME=NUMBER" + reason);
 }
 
 std::vector<Assignment> assignments(const std::vector<std::string>& texts, const std::string& option) {

@@ -2,6 +2,7 @@
 
 #include "platform/values/Numbers.h"
 #include "platform/values/OrreryError.h"
+#include "platform/values/Quoted.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -16,7 +17,7 @@ namespace orrery {
 namespace {
 
 CLI::ValidationError wrong(const std::string& option, const std::string& text, const std::string& form) {
-    return CLI::ValidationError(option, "'" + quotedForMessage(text) + "' is not of the form " + form);
+    return CLI::ValidationError(option, quoted(text) + " is not of the form " + form + ".");
 }
 
 /// Numbers with commas between them; every one finite.

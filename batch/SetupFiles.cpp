@@ -3,10 +3,12 @@
 #include "batch/Command.h"
 #include "document/setup/ModelPath.h"
 #include "document/setup/SetupReader.h"
+#include "model/ModelObjects.h"
 #include "platform/Files.h"
 #include "platform/TemporaryDirectory.h"
 #include "platform/values/EditDistance.h"
 #include "platform/values/OrreryError.h"
+#include "platform/values/Quoted.h"
 #include "run/SetupProblems.h"
 
 #include <fmt/format.h>
@@ -17,19 +19,6 @@
 #include <utility>
 
 namespace orrery {
-namespace {
-
-std::string listed(const std::vector<std::string>& names) {
-    constexpr std::size_t most = 8;
-    std::string text;
-    for (std::size_t i = 0; i < std::min(names.size(), most); ++i) {
-        text += (i == 0 ? "'" : ", '") + quotedForMessage(names[i]) + "'";
-    }
-    return names.size() > most ? text + ", …" : text;
-}
-
-} // namespace
-
 SetupDictionary loadSetup(const std::string& setupPath) {
     LoadedSetup loaded = readSetup(readWholeFile(setupPath), setupPath);
     if (!loaded.parsed) {
@@ -39,18 +28,17 @@ SetupDictionary loadSetup(const std::string& setupPath) {
 }
 
 ModelTree loadModel(const SetupDictionary& setup, const std::string& setupPath) {
-    const std::string modelPath = resolvedModelPath(setup.textOrEmpty(setup_key::modelPath), setupPath);
+    const std::string modelPath = resolvedPath(setup.textOrEmpty(setup_key::modelPath), setupPath);
     if (modelPath.empty()) {
-        throw OrreryError("The setup names no model.", {.file = setupPath},
-                          "Give it one, for example with the option --model of "
-                          "orrery-batch new.");
+        throw OrreryError(std::string(noModelChosen), {.file = setupPath},
+                          "Choose one in Orrery, or with the option --model of orrery-batch new.");
     }
     return readModelTree(modelPath);
 }
 
 void printProblems(const SetupDictionary& setup, const std::string& setupPath) {
     const std::string absolute = absolutePath(setupPath);
-    const std::string modelPath = resolvedModelPath(setup.textOrEmpty(setup_key::modelPath), absolute);
+    const std::string modelPath = resolvedPath(setup.textOrEmpty(setup_key::modelPath), absolute);
     ModelTree model;
     try {
         if (!modelPath.empty() && fileExists(modelPath)) model = readModelTree(modelPath);
@@ -91,14 +79,14 @@ RunResults loadResults(const std::string& setupPath, const std::string& tablePat
 
 std::string suggestion(const std::string& wrong, const std::vector<std::string>& valid) {
     if (valid.empty()) {
-        return "; there is none";
+        return " There are none to choose from.";
     }
     const auto distance = [&](const std::string& name) { return editDistance(wrong, name); };
     const std::string& nearest = *std::ranges::min_element(valid, {}, distance);
     if (distance(nearest) <= std::max<std::size_t>(2, nearest.size() / 3)) {
-        return "; did you mean '" + quotedForMessage(nearest) + "'?";
+        return " Did you mean " + quoted(nearest) + "?";
     }
-    return "; there is " + listed(valid);
+    return " There is " + listed(valid) + ".";
 }
 
 } // namespace orrery

@@ -26,7 +26,7 @@ void printProblems(const SetupProblems& problems, const std::string& setupPath);
 /// of the table goes to standard error.
 [[nodiscard]] RunResults loadResults(const std::string& setupPath, const std::string& tablePath, unsigned threads = 0);
 
-/// "; did you mean 'x'?" for the valid name that is nearest to the wrong one, or the valid ones when none is near.
+/// " Did you mean “x”?" for the valid name that is nearest to the wrong one, or the valid ones when none is near.
 [[nodiscard]] std::string suggestion(const std::string& wrong, const std::vector<std::string>& valid);
 
 } // namespace orrery

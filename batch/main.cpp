@@ -3,6 +3,7 @@
 #include "platform/Files.h"
 #include "platform/SystemReason.h"
 #include "platform/values/OrreryError.h"
+#include "platform/values/Quoted.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -27,7 +28,9 @@ int usage(const CLI::App& parser, const CLI::ParseError& error) {
     if (error.get_exit_code() == 0) { // --help, --version
         return parser.exit(error) == 0 && std::cout.flush() ? exitDone : exitFailed;
     }
-    printMessage(std::string(error.what()) + ". See --help for the options.");
+    const std::string words = error.what(); // the parser's own end without a full stop
+    const bool isSentence = words.ends_with('.') || words.ends_with('?');
+    printMessage(words + (isSentence ? "" : ".") + " See --help for the options.");
     return exitUsage;
 }
 
@@ -41,7 +44,7 @@ void requireKnownCommand(int argc, char** argv) {
         names.emplace_back(command.name);
     }
     if (const std::string name = argv[1]; std::ranges::find(names, name) == names.end()) {
-        throw CLI::ParseError("no command '" + quotedForMessage(name) + "'" + suggestion(name, names),
+        throw CLI::ParseError("There is no command " + quoted(name) + "." + suggestion(name, names),
                               CLI::ExitCodes::ExtrasError);
     }
 }

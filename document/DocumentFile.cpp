@@ -6,6 +6,7 @@
 #include "document/setup/SetupWriter.h"
 #include "platform/Files.h"
 #include "platform/Log.h"
+#include "platform/values/Quoted.h"
 #include "run/SetupTrust.h"
 
 #include <fmt/format.h>
@@ -21,7 +22,7 @@ std::string DocumentFile::absolutePath() const {
 std::string DocumentFile::modelPath() const {
     const std::string_view path = m_setup.dictionary().textOrEmpty(setup_key::modelPath);
     if (path.empty()) return {};
-    return resolvedModelPath(std::string(path), m_path.value_or(""));
+    return resolvedPath(std::string(path), m_path.value_or(""));
 }
 
 void DocumentFile::load(std::string_view bytes) {
@@ -104,7 +105,7 @@ bool DocumentFile::asksToWriteOver(const std::vector<std::string>& files) {
     return m_messages.agrees({"This setup overwrites files outside its folder.",
                               fmt::format("It was not saved here, and running it would replace {}. Run it only if you "
                                           "know where it comes from.",
-                                          listedForMessage(files)),
+                                          listed(files)),
                               {"Replace and Run", "Cancel"}},
                              "Then give --overwrite-outputs.");
 }

@@ -205,7 +205,7 @@ std::vector<std::string> MyDocument::usedFiles() const {
     if (isSingleRun(theDictionary())) return files;
     const std::string setupPath = m_file.absolutePath();
     for (const Entry& output : theDictionary().entries(setup_key::outputs)) {
-        files.push_back(resolvedModelPath(output.text("outputPath"), setupPath));
+        files.push_back(resolvedPath(output.text("outputPath"), setupPath));
     }
     return files;
 }

@@ -5,6 +5,7 @@
 #include "platform/Files.h"
 #include "platform/values/Numbers.h"
 #include "platform/values/OrreryError.h"
+#include "platform/values/Quoted.h"
 #include "run/SweepSummary.h"
 
 #include <fmt/format.h>
@@ -26,7 +27,7 @@ bool isSameAxis(const IndependentVariable& one, const IndependentVariable& other
 }
 
 std::string axisText(const IndependentVariable& variable) {
-    return fmt::format("{} from {} by {}", quotedForMessage(variable.name()), shortestText(variable.start()),
+    return fmt::format("{} from {} by {}", quoted(variable.name()), shortestText(variable.start()),
                        shortestText(variable.step()));
 }
 

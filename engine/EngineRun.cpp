@@ -6,6 +6,7 @@
 #include "engine/RunPlan.h"
 #include "engine/Simulation.h"
 #include "engine/TableWriter.h"
+#include "model/ModelObjects.h"
 #include "platform/Files.h"
 #include "platform/values/OrreryError.h"
 #include "run/table/ResultTable.h"
@@ -29,11 +30,11 @@ SetupDictionary readSetupFile(const std::string& path) {
 }
 
 std::string modelPathOf(const SetupDictionary& setup, const std::string& setupPath) {
-    std::string path = resolvedModelPath(setup.textOrEmpty(setup_key::modelPath), setupPath);
+    std::string path = resolvedPath(setup.textOrEmpty(setup_key::modelPath), setupPath);
     if (!path.empty()) {
         return path;
     }
-    throw OrreryError("The setup names no model.", {setupPath}, "Choose a model in Orrery and save the setup.");
+    throw OrreryError(std::string(noModelChosen), {setupPath}, "Choose one in Orrery and save the setup.");
 }
 
 void describe(const SetupDictionary& setup, const PortNetwork& network, const RunPlan& plan, std::size_t columns,

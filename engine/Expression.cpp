@@ -1,5 +1,7 @@
 #include "engine/Expression.h"
 
+#include "platform/values/Quoted.h"
+
 #include <muParser.h>
 
 #include <cstddef>
@@ -36,11 +38,11 @@ Expression::Expression(const std::string& formula, const Variables& variables, c
                        const std::string& owner)
     : m_parser(std::make_unique<mu::Parser>()) {
     const auto fail = [&](const std::string& reason) {
-        throw OrreryError(owner + ": \"" + quotedForMessage(formula) + "\": " + quotedForMessage(reason), place,
+        throw OrreryError(owner + ": " + quoted(formula) + ": " + messageText(reason), place,
                           "Correct the formula; it may use " + namesOf(variables) + ".");
     };
     if (assigns(formula)) {
-        fail("a single \"=\" compares nothing; write \"==\".");
+        fail("a single “=” compares nothing; write “==”.");
     }
     try {
         for (const auto& [name, value] : variables) {

@@ -1,6 +1,7 @@
 #include "engine/FileColumn.h"
 
 #include "platform/Files.h"
+#include "platform/values/Quoted.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -27,8 +28,8 @@ std::string contentOf(const std::string& path, const Place& place, const std::st
     try {
         return readWholeFile(path, sizeLimit);
     } catch (const OrreryError& error) {
-        throw OrreryError(owner + ": the file " + quotedForMessage(path) + " cannot be read: " + error.problem(), place,
-                          "Put the file there, or correct the part's attribute \"file\".");
+        throw OrreryError(owner + ": the file " + quoted(path) + " cannot be read: " + error.problem(), place,
+                          "Put the file there, or correct the part's attribute “file”.");
     }
 }
 
@@ -42,8 +43,8 @@ std::size_t columnOf(const std::vector<std::string_view>& labels, std::string_vi
     for (const std::string_view one : labels) {
         known.append(known.empty() ? "" : ", ").append(one);
     }
-    throw OrreryError(owner + ": the file has no column \"" + quotedForMessage(std::string(label)) + "\".",
-                      {path, 1, 0}, "Name one of its columns: " + quotedForMessage(known) + ".");
+    throw OrreryError(owner + ": the file has no column " + quoted(label) + ".", {path, 1, 0},
+                      "Name one of its columns: " + messageText(known) + ".");
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "engine/LookupTable.h"
 
+#include "platform/values/Quoted.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -34,7 +36,7 @@ LookupTable::LookupTable(std::vector<Point> points, const Place& place, const st
     const auto notAscending = [](const Point& left, const Point& right) { return !(left.first < right.first); };
     if (m_points.empty() || std::ranges::adjacent_find(m_points, notAscending) != m_points.end()) {
         throw OrreryError(owner + ": the table needs points with ascending first numbers.", place,
-                          "Write it as \"x y; x y; …\", x ascending.");
+                          "Write it as “x y; x y; …”, x ascending.");
     }
 }
 
@@ -68,8 +70,8 @@ double numberIn(std::string_view text, const Place& place, const std::string& ow
     double number = 0;
     const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), number);
     if (result.ec != std::errc() || result.ptr != digits.data() + digits.size() || !std::isfinite(number)) {
-        throw OrreryError(owner + ": \"" + quotedForMessage(std::string(digits)) + "\" is no number.", place,
-                          "Write a number such as 0.25.");
+        throw OrreryError(owner + ": " + (digits.empty() ? "no number" : quoted(digits) + " is not a number") + ".",
+                          place, "Write a number such as 0.25.");
     }
     return number;
 }

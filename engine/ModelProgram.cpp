@@ -3,6 +3,7 @@
 #include "engine/EvaluationOrder.h"
 #include "engine/PartClass.h"
 #include "engine/PartRules.h"
+#include "platform/values/Quoted.h"
 
 #include <unordered_map>
 #include <utility>
@@ -13,7 +14,7 @@ namespace {
 
 std::string portsNote(const PortNetwork& network, const std::vector<std::size_t>& ports, const char* text) {
     return "Note: " + std::to_string(ports.size()) + text + " (the first is " +
-           quotedForMessage(network.ports()[ports.front()].path) + ").";
+           quoted(network.ports()[ports.front()].path) + ").";
 }
 
 } // namespace
@@ -148,7 +149,7 @@ ModelProgram::Order ModelProgram::ordered(const std::vector<const Computation*>&
             path += m_network.ports()[computations[item]->port].path + " -> ";
         }
         const NetworkPort& first = m_network.ports()[computations[cycle.items().front()]->port];
-        throw OrreryError("Algebraic cycle: " + quotedForMessage(path + first.path) + ".", m_network.placeOf(first),
+        throw OrreryError("Algebraic cycle: " + messageText(path + first.path) + ".", m_network.placeOf(first),
                           "Put a state (an output with a rate) or a delay into it.");
     }
     return order;

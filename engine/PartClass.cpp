@@ -1,5 +1,7 @@
 #include "engine/PartClass.h"
 
+#include "platform/values/Quoted.h"
+
 #include <algorithm>
 #include <array>
 
@@ -8,9 +10,9 @@ namespace orrery::engine {
 namespace {
 
 std::string label(const char* kind, const std::string& path, std::string_view attribute) {
-    std::string text = std::string(kind) + " \"" + quotedForMessage(path) + "\"";
+    std::string text = std::string(kind) + " " + quoted(path);
     if (!attribute.empty()) {
-        text.append(", attribute \"").append(attribute).append("\"");
+        text += ", attribute " + quoted(attribute);
     }
     return text;
 }

@@ -1,6 +1,7 @@
 #include "engine/PortNetwork.h"
 
 #include "model/PortFaults.h"
+#include "platform/values/Quoted.h"
 #include "run/ResponseVariables.h"
 
 #include <utility>
@@ -30,7 +31,7 @@ std::size_t PortNetwork::portAt(std::string_view portPath, PortDirection directi
     if (node != nullptr) {
         return m_portOfNode.at(node);
     }
-    throw OrreryError("the model has " + noSuchPort(m_tree, portPath, direction, "\""), place,
+    throw OrreryError(noSuchPort(m_tree, portPath, direction), place,
                       "Correct the port path, or choose the model that has this port.");
 }
 
@@ -108,13 +109,13 @@ void PortNetwork::connect(NetworkPort& port, const std::vector<std::string>& sou
         return;
     }
     if (sources.size() > 1) {
-        throw OrreryError("Port \"" + port.path + "\" has " + std::to_string(sources.size()) + " sources.",
+        throw OrreryError("Port " + quoted(port.path) + " has " + std::to_string(sources.size()) + " sources.",
                           placeOf(port), "Name one, or add the values up in an expression.");
     }
     const auto source = m_portOfIdentifier.find(sources.front());
     if (source == m_portOfIdentifier.end()) {
-        throw OrreryError("The source \"" + quotedForMessage(sources.front()) + "\" of port \"" + port.path +
-                              "\" is not a port of the model.",
+        throw OrreryError("The source " + quoted(sources.front()) + " of port " + quoted(port.path) +
+                              " is not a port of the model.",
                           placeOf(port), "Name the identifier of a port.");
     }
     port.source = source->second;

@@ -2,6 +2,7 @@
 
 #include "engine/LookupTable.h"
 #include "engine/PartClass.h"
+#include "platform/values/Quoted.h"
 
 #include <algorithm>
 #include <limits>
@@ -67,7 +68,7 @@ Variables PortValues::variablesOf(const NetworkPart& part) {
         for (const std::size_t port : *ports) {
             const std::string name = variableName(m_network.ports()[port].name());
             if (!taken.insert(name).second) {
-                throw OrreryError(partLabel(part) + " has two ports that formulas call \"" + name + "\".",
+                throw OrreryError(partLabel(part) + " has two ports that formulas call " + quoted(name) + ".",
                                   m_network.placeOf(part), "Rename one of them.");
             }
             variables[name] = at(port);

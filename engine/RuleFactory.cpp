@@ -5,6 +5,7 @@
 #include "engine/LookupTable.h"
 #include "engine/PartClass.h"
 #include "engine/PartRules.h"
+#include "platform/values/Quoted.h"
 
 #include <cstdint>
 #include <optional>
@@ -23,9 +24,8 @@ std::unique_ptr<Rule> makeDelayRule(const PartContext& context, const NetworkPor
     if (quantity.empty() || quantity == "outflow") {
         return std::make_unique<DelayOutflow>(*context.chain);
     }
-    throw OrreryError(portLabel(output, "quantity") + ": a delay has no \"" + quotedForMessage(std::string(quantity)) +
-                          "\".",
-                      context.network.placeOf(output), "Write \"outflow\" or \"storage\".");
+    throw OrreryError(portLabel(output, "quantity") + ": a delay has no quantity " + quoted(quantity) + ".",
+                      context.network.placeOf(output), "Write “outflow” or “storage”.");
 }
 
 std::unique_ptr<Rule> makeTableRule(const PartContext& context, LookupTable table) {
@@ -41,7 +41,7 @@ std::unique_ptr<Rule> makeLookupRule(const PartContext& context, const NetworkPo
 }
 
 std::unique_ptr<Rule> makeFileRule(const PartContext& context, const NetworkPort& output) {
-    const std::string path = resolvedModelPath(context.part.attribute("file"), context.network.modelPath());
+    const std::string path = resolvedPath(context.part.attribute("file"), context.network.modelPath());
     const std::string_view column = output.attribute("column");
     return makeTableRule(context, fileColumn(path, column.empty() ? output.name() : column,
                                              context.network.placeOf(context.part), portLabel(output, "column")));
@@ -73,10 +73,9 @@ std::unique_ptr<Rule> makeRandomRule(const PartContext& context, const NetworkPo
     const double interval = numberOf(context, "interval", 1);
     const double seed = numberOf(context, "seed", 0);
     if ((!normal && !distribution.empty() && distribution != "uniform") || !(interval > 0) || seed < 0 || seed > 1e15) {
-        throw OrreryError(
-            partLabel(context.part) + " cannot draw numbers with these attributes.",
-            context.network.placeOf(context.part),
-            "Write \"uniform\" or \"normal\" as distribution, an interval above 0 and a seed of at least 0.");
+        throw OrreryError(partLabel(context.part) + " cannot draw numbers with these attributes.",
+                          context.network.placeOf(context.part),
+                          "Write “uniform” or “normal” as distribution, an interval above 0 and a seed of at least 0.");
     }
     // Outputs differ by their place among the model's ports.
     const auto stream = static_cast<std::uint64_t>(&output - context.network.ports().data());

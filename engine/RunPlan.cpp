@@ -3,6 +3,7 @@
 #include "document/setup/ModelPath.h"
 #include "engine/LookupTable.h"
 #include "platform/values/Numbers.h"
+#include "platform/values/Quoted.h"
 
 #include <cmath>
 #include <utility>
@@ -20,13 +21,12 @@ struct EntrySource {
     std::string kind; // "initialization"
 
     [[nodiscard]] std::string label(std::size_t index, const Entry& entry) const {
-        return kind + " " + std::to_string(index + 1) + " (" + quotedForMessage(std::string(entry.text("portPath"))) +
-               ")";
+        return kind + " " + std::to_string(index + 1) + " (" + quoted(entry.text("portPath")) + ")";
     }
     [[nodiscard]] std::size_t port(std::size_t index, const Entry& entry, PortDirection direction) const {
         const std::string_view path = entry.text("portPath");
         if (path.empty()) {
-            throw OrreryError(kind + " " + std::to_string(index + 1) + " names no port.", {setupPath},
+            throw OrreryError(kind + " " + std::to_string(index + 1) + " has no port.", {setupPath},
                               "Drop a port on it, or remove it.");
         }
         return network.portAt(path, direction, {setupPath});
@@ -43,8 +43,8 @@ std::optional<std::size_t> cellAt(const Point& point, const RunPlan& plan, const
         return value >= 1 && value <= static_cast<double>(count) && value == std::floor(value);
     };
     if (!inside(point.x, plan.width) || !inside(point.y, plan.height)) {
-        throw OrreryError(label + ": the coordinates name no cell of the " + std::to_string(plan.width) + " x " +
-                              std::to_string(plan.height) + " grid.",
+        throw OrreryError(label + ": the coordinates are not those of a cell of the " + std::to_string(plan.width) +
+                              " x " + std::to_string(plan.height) + " grid.",
                           {setupPath}, "Count columns and rows from 1, or write { 0, 0 } for every cell.");
     }
     return (static_cast<std::size_t>(point.y) - 1) * plan.width + static_cast<std::size_t>(point.x) - 1;
@@ -62,9 +62,8 @@ void planGridOfCells(const SetupDictionary& setup, RunPlan& plan, const std::str
     const Point size = pointFromString(setup.textOrEmpty(setup_key::dimensions));
     const auto whole = [](double count) { return count >= 1 && count <= mostCells && count == std::floor(count); };
     if (!whole(size.x) || !whole(size.y) || size.x * size.y > mostCells) {
-        throw OrreryError("The dimensions \"" +
-                              quotedForMessage(std::string(setup.textOrEmpty(setup_key::dimensions))) +
-                              "\" are not a pair of counts.",
+        throw OrreryError("The dimensions " + quoted(setup.textOrEmpty(setup_key::dimensions)) +
+                              " are not a pair of counts.",
                           {setupPath}, "Write { width, height }, at most a million cells; { 1, 1 } for one.");
     }
     plan.width = static_cast<std::size_t>(size.x);
@@ -105,7 +104,7 @@ void planOutputs(const SetupDictionary& setup, RunPlan& plan, const EntrySource&
         if (!plan.spatial()) {
             continue;
         }
-        std::string path = resolvedModelPath(entry.text("outputPath"), source.setupPath);
+        std::string path = resolvedPath(entry.text("outputPath"), source.setupPath);
         if (path.empty() || !paths.insert(path).second) {
             throw OrreryError(source.label(index, entry) + (path.empty() ? " has no" : " has another's") +
                                   " output path.",

@@ -1,6 +1,7 @@
 #include "engine/TableWriter.h"
 
 #include "platform/values/MacRoman.h"
+#include "platform/values/OrreryError.h"
 #include "run/ResponseVariables.h"
 
 #include <array>
@@ -84,7 +85,7 @@ void TableWriter::append(std::uint32_t row, std::span<const double> values) {
 }
 
 void TableWriter::publish() {
-    for (WholeFile& output : m_outputs) {
+    for (ResultFile& output : m_outputs) {
         output.publish();
     }
     m_table.publish(); // last: a table means that the run was finished

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "engine/PortNetwork.h"
+#include "engine/ResultFile.h"
 #include "engine/RunPlan.h"
-#include "engine/WholeFile.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -30,8 +30,8 @@ private:
 
     const RunPlan& m_plan;
     std::size_t m_columns;
-    WholeFile m_table;
-    std::vector<WholeFile> m_outputs;
+    ResultFile m_table;
+    std::vector<ResultFile> m_outputs;
     std::string m_leading; // of the present row
 };
 

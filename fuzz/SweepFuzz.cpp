@@ -67,7 +67,7 @@ int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
     orRefused([&] {
         const orrery::SetupDictionary setup =
             orrery::readSetup(orrery::fuzz::asText(data, size), "/folder/input.orrery").dictionary;
-        (void)orrery::resolvedModelPath(setup.textOrEmpty(orrery::setup_key::modelPath), "/folder/input.orrery");
+        (void)orrery::resolvedPath(setup.textOrEmpty(orrery::setup_key::modelPath), "/folder/input.orrery");
         (void)orrery::sweepSummary(setup, orrery::currentCalendar(), 3);
         orrery::SweepGrid grid = orrery::constructIndependentVariables(setup, orrery::currentCalendar());
         requireGrid(grid);

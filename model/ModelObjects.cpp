@@ -57,7 +57,7 @@ private:
 } // namespace
 
 void streamModelObjects(const std::string& path, ModelObjectHandler& handler, const ReadProgress& progress) {
-    if (path.empty()) throw OrreryError("The setup names no model file.", {}, "Choose a model.");
+    if (path.empty()) throw OrreryError(std::string(noModelChosen), {}, "Choose one.");
     ObjectFinder finder(handler);
     streamXmlFile(path, finder, progress);
 }

@@ -12,6 +12,9 @@
 
 namespace orrery {
 
+/// What is said of a setup without a model.
+inline constexpr std::string_view noModelChosen = "No model is chosen.";
+
 /// What a model file says of its objects (the children of its top "database" element), as it streams by. Each object
 /// is started, given part by part and ended. Views are valid during the call only.
 class ModelObjectHandler {
@@ -50,14 +53,14 @@ std::string faultOfReading(const std::string& path, Read read) {
 [[nodiscard]] std::optional<std::string_view> attributeText(const ModelObjectHandler::XmlAttributes& attributes,
                                                             std::string_view name);
 
-/// Calls take(part) for each part of the text between single blanks, empty ones included.
-template <class Take>
-void splitAtBlanks(std::string_view text, Take take) {
+/// Calls visit(part) for each part of the text between single blanks, empty ones included.
+template <class Visit>
+void splitAtBlanks(std::string_view text, Visit visit) {
     for (std::size_t blank = text.find(' '); blank != std::string_view::npos; blank = text.find(' ')) {
-        take(text.substr(0, blank));
+        visit(text.substr(0, blank));
         text.remove_prefix(blank + 1);
     }
-    take(text);
+    visit(text);
 }
 
 } // namespace orrery

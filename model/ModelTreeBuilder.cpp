@@ -3,6 +3,7 @@
 #include "model/ModelObjects.h"
 #include "platform/Log.h"
 #include "platform/values/OrreryError.h"
+#include "platform/values/Quoted.h"
 
 #include <fmt/format.h>
 
@@ -114,10 +115,10 @@ void ModelTreeBuilder::endObject() {
 void ModelTreeBuilder::checkClass() const {
     const std::string className = m_className.value_or("");
     if (findModelClass(className) != nullptr) return;
-    throw OrreryError(
-        fmt::format("Couldn't find class for {} (object \"{}\"{}).", quotedForMessage(className),
-                    quotedForMessage(m_identifier.value_or("")), m_className ? "" : ", which has no type"),
-        Place{m_fileName, m_line}, fmt::format("The type must be one of {} or {}.", knownClassNames(), templateClass));
+    throw OrreryError(fmt::format("Couldn't find class for {} (object {}{}).", messageText(className),
+                                  quoted(m_identifier.value_or("")), m_className ? "" : ", which has no type"),
+                      Place{m_fileName, m_line},
+                      fmt::format("The type must be one of {} or {}.", knownClassNames(), templateClass));
 }
 
 void ModelTreeBuilder::addObject() {
@@ -145,9 +146,9 @@ void ModelTreeBuilder::addToIndex(std::size_t node) {
     if (identifier == nullptr) return; // nothing can refer to it
     const std::uint32_t before = m_nodeOfIdentifier.put(*identifier, static_cast<std::uint32_t>(node));
     if (before != m_nodeOfIdentifier.none && ++m_repeats <= loggedRepeats) {
-        m_repeatNotes.push_back(fmt::format("{}: identifier \"{}\" is used again; it was used at line {} and now names "
+        m_repeatNotes.push_back(fmt::format("{}: identifier {} is used again; it was used at line {} and now names "
                                             "this object.",
-                                            placeOf(node).text(), quotedForMessage(*identifier), m_lines[before]));
+                                            placeOf(node).text(), quoted(*identifier), m_lines[before]));
     }
 }
 
@@ -277,7 +278,7 @@ void ModelTreeBuilder::checkDepth(std::size_t node, std::size_t depth) const {
 void ModelTreeBuilder::failWithoutRoot() const {
     const char* reason = "no level (KSLEVEL) is without a parent";
     if (m_tree.m_root != nullptr) reason = "the level without a parent has no identifier";
-    if (m_tree.m_nodes.empty()) reason = "the file holds no model objects directly under <database>";
+    if (m_tree.m_nodes.empty()) reason = "there are no model objects directly under <database>";
     throw OrreryError(fmt::format("No root: {}.", reason), Place{m_fileName},
                       "Check that this is a model file, open it in the modelling tool and save it again.");
 }
@@ -289,8 +290,8 @@ void ModelTreeBuilder::failWithoutChild(std::size_t node, std::string_view relat
     if (std::ranges::find(m_templates, identifier) != m_templates.end()) {
         reason = "that is a template, which is not part of a model";
     }
-    throw OrreryError(fmt::format("Failure to find child node: {} names \"{}\" among its \"{}\", but {}.",
-                                  describe(node), quotedForMessage(std::string(identifier)), relationship, reason),
+    throw OrreryError(fmt::format("Failure to find child node: {} names {} among its “{}”, but {}.", describe(node),
+                                  quoted(identifier), relationship, reason),
                       placeOf(node), "Remove the reference, or open the model in the modelling tool and save it.");
 }
 
@@ -300,14 +301,13 @@ void ModelTreeBuilder::failAsOwnAncestor(std::size_t node) const {
                       "Remove it from the lists of the parts and levels inside it.");
 }
 
-/// level "Field" (object "z1")
+/// level “Field” (object “z1”)
 std::string ModelTreeBuilder::describe(std::size_t node) const {
     const ModelNode& object = m_tree.m_nodes[node];
     const char* kind = object.kind == ModelNodeKind::Level  ? "level"
                        : object.kind == ModelNodeKind::Port ? "port"
                                                             : "part";
-    return fmt::format("{} \"{}\" (object \"{}\")", kind, quotedForMessage(std::string(object.name())),
-                       quotedForMessage(std::string(object.record.text("id"))));
+    return fmt::format("{} {} (object {})", kind, quoted(object.name()), quoted(object.record.text("id")));
 }
 
 } // namespace orrery

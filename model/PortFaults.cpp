@@ -1,6 +1,6 @@
 #include "model/PortFaults.h"
 
-#include "platform/values/OrreryError.h"
+#include "platform/values/Quoted.h"
 
 #include <fmt/format.h>
 
@@ -42,25 +42,16 @@ bool isPathOf(std::string_view path, const ModelNode& port) {
     return path.empty();
 }
 
-/// "no input port /a/b", with a mark of quotation around the path or none.
-std::string lackOf(std::string_view portPath, PortDirection direction, std::string_view mark) {
-    return fmt::format("no {0} port {1}{2}{1}", direction == PortDirection::Input ? "input" : "output", mark,
-                       quotedForMessage(std::string(portPath)));
-}
-
-std::string faultWords(std::string_view portPath, PortDirection direction, const std::string& nearest) {
-    const std::string words = "The model has " + lackOf(portPath, direction, "") + ".";
-    return nearest.empty() ? words : fmt::format("{} Did you mean {}?", words, quotedForMessage(nearest));
+std::string noSuchPort(std::string_view portPath, PortDirection direction, std::string_view nearest) {
+    const std::string words = fmt::format("The model has no {} port {}.",
+                                          direction == PortDirection::Input ? "input" : "output", quoted(portPath));
+    return nearest.empty() ? words : fmt::format("{} Did you mean {}?", words, quoted(nearest));
 }
 
 } // namespace
 
-std::string noSuchPort(const ModelTree& tree, std::string_view portPath, PortDirection direction,
-                       std::string_view mark) {
-    const std::string words = lackOf(portPath, direction, mark);
-    const std::string nearest = nearestPortPath(tree, portPath, direction);
-    if (nearest.empty()) return words + ".";
-    return fmt::format("{0}; did you mean {1}{2}{1}?", words, mark, quotedForMessage(nearest));
+std::string noSuchPort(const ModelTree& tree, std::string_view portPath, PortDirection direction) {
+    return noSuchPort(portPath, direction, nearestPortPath(tree, portPath, direction));
 }
 
 const ModelNode* PortFaults::port(std::string_view portPath, PortDirection direction) {
@@ -83,7 +74,7 @@ const PortFault& PortFaults::fault(std::string_view portPath, PortDirection dire
     const std::pair key(direction, std::string(portPath));
     if (const auto known = m_known.find(key); known != m_known.end()) return known->second;
     const std::string nearest = nearestPortPath(m_tree, portPath, direction);
-    return m_known.emplace(key, PortFault{faultWords(portPath, direction, nearest), nearest}).first->second;
+    return m_known.emplace(key, PortFault{noSuchPort(portPath, direction, nearest), nearest}).first->second;
 }
 
 void PortFaults::forget() {

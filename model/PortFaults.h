@@ -19,10 +19,9 @@ struct PortFault {
     std::string nearest; // the port that was perhaps meant; may be empty
 };
 
-/// What is said everywhere of a path that is no port of the model: "no input port 'a/b'; did you mean 'a/c'?", without
-/// the question when nothing is near. @param mark of quotation, around each path
-[[nodiscard]] std::string noSuchPort(const ModelTree& tree, std::string_view portPath, PortDirection direction,
-                                     std::string_view mark);
+/// What is said everywhere of a path that is no port of the model: "The model has no input port “a/b”. Did you mean
+/// “a/c”?", without the question when nothing is near.
+[[nodiscard]] std::string noSuchPort(const ModelTree& tree, std::string_view portPath, PortDirection direction);
 
 /// Which ports of setups the model has, for lists of a hundred thousand entries: the model is walked through once for
 /// all look-ups, and once more for each wrong path that is to be explained. It follows a tree that stays where it is.

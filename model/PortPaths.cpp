@@ -38,7 +38,7 @@ const ModelNode* portNamed(const ModelNode& owner, PortDirection direction, std:
 
 /// What is left of the path after the node's name and a slash; std::nullopt when it does not begin so. A name may
 /// hold slashes itself.
-std::optional<std::string_view> behindName(std::string_view path, const ModelNode& node) {
+std::optional<std::string_view> afterName(std::string_view path, const ModelNode& node) {
     const std::string_view name = node.name();
     if (!path.starts_with(name) || path.size() == name.size() || path[name.size()] != '/') return std::nullopt;
     return path.substr(name.size() + 1);
@@ -58,7 +58,7 @@ const ModelNode* findFromTop(const ModelTree& tree, std::string_view path, PortD
     while (!steps.empty()) {
         const auto [node, toFind] = steps.back();
         steps.pop_back();
-        const std::optional<std::string_view> rest = behindName(toFind, *node);
+        const std::optional<std::string_view> rest = afterName(toFind, *node);
         if (!rest) continue;
         if (const ModelNode* port = portNamed(*node, direction, *rest)) return port;
         push({node->children.begin(), node->children.end()}, *rest);
@@ -81,7 +81,7 @@ void visitNodes(const ModelTree& tree, const std::function<bool(const ModelNode&
 const ModelNode* findAnywhere(const ModelTree& tree, std::string_view path, PortDirection direction) {
     const ModelNode* found = nullptr;
     visitNodes(tree, [&](const ModelNode& node) {
-        const std::optional<std::string_view> rest = behindName(path, node);
+        const std::optional<std::string_view> rest = afterName(path, node);
         if (rest) found = portNamed(node, direction, *rest);
         return found == nullptr;
     });

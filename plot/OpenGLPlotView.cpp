@@ -79,7 +79,7 @@ VertexMemory OpenGLPlotView::lendVertices(std::size_t size) {
 
 void OpenGLPlotView::setLentSurfaces(std::uint32_t, std::vector<VertexRange> ranges) {
     const GlErrorWatch watch(m_glError);
-    if (m_buffers.take(surface().makeCurrent())) {
+    if (m_buffers.accept(surface().makeCurrent())) {
         m_ranges = std::move(ranges);
     } else {
         fail("OpenGL has lost the plot's vertices. Change a setting to draw it again.");

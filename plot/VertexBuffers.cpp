@@ -95,7 +95,7 @@ std::span<float> VertexBuffers::blockOf(Buffer& buffer, bool& kept) {
     return buffer.block;
 }
 
-bool VertexBuffers::take(bool current) {
+bool VertexBuffers::accept(bool current) {
     bool whole = true;
     if (current) {
         makeMissing(); // the context may have come after the blocks were lent
@@ -120,7 +120,7 @@ void VertexBuffers::copy(std::span<const float> floats, std::uint32_t dimensions
     for (const VertexPiece& piece : lend(floats.size(), dimensions, current).pieces) {
         std::ranges::copy(floats.subspan(piece.first * perVertex, piece.floats.size()), piece.floats.begin());
     }
-    (void)take(current);
+    (void)accept(current);
     m_kept = false; // nobody knows what they were made of
 }
 

@@ -26,7 +26,7 @@ public:
     /// As PlotView::lendVertices says.
     [[nodiscard]] VertexMemory lend(std::size_t floats, std::uint32_t dimensions, bool current);
     /// What was written into the memory that was lent last is the plot. False when GL has lost it.
-    [[nodiscard]] bool take(bool current);
+    [[nodiscard]] bool accept(bool current);
     /// The plot is a copy of these.
     void copy(std::span<const float> floats, std::uint32_t dimensions, bool current);
     void clear(bool current);

@@ -4,6 +4,7 @@
 #include "platform/Files.h"
 #include "platform/values/Numbers.h"
 #include "platform/values/OrreryError.h"
+#include "platform/values/Quoted.h"
 
 #include <algorithm>
 
@@ -20,11 +21,10 @@ std::vector<std::string> exportPaths(const SetupDictionary& setup, const std::st
     }
     std::vector<std::string> paths;
     for (const Entry& output : setup.entries(setup_key::outputs)) {
-        paths.push_back(resolvedModelPath(output.text("outputPath"), setupPath));
+        paths.push_back(resolvedPath(output.text("outputPath"), setupPath));
         if (paths.back().empty()) {
-            throw OrreryError("The output " + quotedForMessage(std::string(output.text("portPath"))) +
-                                  " has no path for its result file.",
-                              {}, "Type its path into the outputs table.");
+            throw OrreryError("The output " + quoted(output.text("portPath")) + " has no path for its result file.", {},
+                              "Type its path into the outputs table.");
         }
     }
     return paths;
@@ -36,7 +36,7 @@ bool exportFilesExist(const SetupDictionary& setup, const std::string& tablePath
     }
     const EntryList& outputs = setup.entries(setup_key::outputs);
     return !outputs.empty() && std::ranges::all_of(outputs, [setupPath](const Entry& output) {
-        const std::string path = resolvedModelPath(output.text("outputPath"), setupPath);
+        const std::string path = resolvedPath(output.text("outputPath"), setupPath);
         return !path.empty() && fileExists(path);
     });
 }

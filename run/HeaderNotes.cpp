@@ -1,6 +1,6 @@
 #include "run/HeaderNotes.h"
 
-#include "platform/values/OrreryError.h"
+#include "platform/values/Quoted.h"
 
 #include <fmt/format.h>
 
@@ -49,20 +49,20 @@ void noteOtherVariables(const Names& labels, const HeaderExpectation& expected, 
     if (isInOrderOf(known, wanted)) return;
     notes.push_back(fmt::format("The result table's header names the sweep variables {}, but the setup's are {}: the "
                                 "table may be that of another setup.",
-                                listedForMessage(known), listedForMessage(wanted)));
+                                listed(known), listed(wanted)));
 }
 
 /// Labels that are dropped move the responses after them up: the first that moves shows by example what that means.
 void noteDroppedLabels(const ResponseVariables& matched, const PortsByName& ports, Names& notes) {
     Names dropped;
     std::string example;
-    for (std::size_t place = 0; place < matched.labels.size(); ++place) {
-        const std::string& label = matched.labels[place];
+    for (std::size_t column = 0; column < matched.labels.size(); ++column) {
+        const std::string& label = matched.labels[column];
         if (!ports.contains(label)) {
             dropped.push_back(label);
         } else if (!dropped.empty() && example.empty()) {
-            example = fmt::format(": {} may show {}'s numbers", quotedForMessage(label),
-                                  quotedForMessage(matched.labels[place - dropped.size()]));
+            example = fmt::format(": {} may show the numbers of {}", quoted(label),
+                                  quoted(matched.labels[column - dropped.size()]));
         }
     }
     if (dropped.empty()) return;
@@ -70,7 +70,7 @@ void noteDroppedLabels(const ResponseVariables& matched, const PortsByName& port
     notes.push_back(fmt::format("{} in the result table's header that {} no recorded port of the model: {}. Columns "
                                 "are paired by position{}.",
                                 one ? "There is a label" : fmt::format("There are {} labels", dropped.size()),
-                                one ? "matches" : "match", listedForMessage(dropped), example));
+                                one ? "matches" : "match", listed(dropped), example));
 }
 
 void noteSurplusLabels(const Names& labels, std::size_t needed, Names& notes) {
@@ -79,7 +79,7 @@ void noteSurplusLabels(const Names& labels, std::size_t needed, Names& notes) {
     if (count <= needed) return;
     notes.push_back(fmt::format("The result table's header has {} labels, but the setup and the model's recorded "
                                 "outputs have {}; those from {} on were not read.",
-                                count, needed, quotedForMessage(labels[needed])));
+                                count, needed, quoted(labels[needed])));
 }
 
 void noteSharedRecords(const ResponseVariables& matched, const PortsByName& ports, Names& notes) {
@@ -89,16 +89,14 @@ void noteSharedRecords(const ResponseVariables& matched, const PortsByName& port
     }
     for (const auto& [name, count] : columns) {
         const Names& sharing = ports.at(name);
-        const std::string quoted = quotedForMessage(std::string(name));
         if (sharing.size() > 1) {
             notes.push_back(fmt::format("{} recorded ports are named {}: {}. Every column of that name is shown under "
                                         "{}, with one scale and colour.",
-                                        sharing.size(), quoted, listedForMessage(sharing),
-                                        quotedForMessage(sharing.back())));
+                                        sharing.size(), quoted(name), listed(sharing), quoted(sharing.back())));
         } else if (count > 1) {
             notes.push_back(fmt::format("The result table's header has the label {} {} times; its columns share one "
                                         "scale and colour.",
-                                        quoted, count));
+                                        quoted(name), count));
         }
     }
 }

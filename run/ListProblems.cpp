@@ -4,7 +4,7 @@
 #include "model/PortLists.h"
 #include "platform/Files.h"
 #include "platform/values/Numbers.h"
-#include "platform/values/OrreryError.h"
+#include "platform/values/Quoted.h"
 #include "run/Export.h"
 #include "run/SweepVariables.h"
 
@@ -39,8 +39,7 @@ struct Row {
     [[nodiscard]] std::string numbered() const { return fmt::format("{} {}", listWord(list), number + 1); }
     /// "Stepper /Field/Crop/rain", which says more, where it has a port.
     [[nodiscard]] std::string name() const {
-        return port().empty() ? numbered()
-                              : fmt::format("{} {}", listWord(list), quotedForMessage(std::string(port())));
+        return port().empty() ? numbered() : fmt::format("{} {}", listWord(list), messageText(port()));
     }
 };
 
@@ -56,7 +55,7 @@ void eachRow(const SetupDictionary& setup, PortList list, const Visit& visit) {
 SetupProblem portProblem(const Row& row, const PortFault& fault) {
     SetupProblem problem{fmt::format("{} ({})", fault.words, row.numbered()), row.place("portPath")};
     if (!fault.nearest.empty()) {
-        problem.mends.push_back({fmt::format("Use {}", quotedForMessage(fault.nearest)), fault.nearest});
+        problem.mends.push_back({fmt::format("Use {}", messageText(fault.nearest)), fault.nearest});
     }
     return problem;
 }
@@ -176,9 +175,9 @@ void addSweptTwice(const Row& row, SweptInputs& swept, SetupProblems& problems) 
     if (row.port().empty()) return;
     if (const auto earlier = swept.find(row.port())) {
         problems.add([&] {
-            return SetupProblem{fmt::format("Steppers {} and {} both sweep {}.", *earlier + 1, row.number + 1,
-                                            quotedForMessage(std::string(row.port()))),
-                                row.place("portPath")};
+            return SetupProblem{
+                fmt::format("Steppers {} and {} both sweep {}.", *earlier + 1, row.number + 1, quoted(row.port())),
+                row.place("portPath")};
         });
     } else {
         swept.add(row);
@@ -190,7 +189,7 @@ void addSweptAndInitialized(const Row& row, const SweptInputs& swept, SetupProbl
     if (!stepper) return;
     problems.add([&] {
         return SetupProblem{fmt::format("{} is swept by stepper {} and given a value by initialization {}.",
-                                        quotedForMessage(std::string(row.port())), *stepper + 1, row.number + 1),
+                                        quoted(row.port()), *stepper + 1, row.number + 1),
                             row.place("portPath")};
     });
 }
@@ -200,7 +199,7 @@ class UsedFiles {
 public:
     UsedFiles(const SetupDictionary& setup, std::string setupPath) : m_setupPath(std::move(setupPath)) {
         if (!m_setupPath.empty()) m_outputs.emplace(absolutePath(m_setupPath), theSetup);
-        const std::string model = resolvedModelPath(setup.textOrEmpty(setup_key::modelPath), m_setupPath);
+        const std::string model = resolvedPath(setup.textOrEmpty(setup_key::modelPath), m_setupPath);
         if (!model.empty()) m_outputs.emplace(absolutePath(model), theModel);
     }
     void addProblem(const Row& output, SetupProblems& problems) {
@@ -211,8 +210,7 @@ public:
             });
             return;
         }
-        const auto [file, isFirst] =
-            m_outputs.emplace(absolutePath(resolvedModelPath(path, m_setupPath)), output.number);
+        const auto [file, isFirst] = m_outputs.emplace(absolutePath(resolvedPath(path, m_setupPath)), output.number);
         if (!isFirst) problems.add([&, &known = *file] { return usedTwice(output, known.second, known.first); });
     }
 
@@ -227,7 +225,7 @@ private:
                             : user == theModel
                                 ? fmt::format("Output {} would replace the model file", number)
                                 : fmt::format("Outputs {} and {} have the same result file", user + 1, number),
-                            quotedForMessage(path)),
+                            quoted(path)),
                 output.place("outputPath")};
     }
 

@@ -1,7 +1,7 @@
 #include "run/NumberFaults.h"
 
 #include "platform/values/Numbers.h"
-#include "platform/values/OrreryError.h"
+#include "platform/values/Quoted.h"
 #include "run/SweepVariables.h"
 
 #include <fmt/format.h>
@@ -38,10 +38,6 @@ std::string meantNumber(std::string_view text) {
     std::string meant(withoutBraces(text));
     if (std::ranges::count(meant, ',') == 1) std::ranges::replace(meant, ',', '.');
     return isNumber(meant) ? meant : "";
-}
-
-std::string quoted(std::string_view text) {
-    return "\"" + quotedForMessage(std::string(text)) + "\"";
 }
 
 /// Takes a number and what may stand after it off the text.
@@ -88,10 +84,10 @@ std::optional<NumberFault> numberFault(std::string_view text, std::string_view c
     if (number.empty()) return NumberFault{"is empty" + counts, {}};
     const ScannedFloat scanned = scanFloat(number);
     if (scanned.length == 0)
-        return NumberFault{fmt::format("is {}, which is no number{}", quoted(number), counts), meantNumber(number)};
+        return NumberFault{fmt::format("is {}, which is not a number{}", quoted(number), counts), meantNumber(number)};
     if (!std::isfinite(scanned.value)) return NumberFault{fmt::format("is {}, which is too large", quoted(number)), {}};
     if (countsAs.empty())
-        return NumberFault{fmt::format("is {}, which is no number", quoted(number)), meantNumber(number)};
+        return NumberFault{fmt::format("is {}, which is not a number", quoted(number)), meantNumber(number)};
     return NumberFault{fmt::format("is {}, of which only {} is read", quoted(number), number.substr(0, scanned.length)),
                        meantNumber(number)};
 }

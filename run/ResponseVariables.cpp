@@ -4,6 +4,7 @@
 #include "platform/Files.h"
 #include "platform/values/MacRoman.h"
 #include "platform/values/OrreryError.h"
+#include "platform/values/Quoted.h"
 #include "run/HeaderNotes.h"
 #include "run/table/ResultTable.h"
 
@@ -49,24 +50,24 @@ void spreadColors(std::vector<ResponseVariable>& variables) {
     }
 }
 
-/// Calls take(port) for every port below the node in groups of that name, in tree order.
-template <class Take>
-void forEachPort(const ModelNode& node, std::string_view group, const Take& take) {
+/// Calls visit(port) for every port below the node in groups of that name, in tree order.
+template <class Visit>
+void forEachPort(const ModelNode& node, std::string_view group, const Visit& visit) {
     for (const ModelNode* child : node.children) {
         if (child->kind != ModelNodeKind::PortGroup) {
-            forEachPort(*child, group, take);
+            forEachPort(*child, group, visit);
         } else if (child->name() == group) {
             for (const ModelNode* port : child->children) {
-                take(*port);
+                visit(*port);
             }
         }
     }
 }
 
-template <class Take>
-void forEachRecorder(const ModelNode& node, const Take& take) {
-    forEachPort(node, "outputs", [&take](const ModelNode& port) {
-        if (booleanValue(port.record.text("recordp"))) take(port);
+template <class Visit>
+void forEachRecorder(const ModelNode& node, const Visit& visit) {
+    forEachPort(node, "outputs", [&visit](const ModelNode& port) {
+        if (booleanValue(port.record.text("recordp"))) visit(port);
     });
 }
 
@@ -90,7 +91,7 @@ void requireText(std::string_view header, const std::string& fileName) {
     const auto controls = static_cast<std::size_t>(std::ranges::count_if(line, isControl));
     if (!marked && controls * 8 <= line.size()) return;
     throw OrreryError(fmt::format("This is not a result table: it is UTF-16 or binary data and begins with {}.",
-                                  quotedForMessage(decodeMacRoman(line.substr(0, 16)))),
+                                  quoted(decodeMacRoman(line.substr(0, 16)))),
                       {fileName, 0, 0}, "Have the engine write plain text, one byte per character.");
 }
 
@@ -152,8 +153,7 @@ ResponseVariables matchResponseVariables(const std::vector<ResponseVariable>& re
     if (headerLabels.size() < needed) {
         throw OrreryError(fmt::format("The header of the result table has {} labels, but the setup and the model's {} "
                                       "recorded outputs need {}; its first label is {}.",
-                                      headerLabels.size(), recorders.size(), needed,
-                                      quotedForMessage(headerLabels.front())),
+                                      headerLabels.size(), recorders.size(), needed, quoted(headerLabels.front())),
                           {fileName, 1, 0}, "Run the simulation again with this model.");
     }
     ResponseVariables result;

@@ -2,8 +2,10 @@
 
 #include "document/setup/ModelPath.h"
 #include "document/setup/SetupForm.h"
+#include "model/ModelObjects.h"
 #include "platform/values/Numbers.h"
 #include "platform/values/OrreryError.h"
+#include "platform/values/Quoted.h"
 #include "run/ListProblems.h"
 #include "run/NumberFaults.h"
 #include "run/SweepVariables.h"
@@ -23,16 +25,16 @@ namespace orrery {
 namespace {
 
 void addModelProblem(const SetupDictionary& setup, const SetupSurroundings& around, SetupProblems& problems) {
-    const std::string path = resolvedModelPath(setup.textOrEmpty(setup_key::modelPath), around.setupPath);
+    const std::string path = resolvedPath(setup.textOrEmpty(setup_key::modelPath), around.setupPath);
     const auto add = [&](std::string words) {
         problems.add([&] { return SetupProblem{std::move(words), {std::string(setup_key::modelPath)}}; });
     };
     if (path.empty()) {
-        add("No model is chosen.");
+        add(std::string(noModelChosen));
     } else if (!around.fileExists(path)) {
-        add(fmt::format("The model file {} does not exist.", quotedForMessage(path)));
+        add(fmt::format("The model file {} does not exist.", quoted(path)));
     } else if (around.ports.tree().empty()) {
-        add(fmt::format("The model file {} has not been read, so its ports are not known.", quotedForMessage(path)));
+        add(fmt::format("The model file {} has not been read, so its ports are not known.", quoted(path)));
     }
 }
 
@@ -74,8 +76,7 @@ void addDimensionsProblem(const SetupDictionary& setup, SetupProblems& problems)
     const std::optional<NumberFault> fault = pairFault(text);
     if (!fault && isCount(size.x) && isCount(size.y)) return;
     problems.add([&] {
-        const std::string words =
-            fault ? fault->words : quotedForMessage(std::string(text)) + "; both must be whole numbers from 1 on";
+        const std::string words = fault ? fault->words : quoted(text) + "; both must be whole numbers from 1 on";
         return SetupProblem{fmt::format("Dimensions are {}.", words),
                             {std::string(setup_key::dimensions)},
                             {{"Use { 1, 1 }", "{ 1, 1 }"}}};

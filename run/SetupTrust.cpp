@@ -73,7 +73,7 @@ std::vector<std::string> outputsOutside(const SetupDictionary& setup, const std:
     if (isSingleRun(setup)) return files;
     const std::string folder = folderOf(setupPath);
     for (const Entry& output : setup.entries(setup_key::outputs)) {
-        const std::string path = resolvedModelPath(output.text("outputPath"), setupPath);
+        const std::string path = resolvedPath(output.text("outputPath"), setupPath);
         if (!path.empty() && !realPath(path).starts_with(folder)) files.push_back(path);
     }
     return files;

@@ -2,6 +2,7 @@
 
 #include "platform/values/Numbers.h"
 #include "platform/values/OrreryError.h"
+#include "platform/values/Quoted.h"
 
 #include <fmt/format.h>
 
@@ -154,7 +155,7 @@ std::vector<std::string> sweepWarnings(const SetupDictionary& setup, const Sweep
         if (variable.stridesPerCycle() > 0) continue;
         const bool isTime = &variable == &grid.variables.back();
         warnings.push_back(isTime ? noDaysWarning(setup).words
-                                  : fmt::format("Stepper {}: {}", quotedForMessage(variable.name()),
+                                  : fmt::format("Stepper {}: {}", messageText(variable.name()),
                                                 noValuesWords(variable.start(), variable.stop(), variable.step())));
     }
     return warnings;

@@ -15,7 +15,8 @@ namespace orrery {
 
 namespace {
 
-std::string quoted(const QString& name) {
+/// A file's name as it is shown, which is escaped already.
+std::string quotedName(const QString& name) {
     return "“" + coreText(name) + "”";
 }
 
@@ -126,7 +127,7 @@ void DocumentFiles::revert() {
         revertToFile();
         return;
     }
-    m_alerts.beginSheet({"Do you want to revert to the saved version of " + quoted(displayName()) + "?",
+    m_alerts.beginSheet({"Do you want to revert to the saved version of " + quotedName(displayName()) + "?",
                          "The changes that you made since then will be lost.",
                          {"Revert", "Cancel"}},
                         [this](std::size_t button) {
@@ -141,7 +142,7 @@ void DocumentFiles::tellOfFile() {
     }
     m_document.file().known().claim();
     if (m_document.file().unparsedFault().empty()) return;
-    tell(tr("“%1” holds no setup.").arg(displayName()),
+    tell(tr("“%1” is not a setup file.").arg(displayName()),
          m_document.file().unparsedFault() +
              "\nThe window shows an empty setup. When you save it, the old file is kept beside "
              "it, with “~” after its name.");
@@ -171,7 +172,7 @@ void DocumentFiles::askAboutRun() {
         askAboutChanges();
         return;
     }
-    m_alerts.beginSheet({"A simulation of " + quoted(displayName()) + " is running.",
+    m_alerts.beginSheet({"A simulation of " + quotedName(displayName()) + " is running.",
                          "Closing the document aborts it, and its results will not be read.",
                          {"Abort and Close", "Cancel"}},
                         [this](std::size_t button) { button == 0 ? askAboutChanges() : answerClosing(false); });
@@ -183,7 +184,7 @@ void DocumentFiles::askAboutChanges() {
         answerClosing(true);
         return;
     }
-    m_alerts.beginSheet({"Do you want to save the changes made to " + quoted(displayName()) + "?",
+    m_alerts.beginSheet({"Do you want to save the changes made to " + quotedName(displayName()) + "?",
                          "Your changes will be lost if you don't save them.",
                          {"Save", "Cancel", "Don't Save"},
                          Severity::Warning,

@@ -178,9 +178,9 @@ void ModelOutlineView::setSelection(const QRect& rect, QItemSelectionModel::Sele
     const QModelIndex last = rowAt(rect.left(), bottom);
     if (rect.isNull() || (!first.isValid() && !last.isValid())) return QTreeView::setSelection(rect, command);
     std::vector<std::size_t> shown = m_model->inTreeOrder(inSight());
-    const auto place = [&](const QModelIndex& index) { return std::ranges::find(shown, m_model->position(index)); };
-    const auto begin = first.isValid() ? place(first) : shown.begin();
-    const auto end = last.isValid() ? place(last) + 1 : shown.end();
+    const auto rowOf = [&](const QModelIndex& index) { return std::ranges::find(shown, m_model->position(index)); };
+    const auto begin = first.isValid() ? rowOf(first) : shown.begin();
+    const auto end = last.isValid() ? rowOf(last) + 1 : shown.end();
     std::vector<bool> touched(m_model->shownCount());
     std::for_each(begin, end, [&touched](std::size_t position) { touched[position] = true; });
     m_selection->select(m_model->selectionOf(touched), command);

@@ -2,7 +2,7 @@
 
 #include "platform/Files.h"
 #include "platform/qt/QtText.h"
-#include "platform/values/OrreryError.h"
+#include "platform/values/Quoted.h"
 
 #include <QDir>
 #include <filesystem>
@@ -12,7 +12,7 @@ namespace orrery {
 namespace {
 
 QString shown(const std::string& text) {
-    return qtText(quotedForMessage(text));
+    return qtText(messageText(text));
 }
 
 } // namespace

@@ -52,10 +52,10 @@ const QWidget& frontOf(const std::vector<const QWidget*>& windows) {
 
 /// Whole on the screen, as far as its parts let it be so small.
 void putIntoSight(QMainWindow& window, const QRect& room) {
-    QRect place(window.pos(), window.size().boundedTo(room.size()));
-    place.moveLeft(std::clamp(place.left(), room.left(), room.right() + 1 - place.width()));
-    place.moveTop(std::clamp(place.top(), room.top(), room.bottom() + 1 - place.height()));
-    window.setGeometry(place);
+    QRect frame(window.pos(), window.size().boundedTo(room.size()));
+    frame.moveLeft(std::clamp(frame.left(), room.left(), room.right() + 1 - frame.width()));
+    frame.moveTop(std::clamp(frame.top(), room.top(), room.bottom() + 1 - frame.height()));
+    window.setGeometry(frame);
 }
 
 /// A step right and down from the window that it would hide; from the edge of the screen on, beginning at the corner.
@@ -64,10 +64,10 @@ void stepAside(QMainWindow& window, const QRect& room, const std::vector<const Q
         const bool hidesOne = std::ranges::any_of(
             others, [&](const QWidget* other) { return other->geometry().topLeft() == window.geometry().topLeft(); });
         if (!hidesOne) return;
-        QRect place = window.geometry().translated(cascade, cascade);
-        if (place.right() > room.right()) place.moveLeft(room.left() + static_cast<int>(step) % cascade);
-        if (place.bottom() > room.bottom()) place.moveTop(room.top() + static_cast<int>(step) % cascade);
-        window.setGeometry(place);
+        QRect frame = window.geometry().translated(cascade, cascade);
+        if (frame.right() > room.right()) frame.moveLeft(room.left() + static_cast<int>(step) % cascade);
+        if (frame.bottom() > room.bottom()) frame.moveTop(room.top() + static_cast<int>(step) % cascade);
+        window.setGeometry(frame);
     }
 }
 

@@ -2,12 +2,12 @@
 
 namespace orrery {
 
-std::string resolvedModelPath(std::string_view modelPath, std::string_view setupFilePath) {
+std::string resolvedPath(std::string_view path, std::string_view setupFilePath) {
     const std::size_t slash = setupFilePath.rfind('/');
-    if (modelPath.empty() || modelPath.front() == '/' || slash == std::string_view::npos) {
-        return std::string(modelPath);
+    if (path.empty() || path.front() == '/' || slash == std::string_view::npos) {
+        return std::string(path);
     }
-    return std::string(setupFilePath.substr(0, slash + 1)).append(modelPath);
+    return std::string(setupFilePath.substr(0, slash + 1)).append(path);
 }
 
 } // namespace orrery

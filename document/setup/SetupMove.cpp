@@ -35,7 +35,7 @@ std::string withoutDots(const fs::path& path) {
 
 std::string absoluteModelPath(std::string_view modelPath, const std::string& setupFile) {
     if (modelPath.empty() || modelPath.front() == '/') return std::string(modelPath);
-    return withoutDots(resolvedModelPath(modelPath, absolutePath(setupFile)));
+    return withoutDots(resolvedPath(modelPath, absolutePath(setupFile)));
 }
 
 SetupDictionary setupAfterMove(const SetupDictionary& setup, const std::optional<std::string>& oldSetupFile,

@@ -3,6 +3,7 @@
 #include "document/setup/SetupForm.h"
 #include "platform/values/Numbers.h"
 #include "platform/values/OrreryError.h"
+#include "platform/values/Quoted.h"
 
 #include <fmt/format.h>
 
@@ -56,7 +57,7 @@ void readRequiredSettings(SetupDictionary& setup, const XmlElement& root, const 
         }
     }
     if (!missing.empty()) {
-        throw OrreryError(fmt::format("The setup lacks {} inside <{}>.", missing, quotedForMessage(root.name())),
+        throw OrreryError(fmt::format("The setup lacks {} inside <{}>.", missing, messageText(root.name())),
                           Place{fileName}, "Check that this is a setup file, and add what is missing.");
     }
 }

@@ -3,6 +3,7 @@
 #include "document/setup/SetupForm.h"
 #include "platform/values/MacRoman.h"
 #include "platform/values/OrreryError.h"
+#include "platform/values/Quoted.h"
 #include "platform/values/Utf8.h"
 
 #include <fmt/format.h>
@@ -31,8 +32,8 @@ std::string unwritablePart(std::string_view text) {
     if (!notXml.empty()) return codePointName(notXml) + ", which XML cannot hold";
     const std::string notRoman = firstCharacterNotInMacRoman(text);
     if (notRoman.empty()) return {};
-    return fmt::format("{} \"{}\", which Mac OS Roman, the encoding of setup files, lacks", codePointName(notRoman),
-                       notRoman);
+    return fmt::format("{} {}, which Mac OS Roman, the encoding of setup files, lacks", codePointName(notRoman),
+                       quoted(notRoman));
 }
 
 void checkText(std::string_view text, const std::string& place, const std::string& fileName) {
@@ -48,12 +49,12 @@ void checkSettings(const SetupDictionary& setup, const std::string& fileName) {
     }
 }
 
-/// "value of initialization 2 ("/Field/Crop/x")"
+/// "value of initialization 2 (“/Field/Crop/x”)"
 std::string placeInList(const Field& field, const setup_form::List& list, std::size_t index, const Entry& entry) {
     std::string place = fmt::format("{} of {} {}", field.userWord, list.userWord, index + 1);
     const std::string_view port = entry.text(setup_form::portPath.key);
     if (field.key != setup_form::portPath.key && !port.empty()) {
-        place += fmt::format(" (\"{}\")", quotedForMessage(std::string(port)));
+        place += fmt::format(" ({})", quoted(port));
     }
     return place;
 }

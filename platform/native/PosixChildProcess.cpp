@@ -37,7 +37,7 @@ private:
     void readPiece();
     bool deliverPiece(std::size_t limit);
     void hearGuard();
-    void take(const GuardReport& report);
+    void noteEnd(const GuardReport& report);
     void awaitEnd();
     void reportEnd();
     void deliverFailure();
@@ -106,7 +106,7 @@ bool Child::deliverPiece(std::size_t limit) {
 
 void Child::hearGuard() {
     if (const auto report = nextReport(*m_control)) {
-        take(*report);
+        noteEnd(*report);
         if (m_waiting == nullptr) m_waiting = m_loop.repeat(leftBehindDelay, [this] { reportLeftBehind(); });
     } else {
         m_controlSource.reset(); // the guard is gone: nothing of the run lives, or somebody killed it
@@ -114,7 +114,7 @@ void Child::hearGuard() {
     if (m_outputSource == nullptr) reportEnd();
 }
 
-void Child::take(const GuardReport& report) {
+void Child::noteEnd(const GuardReport& report) {
     if (knowsEnd()) return;
     if (report.kind == GuardReport::Kind::NotStarted) {
         m_failure = failureLine(startFailure(m_program, report.number));
@@ -159,7 +159,7 @@ void Child::drain() {
         held -= size;
     }
     while (const auto report = nextReport(*m_control))
-        take(*report);
+        noteEnd(*report);
     if (m_listening) deliverFailure();
 }
 

@@ -39,7 +39,7 @@ std::string chosenDirectory(const std::string& value) {
     struct stat status {};
     const char* const remedy = "Set TMPDIR to a directory that you can write to.";
     if (stat(path.c_str(), &status) != 0) throwUnusable(path, "cannot be used: " + systemReason(errno), remedy);
-    if (!S_ISDIR(status.st_mode)) throwUnusable(path, "is no directory", remedy);
+    if (!S_ISDIR(status.st_mode)) throwUnusable(path, "is not a directory", remedy);
     if (access(path.c_str(), W_OK | X_OK) != 0) {
         throwUnusable(path, "cannot be written to: " + systemReason(errno), remedy);
     }
@@ -66,7 +66,8 @@ std::string cacheDirectory() {
     if (cache.starts_with('/')) return cache;
     const std::string home = environment("HOME");
     if (!home.starts_with('/')) {
-        throwUnusable("~", "has no place: there is neither a runtime nor a home directory", "Set TMPDIR or HOME.");
+        throwUnusable("~", "cannot be made: there is neither a runtime directory nor a home directory",
+                      "Set TMPDIR or HOME.");
     }
     return withSlash(home) + ".cache";
 }
@@ -93,7 +94,7 @@ void requirePrivate(const std::string& path) {
     const struct stat status = statusOf(path);
     const char* const remedy = "Remove it, or set TMPDIR to a directory of your own.";
     if (S_ISLNK(status.st_mode)) throwUnusable(path, "is a symbolic link", remedy);
-    if (!S_ISDIR(status.st_mode)) throwUnusable(path, "is no directory", remedy);
+    if (!S_ISDIR(status.st_mode)) throwUnusable(path, "is not a directory", remedy);
     if (status.st_uid != geteuid()) throwUnusable(path, "belongs to another user", remedy);
     if ((status.st_mode & 07777U) != S_IRWXU)
         throwUnusable(path, "is open to other users (its mode is not 700)", remedy);

@@ -1,6 +1,6 @@
 #include "platform/values/Numbers.h"
 
-#include "platform/values/OrreryError.h"
+#include "platform/values/Quoted.h"
 
 #include <fmt/format.h>
 
@@ -126,10 +126,10 @@ TypedNumber typedNumber(std::string_view text) {
     const std::string_view number = trimmed(text);
     if (number.empty()) return {std::nullopt, "There is no number."};
     const ScannedFloat scanned = scanFloat(number);
-    const std::string quoted = "\u201c" + quotedForMessage(std::string(number)) + "\u201d";
-    if (scanned.length != number.size()) return {std::nullopt, quoted + " is not a number." + pointForComma(number)};
+    if (scanned.length != number.size())
+        return {std::nullopt, quoted(number) + " is not a number." + pointForComma(number)};
     // It would be shown as "inf", which reads back as no number at all.
-    if (!std::isfinite(scanned.value)) return {std::nullopt, quoted + " is too large a number."};
+    if (!std::isfinite(scanned.value)) return {std::nullopt, quoted(number) + " is too large a number."};
     return {scanned.value, {}};
 }
 

@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <stdexcept>
 #include <string>
-#include <vector>
 
 namespace orrery {
 
@@ -38,13 +37,7 @@ public:
     using std::logic_error::logic_error;
 };
 
-/// Text from a user's file as it may stand in a one-line message: control characters escaped, long text shortened.
-[[nodiscard]] std::string quotedForMessage(const std::string& text);
-
 /// With a capital letter in front.
 [[nodiscard]] std::string capitalized(std::string words);
-
-/// Such texts in a row, of many only the first: "a, b, c and 12 more".
-[[nodiscard]] std::string listedForMessage(const std::vector<std::string>& texts);
 
 } // namespace orrery

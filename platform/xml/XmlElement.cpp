@@ -1,4 +1,5 @@
 #include "platform/values/OrreryError.h"
+#include "platform/values/Quoted.h"
 #include "platform/values/Utf8.h"
 #include "platform/xml/XmlDocument.h"
 
@@ -43,8 +44,8 @@ bool isXmlCharacter(char32_t c) {
 void requireXmlText(std::string_view text, const std::string& element) {
     const std::string_view unusable = firstCharacterNotInXml(text);
     if (unusable.empty()) return;
-    throw OrreryError("The text of \"" + element + "\" has the character \"" + quotedForMessage(std::string(unusable)) +
-                          "\", which XML cannot carry.",
+    throw OrreryError("The text of " + quoted(element) + " has the character " + quoted(unusable) +
+                          ", which XML cannot carry.",
                       {}, "Remove the character.");
 }
 

@@ -2,6 +2,7 @@
 #include "platform/native/FileChecks.h"
 #include "platform/values/MacRoman.h"
 #include "platform/values/OrreryError.h"
+#include "platform/values/Quoted.h"
 #include "platform/values/Utf8.h"
 #include "platform/xml/XmlDocument.h"
 
@@ -40,7 +41,7 @@ bool isMacRomanName(std::string_view encoding) {
 std::string problemInWords(XML_Error code, bool hasElement) {
     switch (code) {
     case XML_ERROR_NO_ELEMENTS:
-        return hasElement ? "The file ends before its root element is closed." : "The file holds no XML element.";
+        return hasElement ? "The file ends before its root element is closed." : "The file has no XML element.";
     case XML_ERROR_INVALID_TOKEN:
         return "This is not well-formed XML: there is an unexpected character here.";
     case XML_ERROR_SYNTAX:
@@ -130,15 +131,15 @@ private:
         const XML_Error code = XML_GetErrorCode(parser());
         if (code == XML_ERROR_NO_MEMORY) throw std::bad_alloc();
         if (code == XML_ERROR_UNKNOWN_ENCODING) {
-            fail("The encoding \"" + quotedForMessage(m_unknownEncoding) +
-                 "\" is not known here; UTF-8, UTF-16, ISO-8859-1, US-ASCII and macintosh are.");
+            fail("The encoding " + quoted(m_unknownEncoding) +
+                 " is not known here; UTF-8, UTF-16, ISO-8859-1, US-ASCII and macintosh are.");
         }
         if (code == XML_ERROR_UNDEFINED_ENTITY) failUndeclared(referenceIn(withoutNul(rawInput(longestReference))));
         fail(problemInWords(code, m_hasElement));
     }
 
     [[noreturn]] void failUndeclared(std::string_view entity) const {
-        fail("The entity \"&" + quotedForMessage(std::string(entity)) + ";\" is not declared in this file.");
+        fail("The entity " + quoted(fmt::format("&{};", entity)) + " is not declared in this file.");
     }
 
     /// At most `length` bytes of the file from the current item on, as far as expat holds them.
@@ -257,8 +258,8 @@ private:
     static int XMLCALL onExternalEntity(XML_Parser parser, const char* /*context*/, const char* /*base*/,
                                         const char* system, const char* /*public*/) {
         guarded(XML_GetUserData(parser), [&](XmlStream& stream) {
-            stream.fail("The text refers to another file, \"" + quotedForMessage(system == nullptr ? "" : system) +
-                        "\", which is not read.");
+            stream.fail("The text refers to another file, " + quoted(system == nullptr ? "" : system) +
+                        ", which is not read.");
         });
         return XML_STATUS_ERROR;
     }

@@ -286,11 +286,11 @@ void writeStrip(const SurfaceStrip& strip, std::size_t cells, bool streamed, flo
     for (std::size_t begin = 0; begin < cells; begin += Piece::most) {
         const std::size_t count = std::min(Piece::most, cells - begin);
         piece.calculate(strip, begin, count);
-        float* const place = out + begin * floatsPerCell;
+        float* const target = out + begin * floatsPerCell;
         if (streamed && aligned) {
-            writeStreamed(piece, count, write, place);
+            writeStreamed(piece, count, write, target);
         } else {
-            writeInPlace(piece, count, begin + count == cells, write, place);
+            writeInPlace(piece, count, begin + count == cells, write, target);
         }
     }
 }

@@ -33,7 +33,7 @@ FileDescriptor openLockFile(const std::string& path) {
     if (!file.isOpen()) throwUnusable(path, errno == ELOOP ? "it is a symbolic link" : systemReason(errno));
     struct stat status {};
     if (fstat(file.get(), &status) != 0) throwUnusable(path, systemReason(errno));
-    if (!S_ISREG(status.st_mode)) throwUnusable(path, "it is no regular file");
+    if (!S_ISREG(status.st_mode)) throwUnusable(path, "it is not an ordinary file");
     if (status.st_uid != geteuid()) throwUnusable(path, "it belongs to another user");
     if (status.st_nlink > 1) throwUnusable(path, "it has another name as well");
     return file;

@@ -2,6 +2,7 @@
 
 #include "platform/Workers.h"
 #include "platform/values/Numbers.h"
+#include "platform/values/Quoted.h"
 #include "run/table/TableReading.h"
 
 #include <fmt/format.h>
@@ -40,7 +41,7 @@ std::string resultTablePath(const std::string& temporaryDirectory) {
 }
 
 ResultTableMissing::ResultTableMissing(const std::string& path, const std::string& reason)
-    : OrreryError(fmt::format("The data file, {}, was not found: {}", quotedForMessage(path), reason), {},
+    : OrreryError(fmt::format("The data file, {}, was not found: {}", messageText(path), reason), {},
                   "Run the simulation, and see its output if it left no data.") {}
 
 ReadableFile openResultTable(const std::string& path) {

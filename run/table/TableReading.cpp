@@ -2,6 +2,7 @@
 
 #include "platform/Workers.h"
 #include "platform/values/Numbers.h"
+#include "platform/values/Quoted.h"
 #include "run/table/RowScanner.h"
 
 #include <fmt/format.h>
@@ -304,7 +305,7 @@ void TableReading::countRowsBeyond(TableBlock& block) {
 void TableReading::throwLineTooLong(std::string_view line) const {
     throw OrreryError(fmt::format("This is not a result table: the line after its first {} rows is longer than {} "
                                   "and begins with {}.",
-                                  m_row, sizeText(longestLine), quotedForMessage(std::string(line.substr(0, 40)))),
+                                  m_row, sizeText(longestLine), quoted(line.substr(0, 40))),
                       {m_fileName, 0, 0}, "Run the simulation again.");
 }
 

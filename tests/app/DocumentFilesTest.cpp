@@ -137,7 +137,7 @@ TEST_F(DocumentFilesTest, RevertAsksAndReadsTheFileAgain) {
     EXPECT_NE(readWholeFile(files.path() + "crop-single.orrery").find("<RunLength>43<"), std::string::npos);
     files.write("crop-single.orrery", "just text");
     action(window, "actionRevert").trigger();
-    answer(window, "“crop-single.orrery” holds no setup.", "OK");
+    answer(window, "“crop-single.orrery” is not a setup file.", "OK");
 }
 
 TEST_F(DocumentFilesTest, TheQuestionOfAClosingWindowDoesAsAnswered) {
@@ -199,7 +199,7 @@ TEST_F(DocumentFilesTest, AFileOpensOnceUnderAllItsNamesAndEqualNamesAreToldApar
 
 TEST_F(DocumentFilesTest, WhatIsNoSetupIsToldAndItsFileKeptWhenSaving) {
     DocumentWindow& window = open(files.write("notes.orrery", "just text"));
-    answer(window, "holds no setup", "OK");
+    answer(window, "is not a setup file", "OK");
     action(window, "actionSave").trigger();
     EXPECT_EQ(readWholeFile(files.path() + "notes.orrery~"), "just text");
     EXPECT_EQ(controller->documentController().openDocument(files.path() + "missing.orrery"), nullptr);

@@ -171,7 +171,7 @@ TEST_F(SetupTabTest, APortThatTheModelHasNotIsMarkedUntilTheModelHasIt) {
     const QModelIndex cell = table("stepperTable").model()->index(0, 0);
     window->document().setup().editEntry(PortList::Steppers, 0, "portPath", "/Orchard/Weather/heigth");
     const std::string fault = cell.data(Qt::AccessibleDescriptionRole).toString().toStdString();
-    EXPECT_THAT(fault, HasSubstr("Did you mean /Orchard/Weather/height?"));
+    EXPECT_THAT(fault, HasSubstr("Did you mean “/Orchard/Weather/height”?"));
     EXPECT_THAT(cell.data(Qt::ToolTipRole).toString().toStdString(), HasSubstr(fault));
     EXPECT_TRUE(cell.data(Qt::FontRole).value<QFont>().italic());
 

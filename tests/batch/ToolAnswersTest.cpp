@@ -49,11 +49,11 @@ INSTANTIATE_TEST_SUITE_P(
     Usage, ToolRefuses,
     testing::Values(
         Refusal{"noCommand", 2, {}, "--help"},
-        Refusal{"unknownCommand", 2, {"shwo"}, "no command 'shwo'; did you mean 'show'?"},
+        Refusal{"unknownCommand", 2, {"shwo"}, "There is no command “shwo”. Did you mean “show”? See"},
         Refusal{"missingFile", 2, {"show"}, "SETUP"}, Refusal{"unknownOption", 2, {"show", "a", "--x"}, "--x"},
         Refusal{"summaryAndCsv", 2, {"results", "setup.orrery", "--summary", "--csv", "-"}, "--summary"},
-        Refusal{"unknownKey", 2, {"new", "o", "--model", "m", "--set", "runLenght=1"}, "did you mean 'runLength'?"},
-        Refusal{"noNumber", 2, {"new", "o", "--model", "m", "--set", "runLength=1,5"}, "holds no number"},
+        Refusal{"unknownKey", 2, {"new", "o", "--model", "m", "--set", "runLenght=1"}, "Did you mean “runLength”?"},
+        Refusal{"noNumber", 2, {"new", "o", "--model", "m", "--set", "runLength=1,5"}, "does not end in a number."},
         Refusal{"noDate", 2, {"new", "o", "--model", "m", "--set", "startDay=2001-02-30"}, "yyyy-mm-dd"},
         Refusal{"initWithoutValue", 2, {"new", "o", "--model", "m", "--init", "/A/b"}, "PORT=VALUE"},
         Refusal{"stepOfTwo", 2, {"new", "o", "--model", "m", "--step", "/A/b=0:1"}, "START:STEP:STOP"},
@@ -82,19 +82,20 @@ INSTANTIATE_TEST_SUITE_P(
         Refusal{"unknownPort",
                 1,
                 {"new", "o", "--model", "model.xml", "--step", "/Field/Crop/watr=0:1:2"},
-                "model.xml: no input port '/Field/Crop/watr'; did you mean '/Field/Crop/water'?"},
+                "model.xml: The model has no input port “/Field/Crop/watr”. Did you mean “/Field/Crop/water”?"},
         Refusal{"outputThatIsAnInput",
                 1,
                 {"new", "o", "--model", "model.xml", "--output", "/Field/Crop/water"},
                 "no output port"},
-        Refusal{"unknownAxis", 1, plotWith({"--axis1", "dya"}), "no sweep variable 'dya'; did you mean 'day'?"},
-        Refusal{"positionBeyond", 1, plotWith({"--include", "#2"}), "'Field/Crop/biomass', 'Field/Crop/yield'"}),
+        Refusal{"unknownAxis", 1, plotWith({"--axis1", "dya"}),
+                "There is no sweep variable “dya”. Did you mean “day”?"},
+        Refusal{"positionBeyond", 1, plotWith({"--include", "#2"}), "“Field/Crop/biomass”, “Field/Crop/yield”"}),
     [](const auto& row) { return row.param.name; });
 
 TEST_F(Tool, ReportsStandardOutputThatTakesNothing) {
     const Finished done = RunningTool(m_folder.path(), {"show", "setup.orrery"}, "/dev/full").finish();
     EXPECT_EQ(done.exitCode, 1);
-    EXPECT_THAT(done.err, HasSubstr("standard output: cannot be written"));
+    EXPECT_THAT(done.err, HasSubstr("standard output: It cannot be written"));
 }
 
 TEST_F(Tool, MakesTheSetupThatItWasTold) {

@@ -50,7 +50,7 @@ TEST(SetupWriter, RefusesWhatAFileCannotHoldAndNamesItsField) {
             ADD_FAILURE() << message << " was written";
         } catch (const OrreryError& error) {
             EXPECT_EQ(error.place().file, "a.setup");
-            EXPECT_THAT(error.problem(), HasSubstr("value of initialization 2 (\"/Field/Crop/x\")"));
+            EXPECT_THAT(error.problem(), HasSubstr("value of initialization 2 (“/Field/Crop/x”)"));
             EXPECT_THAT(error.problem(), HasSubstr(message));
         }
     }

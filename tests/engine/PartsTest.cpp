@@ -128,7 +128,7 @@ TEST_F(Parts, TakeFileColumnsAndPassInputsThrough) {
 TEST_F(Parts, NameTheFaultsOfAFile) {
     const ModelText model = ModelText().part("KSFILE", "Trap", {}, {{"catch", {}, {}}}, {{"file", "trap.dat"}});
     const std::vector<std::pair<const char*, const char*>> faults{
-        {"day caught\n1 2\n", "trap.dat:1: port \"/Root/Trap/catch\""},
+        {"day caught\n1 2\n", "trap.dat:1: port “/Root/Trap/catch”"},
         {"day catch\n1 x\n", "trap.dat:2: port"},
         {"day catch\n1\n", "trap.dat:2: port"},
         {"day catch\n2 1\n1 1\n", "ascending"},

@@ -96,25 +96,25 @@ struct FailureCase {
 };
 constexpr const char* noChild = "Failure to find child node";
 const FailureCase failureCases[] = {
-    {{{"KSLevel", "z"}}, 1, "Couldn't find class for KSLevel", "\"z\""},
+    {{{"KSLevel", "z"}}, 1, "Couldn't find class for KSLevel", "“z”"},
     {{{"KSLEVEL", "r"}, {nullptr, "z"}}, 2, "Couldn't find class for ", "no type"},
     {{}, 0, "No root", "no model objects"},
     {{{"KSTEMPLATE", "t"}}, 0, "No root"},
     {{{"KSLEVEL", "r", {}, {{"parent", ""}}}}, 0, "No root"},
     {{{"KSRANDOM", "r"}}, 0, "No root"},
     {{{"KSLEVEL", "r"}, {"KSLEVEL", nullptr}}, 0, "No root", "no identifier"},
-    {{rootLevel}, 1, noChild, "names \"a\" among its \"children\""},
+    {{rootLevel}, 1, noChild, "names “a” among its “children”"},
     {{{"KSTEMPLATE", "t"}, {"KSLEVEL", "r", {}, {{"children", "t"}}}}, 2, noChild, "template"},
     {{{"KSLEVEL", "r", {}, {{"inputs", ""}}}}, 1, noChild, "empty"},
-    {{{"KSLEVEL", "r"}, {"KSHTL", "h", {}, {{"outputs", "x"}}}}, 2, noChild, "\"x\""},
+    {{{"KSLEVEL", "r"}, {"KSHTL", "h", {}, {{"outputs", "x"}}}}, 2, noChild, "“x”"},
     {{rootLevel, {"NOVEL", "n"}}, 2, "Couldn't find class for NOVEL"}, // before root and child
-    {{{"KSLEVEL", "r", {{"name", "R"}}, {{"children", "r"}}}}, 1, "The level \"R\"", "ancestor"},
-    {{{"KSLEVEL", "r"}, {"KSHTL", "h", {{"name", "H"}}, {{"inputs", "h"}}}}, 2, "The part \"H\"", "ancestor"},
+    {{{"KSLEVEL", "r", {{"name", "R"}}, {{"children", "r"}}}}, 1, "The level “R”", "ancestor"},
+    {{{"KSLEVEL", "r"}, {"KSHTL", "h", {{"name", "H"}}, {{"inputs", "h"}}}}, 2, "The part “H”", "ancestor"},
     {{{"KSLEVEL", "r"}, // a cycle beside the root
       {"KSLEVEL", "a", {{"name", "A"}}, {{"children", "b"}, {"parent", "b"}}},
       {"KSLEVEL", "b", {}, {{"children", "a"}, {"parent", "a"}}}},
      2,
-     "The level \"A\"",
+     "The level “A”",
      "ancestor"},
 };
 
@@ -170,7 +170,7 @@ TEST(ModelTree, LogsIdentifiersUsedTwiceWithoutFloodingTheLog) {
     (void)nodesFromDictionaries(records(objects), "m.xml");
     setLogSink({});
     EXPECT_LT(log.size(), 20U);
-    EXPECT_THAT(log.front(), StartsWith("m.xml:2: identifier \"twice\""));
+    EXPECT_THAT(log.front(), StartsWith("m.xml:2: identifier “twice”"));
     EXPECT_THAT(log.back(), HasSubstr("90 more"));
 }
 

@@ -67,7 +67,7 @@ TEST_F(TemporaryDirectory, MakesARelativeChoiceAbsoluteForTheEngineToo) {
 TEST_F(TemporaryDirectory, RefusesAChoiceThatCannotHoldFiles) {
     const std::string file = m_folder.write("file", "");
     const std::vector<std::pair<std::string, std::string>> rows = {{m_folder.path() + "none", "there is no such file"},
-                                                                   {file, "is no directory"},
+                                                                   {file, "is not a directory"},
                                                                    {"/proc/self", "cannot be written to"}};
     for (const auto& [value, reason] : rows) {
         setenv("TMPDIR", value.c_str(), 1);
@@ -115,7 +115,7 @@ TEST_F(TemporaryDirectory, RefusesAPreparedDirectory) {
     make("shared", 01777);
     const std::vector<std::pair<std::string, std::string>> rows = {{"wide", "open to other users"},
                                                                    {"link", "is a symbolic link"},
-                                                                   {"file", "is no directory"},
+                                                                   {"file", "is not a directory"},
                                                                    {"shared", "where every user can write"}};
     for (const auto& [name, reason] : rows) {
         setenv("XDG_CACHE_HOME", (m_folder.path() + name).c_str(), 1);

@@ -83,19 +83,21 @@ INSTANTIATE_TEST_SUITE_P(
         HeaderCase{"engineThatLabelsOtherwise", {"F/x"}, {"#", "p1", "t", "x"}, {}},
         HeaderCase{"timeFirst", {"F/x"}, {"seed", "rain", "day", "x"}, {}}, // a row's number may have any name
         HeaderCase{"tabAtTheEnd", {"F/x"}, {"row", "rain", "day", "x", ""}, {}},
-        HeaderCase{"otherStepper", {"F/x"}, {"row", "seed", "day", "x"}, {"variables seed, day", "are rain, day"}},
-        HeaderCase{"otherOrder", {"F/x"}, {"row", "day", "rain", "x"}, {"variables day, rain"}},
-        HeaderCase{"shiftedColumn",
-                   {"F/x", "F/yield"},
-                   {"row", "rain", "day", "biomass", "yield"},
-                   {"recorded port of the model: biomass.", "by position: yield may show biomass's numbers"}},
-        HeaderCase{"unknownLast", {"F/x", "F/y"}, {"row", "rain", "day", "x", "z"}, {"model: z. Columns"}},
-        HeaderCase{"moreLabels", {"F/x"}, {"row", "rain", "day", "x", "z"}, {"has 5 labels", "have 4", "from z on"}},
+        HeaderCase{
+            "otherStepper", {"F/x"}, {"row", "seed", "day", "x"}, {"variables “seed”, “day”", "are “rain”, “day”"}},
+        HeaderCase{"otherOrder", {"F/x"}, {"row", "day", "rain", "x"}, {"variables “day”, “rain”"}},
+        HeaderCase{
+            "shiftedColumn",
+            {"F/x", "F/yield"},
+            {"row", "rain", "day", "biomass", "yield"},
+            {"recorded port of the model: “biomass”.", "by position: “yield” may show the numbers of “biomass”"}},
+        HeaderCase{"unknownLast", {"F/x", "F/y"}, {"row", "rain", "day", "x", "z"}, {"model: “z”. Columns"}},
+        HeaderCase{"moreLabels", {"F/x"}, {"row", "rain", "day", "x", "z"}, {"has 5 labels", "have 4", "from “z” on"}},
         HeaderCase{"portsOfOneName",
                    {"F/A/x", "F/B/x"},
                    {"row", "rain", "day", "x", "x"},
-                   {"2 recorded ports are named x: F/A/x, F/B/x", "under F/B/x"}},
-        HeaderCase{"labelTwice", {"F/x", "F/y", "F/z"}, {"row", "rain", "day", "x", "x", "y"}, {"label x 2 times"}}),
+                   {"2 recorded ports are named “x”: “F/A/x”, “F/B/x”", "under “F/B/x”"}},
+        HeaderCase{"labelTwice", {"F/x", "F/y", "F/z"}, {"row", "rain", "day", "x", "x", "y"}, {"label “x” 2 times"}}),
     [](const auto& row) { return row.param.name; });
 
 TEST(Header, OfCarriageReturnOrNoTextIsToldApart) {
@@ -104,7 +106,7 @@ TEST(Header, OfCarriageReturnOrNoTextIsToldApart) {
     std::vector<IndependentVariable> day(1);
     day[0].setName("day");
     const auto notes = headerNotes(labels, matchResponseVariables(ports, labels, 1, "t"), {day, ports, {}});
-    EXPECT_THAT(notes, ElementsAre(HasSubstr("no recorded port of the model: x"), HasSubstr("carriage return")));
+    EXPECT_THAT(notes, ElementsAre(HasSubstr("no recorded port of the model: “x\\r”"), HasSubstr("carriage return")));
 
     const test::TemporaryFolder folder;
     for (const std::string& bytes : {std::string("\xFF\xFEr\0o\0w\0", 8), std::string("\x1F\x8B\x08\0zip", 7)}) {

@@ -57,7 +57,7 @@ TEST(RunLock, NeverTouchesAPlantedFile) {
     EXPECT_THAT(acquire, ThrowsMessage<OrreryError>(HasSubstr("another name")));
     std::filesystem::remove(lock);
     ASSERT_EQ(mkfifo(lock.c_str(), 0600), 0);
-    EXPECT_THAT(acquire, ThrowsMessage<OrreryError>(HasSubstr("no regular file")));
+    EXPECT_THAT(acquire, ThrowsMessage<OrreryError>(HasSubstr("not an ordinary file")));
     EXPECT_EQ(readWholeFile(precious), "keep");
 }
 

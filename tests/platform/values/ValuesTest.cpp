@@ -2,6 +2,7 @@
 #include "platform/values/MacRoman.h"
 #include "platform/values/Numbers.h"
 #include "platform/values/OrreryError.h"
+#include "platform/values/Quoted.h"
 #include "platform/values/StringMap.h"
 #include "platform/values/Utf8.h"
 
@@ -167,8 +168,8 @@ TEST(Messages, AreOneLineWithPlaceAndRemedy) {
     EXPECT_STREQ(error.what(), "a\\nb.xml:3:7: It is odd. Mend it.");
     EXPECT_STREQ(OrreryError("Odd.").what(), "Odd.");
     EXPECT_EQ((Place{"f", 0, 5}.text()), "f");
-    EXPECT_EQ(quotedForMessage("a\x1B]0;\xFF\t\xE2\x80\xAE"), "a\\x1b]0;\\xff\\t\\u{202e}");
-    const std::string shortened = quotedForMessage(std::string(99, 'x') + "€€");
+    EXPECT_EQ(messageText("a\x1B]0;\xFF\t\xE2\x80\xAE"), "a\\x1b]0;\\xff\\t\\u{202e}");
+    const std::string shortened = messageText(std::string(99, 'x') + "€€");
     EXPECT_EQ(shortened, std::string(99, 'x') + "…");
 }
 
