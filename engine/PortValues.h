@@ -31,7 +31,10 @@ public:
     /// Where the setup's value of a port with a source stands, NaN when it gives none; nullptr for other ports.
     [[nodiscard]] double* fixed(std::size_t port);
     /// Sets an input port from the setup.
-    void set(std::size_t port, double value) { (fixed(port) == nullptr ? *at(port) : *fixed(port)) = value; }
+    void set(std::size_t port, double value) {
+        double* const given = fixed(port);
+        (given == nullptr ? *at(port) : *given) = value;
+    }
     [[nodiscard]] std::span<double> stages(std::size_t part);
 
     double& time() { return m_values[0]; }

@@ -15,7 +15,7 @@ std::string bytesText(double bytes) {
     return bytes < 0.95e9 ? fmt::format("about {:.1f} MB", bytes / 1e6) : fmt::format("about {:.1f} GB", bytes / 1e9);
 }
 
-std::string sizeText(const SweepGrid& grid, std::size_t responses) {
+std::string gridSizeText(const SweepGrid& grid, std::size_t responses) {
     constexpr double bytesPerField = 10; // a number of up to nine digits and its tab; short ones are less
     const auto fields = static_cast<double>(grid.variables.size() + 1 + responses);
     return fmt::format("{}, {}", gridSizeText(grid), bytesText(grid.nRowsOfData * fields * bytesPerField));
@@ -34,7 +34,7 @@ std::string gridSizeText(const SweepGrid& grid) {
 
 std::string sweepSummary(const SetupDictionary& setup, const Calendar& calendar, std::size_t responses) {
     try {
-        return sizeText(constructIndependentVariables(setup, calendar), responses);
+        return gridSizeText(constructIndependentVariables(setup, calendar), responses);
     } catch (const OrreryError&) {
         return {}; // which is one of the problems shown
     }
