@@ -62,7 +62,7 @@ inline constexpr std::size_t modelDepthLimit = 1000;
 [[nodiscard]] ModelTree nodesFromDictionaries(std::vector<ModelRecord> records, const std::string& fileName = {});
 
 /// The same tree straight from the model file: nodesFromDictionaries(readModelFile(path), path) without the records,
-/// which take several times the tree's memory. @throws ReadingCancelled, OrreryError as both
+/// which double the time and the memory. @throws ReadingCancelled, OrreryError as both
 [[nodiscard]] ModelTree readModelTree(const std::string& path, const ReadProgress& progress = {});
 
 /// A model as an import leaves it.
