@@ -30,6 +30,8 @@ struct Command {
 [[nodiscard]] std::span<const Command> commands();
 
 inline constexpr const char* runHelp = "Run a setup through the engine";
+inline constexpr const char* resultsHelp = "Print the results of a run as JSON or CSV";
+inline constexpr const char* reportHelp = "Print the results of a run for people";
 inline constexpr const char* plotHelp = "Draw a plot of the results as a picture, or write its vertices";
 
 [[nodiscard]] Action buildNewCommand(CLI::App& parser);

@@ -1,4 +1,5 @@
 #include "batch/Command.h"
+#include "batch/SetupFiles.h"
 
 #include <array>
 
@@ -12,11 +13,15 @@ std::span<const Command> commands() {
         Command{"model", "Print a model's levels, parts and ports as JSON", buildModelCommand},
         Command{"sweep", "Print the grid that a setup sweeps as JSON", buildSweepCommand},
         Command{"run", runHelp, nullptr},
-        Command{"results", "Print the results of a run as JSON or CSV", buildResultsCommand},
+        Command{"results", resultsHelp, buildResultsCommand},
         Command{"plot", plotHelp, nullptr},
-        Command{"report", "Print the results of a run for people", buildReportCommand},
+        Command{"report", reportHelp, buildReportCommand},
     };
     return all;
+}
+
+RunResults loadKeptResults(const std::string& /*path*/) {
+    throw LeftToLargerHalf();
 }
 
 } // namespace orrery

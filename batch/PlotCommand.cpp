@@ -26,8 +26,7 @@ namespace orrery {
 namespace {
 
 struct PlotOptions {
-    std::string setup;
-    std::string table;
+    ResultSource source;
     std::string axis1;
     std::string axis2;
     std::vector<std::string> hold;
@@ -92,20 +91,20 @@ std::vector<Assignment> assignments(const std::vector<std::string>& texts, const
 void chooseAxes(std::vector<IndependentVariable>& variables, const PlotOptions& options,
                 const std::vector<Assignment>& holds) {
     for (const auto& [axis, role] : {std::pair(options.axis1, PlotRole::Axis1), {options.axis2, PlotRole::Axis2}}) {
-        if (!axis.empty()) chosen(variables, axis, "sweep variable", options.setup).setFunction(role);
+        if (!axis.empty()) chosen(variables, axis, "sweep variable", options.source.file).setFunction(role);
     }
     for (const auto& [name, value] : holds) {
-        chosen(variables, name, "sweep variable", options.setup).setConstant(value);
+        chosen(variables, name, "sweep variable", options.source.file).setConstant(value);
     }
 }
 
 void chooseResponses(std::vector<ResponseVariable>& responses, const PlotOptions& options,
                      const std::vector<Assignment>& scales) {
     for (const std::string& name : options.include) {
-        chosen(responses, name, "response", options.setup).setValue("includep", true);
+        chosen(responses, name, "response", options.source.file).setValue("includep", true);
     }
     for (const auto& [name, value] : scales) {
-        chosen(responses, name, "response", options.setup).setValue("scale", value);
+        chosen(responses, name, "response", options.source.file).setValue("scale", value);
     }
 }
 
@@ -155,7 +154,7 @@ int plot(const PlotOptions& options) {
     const std::vector<Assignment> holds = assignments(options.hold, "--hold"); // wrong usage shows before any file
     const std::vector<Assignment> scales = assignments(options.scale, "--scale");
     const PlotPictureRequest picture = pictureRequest(options.picture);
-    RunResults results = loadResults(options.setup, tablePathOr(options.table));
+    RunResults results = loadResults(options.source);
     chooseAxes(results.grid.variables, options, holds);
     chooseResponses(results.responses.variables, options, scales);
     PlotSession plot;
@@ -174,8 +173,7 @@ int plot(const PlotOptions& options) {
 
 Action buildPlotCommand(CLI::App& parser) {
     const auto options = std::make_shared<PlotOptions>();
-    parser.add_option("SETUP", options->setup, "The setup file that was run")->required();
-    parser.add_option("--table", options->table, "The result table (default: the last run's)");
+    addResultSource(parser, options->source);
     parser.add_option("--axis1", options->axis1, "Sweep variable with the role 1: a name, or #i from 0");
     parser.add_option("--axis2", options->axis2, "Sweep variable with the role 2");
     parser.add_option("--hold", options->hold, "V=VALUE, where a variable off the axes is held")

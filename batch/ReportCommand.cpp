@@ -6,21 +6,14 @@
 #include <CLI/CLI.hpp>
 
 #include <memory>
-#include <string>
 
 namespace orrery {
 namespace {
 
-struct ReportOptions {
-    std::string setup;
-    std::string table;
-};
-
-int report(const ReportOptions& options) {
-    const std::string tablePath = tablePathOr(options.table);
-    const RunResults results = loadResults(options.setup, tablePath);
+int report(const ResultSource& source) {
+    const RunResults results = loadResults(source);
     Output output("-");
-    output.write(reportText(results, {options.setup, tablePath}));
+    output.write(reportText(results, source.files()));
     output.finish();
     return exitDone;
 }
@@ -28,10 +21,9 @@ int report(const ReportOptions& options) {
 } // namespace
 
 Action buildReportCommand(CLI::App& parser) {
-    const auto options = std::make_shared<ReportOptions>();
-    parser.add_option("SETUP", options->setup, "The setup file that was run")->required();
-    parser.add_option("--table", options->table, "The result table (default: the last run's)");
-    return [options] { return report(*options); };
+    const auto source = std::make_shared<ResultSource>();
+    addResultSource(parser, *source);
+    return [source] { return report(*source); };
 }
 
 } // namespace orrery

@@ -16,11 +16,9 @@ namespace orrery {
 namespace {
 
 struct ResultOptions {
-    std::string setup;
-    std::string table;
+    ResultSource source;
     std::string csv;
     bool summary = false;
-    unsigned threads = 0;
 };
 
 /// A field of a CSV line, in quotes where it must be.
@@ -66,7 +64,7 @@ void writeCsv(Output& output, const RunResults& results) {
 }
 
 int printResults(const ResultOptions& options) {
-    const RunResults results = loadResults(options.setup, tablePathOr(options.table), options.threads);
+    const RunResults results = loadResults(options.source);
     Output output(options.csv.empty() ? "-" : options.csv);
     if (options.csv.empty()) {
         JsonWriter json(output);
@@ -83,13 +81,13 @@ int printResults(const ResultOptions& options) {
 
 Action buildResultsCommand(CLI::App& parser) {
     const auto options = std::make_shared<ResultOptions>();
-    parser.add_option("SETUP", options->setup, "The setup file that was run")->required();
-    parser.add_option("--table", options->table, "The result table (default: the last run's)");
+    addResultSource(parser, options->source);
     auto* summary = parser.add_flag("--summary", options->summary, "Leave the data out");
     parser.add_option("--csv", options->csv, "Write the data as CSV to a file, - for standard output")
         ->excludes(summary);
     parser
-        .add_option("--threads", options->threads, "Read the table with this many threads (default: as many as help)")
+        .add_option("--threads", options->source.threads,
+                    "Read the table with this many threads (default: as many as help)")
         ->check(CLI::Range(1, 64));
     return [options] { return printResults(*options); };
 }

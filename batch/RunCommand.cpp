@@ -5,6 +5,7 @@
 #include "batch/ResultJson.h"
 #include "batch/SetupFiles.h"
 #include "document/MyDocument.h"
+#include "document/setup/ModelPath.h"
 #include "platform/Calendar.h"
 #include "platform/Files.h"
 #include "platform/Log.h"
@@ -14,6 +15,7 @@
 #include "platform/qt/QtEventLoop.h"
 #include "platform/qt/TerminationSignals.h"
 #include "platform/values/OrreryError.h"
+#include "run/results/ResultsFile.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -33,6 +35,7 @@ namespace {
 struct RunOptions {
     std::string setup;
     std::string engine;
+    std::string keep;
     bool noResults = false;
     bool report = false;
     bool wait = false;
@@ -56,13 +59,18 @@ public:
     void appendString(std::string_view text) override {
         if (text.empty()) return;
         writeToStandardError(text);
+        m_text += text;
         m_lineIsOpen = text.back() != '\n';
     }
     void endLine() {
         if (m_lineIsOpen) appendString("\n");
     }
 
+    /// All that was shown.
+    [[nodiscard]] const std::string& text() const { return m_text; }
+
 private:
+    std::string m_text;
     bool m_lineIsOpen = false;
 };
 
@@ -78,7 +86,8 @@ public:
 class HeadlessRun {
 public:
     explicit HeadlessRun(const RunOptions& options)
-        : m_engine(options.engine), m_launcher(m_loop.runLoop()), m_document(services(options.overwriteOutputs)) {
+        : m_engine(options.engine), m_keeps(!options.keep.empty()), m_launcher(m_loop.runLoop()),
+          m_document(services(options.overwriteOutputs)) {
         openDocument(absolutePath(options.setup));
         m_document.runControl().setWaitsForTurn(options.wait);
         DocumentOutlets outlets;
@@ -98,6 +107,7 @@ public:
         });
         giveUpWritesWhen(terminationAsked); // nobody may read what the engine writes
         setLogSink([](std::string_view line) { writeToStandardError(std::string(line) + '\n'); });
+        m_record.started = dateDescription(currentDate());
         m_document.runSimulation();
         if (m_document.runControl().state() != RunControl::State::Idle) m_loop.run();
         m_status.endLine();
@@ -105,6 +115,14 @@ public:
         return outcome().isWhole() ? exitDone : exitFailed;
     }
 
+    /// What there is to tell of the run.
+    [[nodiscard]] RunRecord record() {
+        RunRecord record = m_record;
+        record.engineEnd = engineEndInWords(outcome().end);
+        record.engineText = m_status.text();
+        record.ended = dateDescription(currentDate());
+        return record;
+    }
     [[nodiscard]] const MyDocument& document() const { return m_document; }
     [[nodiscard]] const RunOutcome& outcome() { return m_document.runControl().outcome(); }
 
@@ -133,6 +151,7 @@ private:
         ModelTree tree = loadModel(loadSetup(setupPath), setupPath);
         m_document.readFromFile(setupPath);
         m_document.model().setTree(std::move(tree));
+        if (m_keeps) recordFiles(setupPath);
         printProblems(m_document.setupProblems(), setupPath);
         if (!m_engine.empty() && !isExecutable(m_engine)) {
             throw OrreryError("This is not a program that can be run.", {.file = m_engine},
@@ -140,7 +159,18 @@ private:
         }
     }
 
+    /// As they are before the run, which may last.
+    void recordFiles(const std::string& setupPath) {
+        const SetupDictionary& setup = m_document.theDictionary();
+        m_record.setup = recordFile(setupPath);
+        m_record.model = recordFile(resolvedPath(setup.textOrEmpty(setup_key::modelPath), setupPath), largestKeptModel);
+        m_record.enginePath = enginePath().value_or("");
+        m_record.version = ORRERY_VERSION;
+    }
+
     std::string m_engine;
+    bool m_keeps;
+    RunRecord m_record;
     FileUserDefaults m_defaults{FileUserDefaults::standardPath()};
     StatusOnStandardError m_status;
     CancelBySignal m_cancel;
@@ -171,11 +201,22 @@ std::string missingConsent(const RunOutcome& outcome, const RunOptions& options)
     return fmt::format("{}{}{}", stale, *stale != 0 && *partial != 0 ? " and " : "", partial);
 }
 
+/// A run of an earlier date is not this one.
+void keepResults(HeadlessRun& run, const std::string& path) {
+    if (run.outcome().staleSince) {
+        throw OrreryError("The results were not kept: the result table is not from this run.", {.file = path},
+                          "Look why the engine left no table.");
+    }
+    writeResultsFile(path, run.document().results(), run.record());
+}
+
 int runSetup(const RunOptions& options) {
+    if (!options.keep.empty()) (void)FileReplacement(options.keep); // what cannot be written is better known before
     HeadlessRun run(options);
     const int code = run.run();
     const RunOutcome& outcome = run.outcome();
     if (code == exitInterrupted || outcome.kind != RunOutcome::Kind::Results) return code; // the rest has been reported
+    if (!options.keep.empty()) keepResults(run, options.keep);
     const std::string missing = missingConsent(outcome, options);
     if (!outcome.isWhole()) {
         printMessage(outcomeText(outcome, currentDate()) +
@@ -201,6 +242,7 @@ Action buildRunCommand(CLI::App& parser) {
     const auto options = std::make_shared<RunOptions>();
     parser.add_option("SETUP", options->setup, "The setup file")->required();
     parser.add_option("--engine", options->engine, "The engine's executable (default: Zephyr beside this program)");
+    parser.add_option("--keep", options->keep, "Keep the results in this file (NetCDF)");
     auto* noResults = parser.add_flag("--no-results", options->noResults, "Print nothing of the results");
     parser.add_flag("--report", options->report, "Print the results for people")->excludes(noResults);
     parser.add_flag("--wait", options->wait, "Wait while another run uses the temporary directory");

@@ -9,8 +9,10 @@
 #include "platform/values/EditDistance.h"
 #include "platform/values/OrreryError.h"
 #include "platform/values/Quoted.h"
+#include "run/ResultsMark.h"
 #include "run/SetupProblems.h"
 
+#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -62,17 +64,39 @@ void printProblems(const SetupProblems& problems, const std::string& setupPath) 
     if (problems.more > 0) printMessage(fmt::format("{}: {}", setupPath, problems.moreWords()));
 }
 
-std::string tablePathOr(const std::string& tablePath) {
-    return tablePath.empty() ? resultTablePath(temporaryDirectory()) : tablePath;
+std::string ResultSource::tablePath() const {
+    return table.empty() ? resultTablePath(temporaryDirectory()) : table;
 }
 
-RunResults loadResults(const std::string& setupPath, const std::string& tablePath, unsigned threads) {
-    const SetupDictionary setup = loadSetup(setupPath);
+std::vector<std::string> ResultSource::files() const {
+    return looksLikeResultsFile(file) ? std::vector{file} : std::vector{file, tablePath()};
+}
+
+void addResultSource(CLI::App& parser, ResultSource& source) {
+    parser.add_option("FILE", source.file, "The setup file that was run, or a results file")->required();
+    parser.add_option("--table", source.table, "The result table of the setup (default: the last run's)");
+}
+
+namespace {
+
+RunResults readSource(const ResultSource& source) {
+    if (looksLikeResultsFile(source.file)) {
+        if (source.table.empty()) return loadKeptResults(source.file);
+        throw OrreryError("A results file has no result table beside it.", {.file = source.file},
+                          "Leave out --table, or name the setup.");
+    }
+    const SetupDictionary setup = loadSetup(source.file);
     TableReadOptions reading;
-    reading.threads = threads;
-    RunResults results = readRunResults(setup, currentCalendar(), loadModel(setup, setupPath), tablePath, reading);
+    reading.threads = source.threads;
+    return readRunResults(setup, currentCalendar(), loadModel(setup, source.file), source.tablePath(), reading);
+}
+
+} // namespace
+
+RunResults loadResults(const ResultSource& source) {
+    RunResults results = readSource(source);
     for (const std::string& note : results.notes) {
-        printMessage(fmt::format("{}: {}", tablePath, note));
+        printMessage(fmt::format("{}: {}", source.files().back(), note));
     }
     return results;
 }

@@ -6,6 +6,11 @@
 #include "run/SetupProblem.h"
 
 #include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+}
 
 namespace orrery {
 
@@ -19,12 +24,28 @@ namespace orrery {
 void printProblems(const SetupDictionary& setup, const std::string& setupPath);
 void printProblems(const SetupProblems& problems, const std::string& setupPath);
 
-/// The result table that a command reads: the one named, or the last run's in the temporary directory.
-[[nodiscard]] std::string tablePathOr(const std::string& tablePath);
+/// What a command reads results from: a setup and the table that it left, or a results file.
+struct ResultSource {
+    std::string file;  // the setup, or the results file
+    std::string table; // of the setup; empty: the last run's. A results file has none.
+    unsigned threads = 0;
 
-/// Reads the results of the setup from the table, by as many threads as pay or as are wanted. What the user should know
-/// of the table goes to standard error.
-[[nodiscard]] RunResults loadResults(const std::string& setupPath, const std::string& tablePath, unsigned threads = 0);
+    [[nodiscard]] std::string tablePath() const;
+    /// The files that are read, for people.
+    [[nodiscard]] std::vector<std::string> files() const;
+};
+
+/// Adds the options that choose the source to a command.
+void addResultSource(CLI::App& parser, ResultSource& source);
+
+/// Reads the results, a table by as many threads as pay or as are wanted. What the user should know of them goes to
+/// standard error.
+[[nodiscard]] RunResults loadResults(const ResultSource& source);
+
+/// Reads a results file; the library for that takes as long to load as all else, so only the program's larger half has
+/// it. @throws LeftToLargerHalf in the other
+[[nodiscard]] RunResults loadKeptResults(const std::string& path);
+struct LeftToLargerHalf {};
 
 /// " Did you mean “x”?" for the valid name that is nearest to the wrong one, or the valid ones when none is near.
 [[nodiscard]] std::string suggestion(const std::string& wrong, const std::vector<std::string>& valid);

@@ -82,6 +82,8 @@ int run(int argc, char** argv) {
             }
         }
         return exitUsage;
+    } catch (const LeftToLargerHalf&) {
+        return handOver(argv);
     } catch (const CLI::ParseError& error) {
         return usage(parser, error);
     }

@@ -85,6 +85,9 @@ public:
     ~FileReplacement(); // without finish() the old file stays
 
     void write(std::string_view bytes);
+    /// The temporary file, for a library that writes by path: it opens the file there, locks it if it likes, writes and
+    /// closes it before finish(). In place of write().
+    [[nodiscard]] std::string lend();
     void finish();
 
 private:

@@ -38,18 +38,6 @@ std::vector<std::string> splitAtTabs(const std::string& text) {
     return labels;
 }
 
-void spreadColors(std::vector<ResponseVariable>& variables) {
-    if (variables.empty()) {
-        return;
-    }
-    const auto hueStep = static_cast<float>(1.0 / static_cast<double>(variables.size()));
-    float hue = 0;
-    for (ResponseVariable& variable : variables) {
-        variable.setValue("color", colorFromHsb(hue, 1.0F, 1.0F, 1.0F));
-        hue += hueStep;
-    }
-}
-
 /// Calls visit(port) for every port below the node in groups of that name, in tree order.
 template <class Visit>
 void forEachPort(const ModelNode& node, std::string_view group, const Visit& visit) {
@@ -79,6 +67,20 @@ bool hasInputPort(const ModelTree& tree, std::string_view name) {
     return has;
 }
 
+std::vector<std::string> unitsOf(const ModelTree& tree, const std::vector<ResponseVariable>& variables) {
+    std::map<std::string_view, std::string_view> byIdentifier;
+    for (const ModelNode* node : tree.topLevel()) {
+        forEachRecorder(
+            *node, [&](const ModelNode& port) { byIdentifier[port.record.text("id")] = port.record.text("unit"); });
+    }
+    std::vector<std::string> units;
+    units.reserve(variables.size());
+    for (const ResponseVariable& variable : variables) {
+        units.emplace_back(byIdentifier[variable.identifier()]);
+    }
+    return units;
+}
+
 bool isControl(char byte) {
     return static_cast<unsigned char>(byte) < 0x20 && byte != '\t' && byte != '\r';
 }
@@ -96,6 +98,18 @@ void requireText(std::string_view header, const std::string& fileName) {
 }
 
 } // namespace
+
+void spreadColors(std::vector<ResponseVariable>& variables) {
+    if (variables.empty()) {
+        return;
+    }
+    const auto hueStep = static_cast<float>(1.0 / static_cast<double>(variables.size()));
+    float hue = 0;
+    for (ResponseVariable& variable : variables) {
+        variable.setValue("color", colorFromHsb(hue, 1.0F, 1.0F, 1.0F));
+        hue += hueStep;
+    }
+}
 
 std::string_view leafOf(std::string_view name) {
     return name.substr(name.rfind('/') + 1); // npos + 1 is 0: the whole name
@@ -183,6 +197,7 @@ ResponseVariables constructDependentVariables(const ModelTree& tree,
     requireText(header, tablePath);
     const std::vector<std::string> labels = headerLabels(header);
     ResponseVariables result = matchResponseVariables(recorders, labels, sweepVariables.size(), tablePath);
+    result.units = unitsOf(tree, result.variables);
     const auto isInputName = [&tree](std::string_view name) { return hasInputPort(tree, name); };
     result.notes = headerNotes(labels, result, {sweepVariables, recorders, isInputName});
     return result;

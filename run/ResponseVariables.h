@@ -37,7 +37,15 @@ struct ResponseVariables {
     std::vector<std::string> labels;         // the header's labels for the recorders, matched or not
     std::vector<ResponseVariable> variables; // in the labels' order, coloured evenly over the hue circle
     std::vector<std::string> notes;          // what the user should know of the header, one line each
+    std::vector<std::string> units;          // per variable as the model says it, or none at all
+
+    [[nodiscard]] std::string unitOf(std::size_t variable) const {
+        return variable < units.size() ? units[variable] : "";
+    }
 };
+
+/// Colours them evenly over the hue circle, from red.
+void spreadColors(std::vector<ResponseVariable>& variables);
 
 /// Pairs the recorders with the header's labels after the `sweepVariableCount` + 1 leading ones, by the last part of
 /// their name (the later of two recorders of one name stands for all labels of that name). A label without a recorder

@@ -33,6 +33,7 @@ constexpr std::size_t syncEvery = 32U << 20U;
 struct Target {
     std::string path; // as the user gave it
     std::string name; // in the directory
+    std::string directoryPath;
     FileDescriptor directory;
     bool isListable = true; // else the directory is open for its path only
     bool exists = false;
@@ -90,6 +91,7 @@ void openDirectory(Target& target, const std::string& resolved) {
     const std::string directory =
         slash == std::string::npos ? "." : resolved.substr(0, std::max<std::size_t>(slash, 1));
     const int flags = O_DIRECTORY | O_CLOEXEC;
+    target.directoryPath = directory;
     target.directory = FileDescriptor(uninterrupted([&] { return open(directory.c_str(), O_RDONLY | flags); }));
     if (!target.directory.isOpen() && errno == EACCES) { // a directory to put files into need not show what it holds
         target.isListable = false;
@@ -163,7 +165,7 @@ public:
         } while (!m_file.isOpen() && errno == EEXIST);
         if (!m_file.isOpen()) throwUnsaved(target, "no file can be made in its directory", errno);
         m_present = true;
-        (void)!flock(m_file.get(), LOCK_EX | LOCK_NB); // tells others that it is in use; a help, not a condition
+        lock();
     }
     ~TemporaryFile() {
         if (m_present) unlinkat(directory(), m_name.c_str(), 0);
@@ -189,6 +191,13 @@ public:
         takeAttributes(); // before the mode, which is also the most that an access list grants
         if (fchmod(m_file.get(), old.st_mode & 07777U) != 0) throwUnsaved(m_target, "its mode cannot be set", errno);
     }
+
+    [[nodiscard]] std::string lend() {
+        (void)!flock(m_file.get(), LOCK_UN);
+        return m_target.directoryPath + '/' + m_name;
+    }
+    /// Tells others that it is in use; a help, not a condition.
+    void lock() { (void)!flock(m_file.get(), LOCK_EX | LOCK_NB); }
 
     void write(std::string_view bytes) {
         while (!bytes.empty()) {
@@ -267,9 +276,12 @@ public:
         m_file.write(bytes);
     }
 
+    [[nodiscard]] std::string lend() { return m_file.lend(); }
+
     /// @return the new file, open for writing and locked
     FileDescriptor finish() {
         const FileSizeSignalHeld held; // the close may still write
+        m_file.lock();                 // again, where it was lent
         m_file.syncAndClose();
         m_file.takeTargetsName();
         syncDirectory(m_target, m_file.kept().get());
@@ -295,6 +307,10 @@ FileReplacement::~FileReplacement() = default;
 
 void FileReplacement::write(std::string_view bytes) {
     m_state->replacement.write(bytes);
+}
+
+std::string FileReplacement::lend() {
+    return m_state->replacement.lend();
 }
 
 void FileReplacement::finish() {

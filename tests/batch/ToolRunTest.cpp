@@ -41,6 +41,33 @@ TEST_F(Tool, RunsTheEngineAndPrintsTheSummary) {
     EXPECT_THAT(run({"run", "setup.orrery", "--engine", engine, "--report"}).out, HasSubstr("6 rows"));
 }
 
+TEST_F(Tool, KeepsARunThatIsReadWithoutItsSetupModelAndTable) {
+    (void)m_folder.write("ready.txt", resultTable);
+    const std::string engine = makeEngine(goodEngine);
+    const Finished refused = run({"run", "setup.orrery", "--engine", engine, "--keep", "none/kept.nc"});
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_THAT(refused.err, Not(HasSubstr("computing"))) << "a night's run would be lost";
+    EXPECT_EQ(run({"run", "setup.orrery", "--engine", engine, "--keep", "kept.nc", "--no-results"}).exitCode, 0);
+    const std::vector<std::vector<std::string>> commands{
+        {"results", "FILE"}, {"results", "FILE", "--csv", "-"}, {"plot", "FILE", "--axis1", "day", "--include", "#0"}};
+    std::vector<std::string> answers;
+    for (const std::string file : {"setup.orrery", "kept.nc"}) {
+        for (std::vector<std::string> command : commands) {
+            command[1] = file;
+            answers.push_back(run(command).out);
+        }
+        for (const char* const each : {"setup.orrery", "model.xml", "Zephyr.txt"}) {
+            std::filesystem::remove(m_folder.path() + each);
+        }
+    }
+    for (std::size_t i = 0; i < commands.size(); ++i) {
+        EXPECT_FALSE(answers[i].empty());
+        EXPECT_EQ(answers[i + commands.size()], answers[i]) << commands[i].front();
+    }
+    EXPECT_THAT(run({"report", "kept.nc"}).out, HasSubstr("6 rows"));
+    EXPECT_THAT(run({"report", "kept.nc", "--table", "Zephyr.txt"}).err, HasSubstr("no result table beside it"));
+}
+
 struct EndCase {
     const char* name;
     bool earlierTable;  // lies there before the run

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "run/RunResults.h"
+#include "run/results/RunRecord.h"
+
+#include <string>
+
+namespace orrery {
+
+// A results file is a NetCDF-4 file: a dimension and a coordinate variable for each sweep variable, in the grid's
+// order, a variable of 32-bit floats for each response, a mask of the rows that were found, and the run's record in a
+// group of its own. docs/results-file.md describes it.
+
+/// A run as a file holds it.
+struct KeptRun {
+    RunResults results;
+    RunRecord record;
+};
+
+/// Writes the run, in place of a file that may be there, whole or not at all.
+/// @throws OrreryError also when there is not a row to keep, or there are more sweep variables than the format can have
+void writeResultsFile(const std::string& path, const RunResults& results, const RunRecord& record);
+
+/// Reads all of a results file. Model, engine and setup need not be in place.
+/// @throws OrreryError when it is not one, or a cut or damaged one, or written by a later version
+[[nodiscard]] KeptRun readResultsFile(const std::string& path);
+
+} // namespace orrery

@@ -1,0 +1,190 @@
+#include "platform/values/OrreryError.h"
+#include "run/results/Attributes.h"
+#include "run/results/GridBlocks.h"
+#include "run/results/GridNames.h"
+#include "run/results/NetCdf.h"
+#include "run/results/ResultsFile.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <limits>
+#include <map>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace orrery {
+
+namespace {
+
+constexpr std::uint32_t rowsAtATime = 64U << 10U;
+
+/// Reads the parts of one results file, in the order in which one needs the other.
+class Reader {
+public:
+    explicit Reader(const std::string& path) : m_path(path), m_file(NetCdfFile::open(path)), m_root(m_file.root()) {
+        requireFormat();
+    }
+
+    KeptRun read() {
+        KeptRun kept;
+        kept.results.grid = grid();
+        kept.results.responses = responses();
+        readRecord(kept);
+        readTable(kept.results);
+        return kept;
+    }
+
+private:
+    [[noreturn]] void refuse(const std::string& what) const {
+        throw OrreryError(fmt::format("The results file is damaged: {}.", what), {.file = m_path},
+                          "Use another copy of it, or run the simulation again.");
+    }
+
+    void requireFormat() const {
+        const auto number = m_root.integer(NetCdfGroup::global, results_key::format);
+        if (!number || !m_root.findVariable(maskName)) {
+            throw OrreryError("This NetCDF file does not hold the results of a run.", {.file = m_path},
+                              "Choose a file that was kept by Orrery.");
+        }
+        if (*number > results_key::formatNumber) {
+            throw OrreryError(fmt::format("This results file has format {}, and this version of Orrery reads up to {}.",
+                                          *number, results_key::formatNumber),
+                              {.file = m_path}, "Open it with the version that wrote it, or a later one.");
+        }
+    }
+
+    [[nodiscard]] int mask() const { return *m_root.findVariable(maskName); }
+
+    float number(int variable, const char* name) const {
+        const auto values = m_root.floats(variable, name);
+        if (!values || values->size() != 1) refuse(fmt::format("a sweep variable lacks its {}", name));
+        return values->front();
+    }
+
+    SweepGrid grid() const {
+        SweepGrid grid;
+        for (const int dimension : m_root.dimensionsOf(mask())) {
+            grid.variables.push_back(sweepVariable(dimension));
+        }
+        std::uint64_t stride = 1;
+        for (std::size_t i = grid.variables.size(); i-- > 0;) {
+            grid.variables[i].setStride(static_cast<std::uint32_t>(stride));
+            stride *= grid.variables[i].stridesPerCycle();
+            if (stride == 0 || stride > std::numeric_limits<std::uint32_t>::max())
+                refuse("its grid is empty or too large");
+        }
+        if (grid.variables.empty()) refuse("it has no grid");
+        grid.nRowsOfData = static_cast<std::uint32_t>(stride);
+        return grid;
+    }
+
+    IndependentVariable sweepVariable(int dimension) const {
+        const auto coordinate = m_root.findVariable(m_root.dimensionName(dimension));
+        if (!coordinate) refuse("a dimension lacks its values");
+        const std::size_t length = m_root.dimensionLength(dimension);
+        if (length > std::numeric_limits<std::uint32_t>::max()) refuse("a dimension is too long");
+        IndependentVariable variable;
+        variable.setName(m_root.text(*coordinate, results_key::longName).value_or(""));
+        variable.setStart(number(*coordinate, results_key::start));
+        variable.setStep(number(*coordinate, results_key::step));
+        variable.setStop(number(*coordinate, results_key::stop));
+        variable.setConstant(number(*coordinate, results_key::heldAt));
+        variable.setStridesPerCycle(static_cast<std::uint32_t>(length));
+        return variable;
+    }
+
+    /// Their columns' numbers must be 0, 1, 2 …
+    ResponseVariables responses() {
+        std::map<std::int64_t, int> byColumn;
+        for (const int variable : m_root.variables()) {
+            if (const auto column = m_root.integer(variable, results_key::column)) byColumn[*column] = variable;
+        }
+        ResponseVariables responses;
+        std::map<std::pair<std::string, std::string>, ResponseVariable> known; // of one port there is one record
+        for (const auto& [column, variable] : byColumn) {
+            if (column != static_cast<std::int64_t>(m_columns.size())) refuse("a response is missing");
+            if (m_root.dimensionsOf(variable) != m_root.dimensionsOf(mask())) refuse("a response has another grid");
+            const std::string name = m_root.text(variable, results_key::longName).value_or("");
+            const std::string port = m_root.text(variable, results_key::port).value_or("");
+            responses.variables.push_back(known.try_emplace({name, port}, ResponseVariable(name, port)).first->second);
+            responses.units.push_back(m_root.text(variable, results_key::units).value_or(""));
+            m_columns.push_back(variable);
+        }
+        spreadColors(responses.variables);
+        return responses;
+    }
+
+    void readRecord(KeptRun& kept) const {
+        const auto run = m_root.group(results_key::run);
+        if (!run) refuse("the run's record is missing");
+        kept.results.responses.labels = run->texts(NetCdfGroup::global, results_key::labels);
+        kept.results.notes = run->texts(NetCdfGroup::global, results_key::notes);
+        kept.record.setup = file(*run, "setup");
+        kept.record.model = file(*run, "model");
+        kept.record.engineText = bytes(*run, "engine_text").value_or("");
+        for (const auto& [name, text] : recordTexts(kept.record)) {
+            *text = run->text(NetCdfGroup::global, name).value_or("");
+        }
+    }
+
+    static std::optional<std::string> bytes(const NetCdfGroup& group, const std::string& name) {
+        const auto variable = group.findVariable(name);
+        return variable ? std::optional(group.readText(*variable)) : std::nullopt;
+    }
+
+    static RecordedFile file(const NetCdfGroup& group, const std::string& name) {
+        RecordedFile file{.path = group.text(NetCdfGroup::global, (name + "_path").c_str()).value_or(""),
+                          .sha256 = group.text(NetCdfGroup::global, (name + "_sha256").c_str()).value_or(""),
+                          .size = 0,
+                          .bytes = bytes(group, name)};
+        if (file.bytes) file.size = file.bytes->size();
+        return file;
+    }
+
+    void readTable(RunResults& results) {
+        const std::size_t columns = m_columns.size();
+        const TableShape shape = results.shape();
+        requireBlockFits(shape);
+        results.table.cells = CellBlock(std::size_t{shape.rows} * columns);
+        results.table.maxima.assign(columns, noMaximum);
+        const std::int64_t found = m_root.integer(mask(), results_key::rowsFound).value_or(0);
+        results.table.rowsFound = static_cast<std::uint32_t>(std::clamp<std::int64_t>(found, 0, shape.rows));
+        for (std::size_t column = 0; column < columns; ++column) {
+            readColumn(results, column);
+        }
+    }
+
+    void readColumn(RunResults& results, std::size_t column) const {
+        const std::size_t columns = m_columns.size();
+        float* cell = results.table.cells.data() + column;
+        float& maximum = results.table.maxima[column];
+        std::vector<float> values;
+        for (std::uint32_t first = 0; first < results.grid.nRowsOfData; first += rowsAtATime) {
+            const std::uint32_t rows = std::min(rowsAtATime, results.grid.nRowsOfData - first);
+            forEachBlock(results.grid, first, rows, [&](const GridBlock& block) {
+                values.resize(block.rows);
+                m_root.readFloats(m_columns[column], block.start, block.count, values.data());
+                for (const float value : values) {
+                    *cell = value;
+                    cell += columns;
+                    maximum = std::max(maximum, value);
+                }
+            });
+        }
+    }
+
+    std::string m_path;
+    NetCdfFile m_file;
+    NetCdfGroup m_root;
+    std::vector<int> m_columns; // the variable of each response
+};
+
+} // namespace
+
+KeptRun readResultsFile(const std::string& path) {
+    return Reader(path).read();
+}
+
+} // namespace orrery
