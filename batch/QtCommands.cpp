@@ -1,5 +1,9 @@
 #include "batch/Command.h"
+#include "batch/KeptResults.h"
 #include "batch/SetupFiles.h"
+#include "platform/Calendar.h"
+#include "platform/values/OrreryError.h"
+#include "run/ResultsMark.h"
 #include "run/results/ResultsFile.h"
 
 #include <array>
@@ -16,6 +20,17 @@ std::span<const Command> commands() {
 
 RunResults loadKeptResults(const std::string& path) {
     return readResultsFile(path).results;
+}
+
+void keepResults(const ResultSource& source, const std::string& path) {
+    if (looksLikeResultsFile(source.file)) {
+        throw OrreryError("These results are kept already.", {.file = source.file}, "Copy the file.");
+    }
+    const SetupDictionary setup = loadSetup(source.file);
+    const RunResults kept =
+        keepTable(path, constructIndependentVariables(setup, currentCalendar()), loadModel(setup, source.file),
+                  source.tablePath(), recordOfSetup(setup, source.file));
+    printNotes(source, kept);
 }
 
 } // namespace orrery

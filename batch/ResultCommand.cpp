@@ -18,6 +18,7 @@ namespace {
 struct ResultOptions {
     ResultSource source;
     std::string csv;
+    std::string keep;
     bool summary = false;
 };
 
@@ -64,6 +65,10 @@ void writeCsv(Output& output, const RunResults& results) {
 }
 
 int printResults(const ResultOptions& options) {
+    if (!options.keep.empty()) {
+        keepResults(options.source, options.keep);
+        return exitDone;
+    }
     const RunResults results = loadResults(options.source);
     Output output(options.csv.empty() ? "-" : options.csv);
     if (options.csv.empty()) {
@@ -85,6 +90,9 @@ Action buildResultsCommand(CLI::App& parser) {
     auto* summary = parser.add_flag("--summary", options->summary, "Leave the data out");
     parser.add_option("--csv", options->csv, "Write the data as CSV to a file, - for standard output")
         ->excludes(summary);
+    parser.add_option("--keep", options->keep, "Keep the table in this results file (NetCDF), and print nothing")
+        ->excludes(summary)
+        ->excludes("--csv");
     parser
         .add_option("--threads", options->source.threads,
                     "Read the table with this many threads (default: as many as help)")

@@ -1,11 +1,11 @@
 #include "batch/Command.h"
 #include "batch/JsonWriter.h"
+#include "batch/KeptResults.h"
 #include "batch/Output.h"
 #include "batch/Report.h"
 #include "batch/ResultJson.h"
 #include "batch/SetupFiles.h"
 #include "document/MyDocument.h"
-#include "document/setup/ModelPath.h"
 #include "platform/Calendar.h"
 #include "platform/Files.h"
 #include "platform/Log.h"
@@ -161,11 +161,8 @@ private:
 
     /// As they are before the run, which may last.
     void recordFiles(const std::string& setupPath) {
-        const SetupDictionary& setup = m_document.theDictionary();
-        m_record.setup = recordFile(setupPath);
-        m_record.model = recordFile(resolvedPath(setup.textOrEmpty(setup_key::modelPath), setupPath), largestKeptModel);
+        m_record = recordOfSetup(m_document.theDictionary(), setupPath);
         m_record.enginePath = enginePath().value_or("");
-        m_record.version = ORRERY_VERSION;
     }
 
     std::string m_engine;
@@ -202,7 +199,7 @@ std::string missingConsent(const RunOutcome& outcome, const RunOptions& options)
 }
 
 /// A run of an earlier date is not this one.
-void keepResults(HeadlessRun& run, const std::string& path) {
+void keepRun(HeadlessRun& run, const std::string& path) {
     if (run.outcome().staleSince) {
         throw OrreryError("The results were not kept: the result table is not from this run.", {.file = path},
                           "Look why the engine left no table.");
@@ -216,7 +213,7 @@ int runSetup(const RunOptions& options) {
     const int code = run.run();
     const RunOutcome& outcome = run.outcome();
     if (code == exitInterrupted || outcome.kind != RunOutcome::Kind::Results) return code; // the rest has been reported
-    if (!options.keep.empty()) keepResults(run, options.keep);
+    if (!options.keep.empty()) keepRun(run, options.keep);
     const std::string missing = missingConsent(outcome, options);
     if (!outcome.isWhole()) {
         printMessage(outcomeText(outcome, currentDate()) +

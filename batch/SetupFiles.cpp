@@ -93,11 +93,15 @@ RunResults readSource(const ResultSource& source) {
 
 } // namespace
 
-RunResults loadResults(const ResultSource& source) {
-    RunResults results = readSource(source);
+void printNotes(const ResultSource& source, const RunResults& results) {
     for (const std::string& note : results.notes) {
         printMessage(fmt::format("{}: {}", source.files().back(), note));
     }
+}
+
+RunResults loadResults(const ResultSource& source) {
+    RunResults results = readSource(source);
+    printNotes(source, results);
     return results;
 }
 

@@ -38,6 +38,9 @@ struct ResultSource {
 /// Adds the options that choose the source to a command.
 void addResultSource(CLI::App& parser, ResultSource& source);
 
+/// Says what the user should know of the results on standard error, a line each.
+void printNotes(const ResultSource& source, const RunResults& results);
+
 /// Reads the results, a table by as many threads as pay or as are wanted. What the user should know of them goes to
 /// standard error.
 [[nodiscard]] RunResults loadResults(const ResultSource& source);
@@ -45,6 +48,9 @@ void addResultSource(CLI::App& parser, ResultSource& source);
 /// Reads a results file; the library for that takes as long to load as all else, so only the program's larger half has
 /// it. @throws LeftToLargerHalf in the other
 [[nodiscard]] RunResults loadKeptResults(const std::string& path);
+/// Turns the source's table into a results file, whatever its size; what is known of the run goes with it.
+/// @throws LeftToLargerHalf in the other half, too
+void keepResults(const ResultSource& source, const std::string& path);
 struct LeftToLargerHalf {};
 
 /// " Did you mean “x”?" for the valid name that is nearest to the wrong one, or the valid ones when none is near.

@@ -6,13 +6,22 @@
 
 namespace orrery {
 
-RunResults readRunResults(SweepGrid grid, const ModelTree& tree, const std::string& tablePath,
-                          const TableReadOptions& options) {
+RunResults readResponses(SweepGrid grid, const ModelTree& tree, const std::string& tablePath) {
     RunResults results{.grid = std::move(grid), .responses = {}, .table = {}, .notes = {}};
     results.responses = constructDependentVariables(tree, results.grid.variables, tablePath);
-    results.table = readResultTable(tablePath, results.shape(), options);
     results.notes = results.responses.notes;
+    return results;
+}
+
+void addTableNotes(RunResults& results) {
     std::ranges::move(results.table.notes(results.shape()), std::back_inserter(results.notes));
+}
+
+RunResults readRunResults(SweepGrid grid, const ModelTree& tree, const std::string& tablePath,
+                          const TableReadOptions& options) {
+    RunResults results = readResponses(std::move(grid), tree, tablePath);
+    results.table = readResultTable(tablePath, results.shape(), options);
+    addTableNotes(results);
     return results;
 }
 

@@ -24,6 +24,12 @@ struct RunResults {
     }
 };
 
+/// The results of a table without its rows: what was recorded, and the notes on the header. @throws as
+/// constructDependentVariables
+[[nodiscard]] RunResults readResponses(SweepGrid grid, const ModelTree& tree, const std::string& tablePath);
+/// Adds what the user should know of the table's rows.
+void addTableNotes(RunResults& results);
+
 /// Reads the results that a run over the grid left in the table at the path.
 /// @throws as constructDependentVariables and readResultTable
 [[nodiscard]] RunResults readRunResults(SweepGrid grid, const ModelTree& tree, const std::string& tablePath,

@@ -21,6 +21,11 @@ struct KeptRun {
 /// @throws OrreryError also when there is not a row to keep, or there are more sweep variables than the format can have
 void writeResultsFile(const std::string& path, const RunResults& results, const RunRecord& record);
 
+/// Turns a result table into such a file without holding it, and returns what was found of it without its cells.
+/// @throws OrreryError as writeResultsFile, readRunResults
+RunResults keepTable(const std::string& path, SweepGrid grid, const ModelTree& tree, const std::string& tablePath,
+                     const RunRecord& record, const TableReadOptions& options = {});
+
 /// Reads all of a results file. Model, engine and setup need not be in place.
 /// @throws OrreryError when it is not one, or a cut or damaged one, or written by a later version
 [[nodiscard]] KeptRun readResultsFile(const std::string& path);

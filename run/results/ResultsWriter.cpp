@@ -12,6 +12,7 @@
 #include <array>
 #include <cassert>
 #include <limits>
+#include <utility>
 
 namespace orrery {
 
@@ -74,7 +75,6 @@ ResultsWriter::ResultsWriter(const std::string& path, const RunResults& results)
     defineGrid(names.dimensions);
     defineResponses(names.responses);
     writeCoordinates();
-    writeMask();
 }
 
 void ResultsWriter::defineGrid(const std::vector<std::string>& names) {
@@ -94,7 +94,6 @@ void ResultsWriter::defineGrid(const std::vector<std::string>& names) {
     m_root.setText(m_mask, results_key::longName, "Whether the result table had this row");
     m_root.setBytes(m_mask, "flag_values", std::array<std::int8_t, 2>{0, 1});
     m_root.setText(m_mask, "flag_meanings", "missing found");
-    m_root.setInteger(m_mask, results_key::rowsFound, m_results.table.rowsFound);
 }
 
 void ResultsWriter::defineResponses(const std::vector<std::string>& names) {
@@ -124,6 +123,7 @@ void ResultsWriter::writeCoordinates() {
 }
 
 void ResultsWriter::writeMask() {
+    m_root.setInteger(m_mask, results_key::rowsFound, m_results.table.rowsFound);
     const std::uint32_t rows = m_results.grid.nRowsOfData;
     const std::uint32_t found = m_results.table.rowsFound;
     for (std::uint32_t first = 0; first < rows;) {
@@ -166,6 +166,7 @@ void ResultsWriter::finish(const RunRecord& record) {
     for (std::size_t column = 0; column < m_columns.size(); ++column) {
         m_root.setFloats(m_columns[column], results_key::range, std::array{m_least[column], m_greatest[column]});
     }
+    writeMask();
     writeRecord(record);
     m_file.close();
     m_replacement.finish();
@@ -189,6 +190,17 @@ void writeResultsFile(const std::string& path, const RunResults& results, const 
     ResultsWriter writer(path, results);
     writer.writeRows(results.table.cells);
     writer.finish(record);
+}
+
+RunResults keepTable(const std::string& path, SweepGrid grid, const ModelTree& tree, const std::string& tablePath,
+                     const RunRecord& record, const TableReadOptions& options) {
+    RunResults results = readResponses(std::move(grid), tree, tablePath);
+    ResultsWriter writer(path, results);
+    results.table = streamResultTable(
+        tablePath, results.shape(), [&writer](std::span<const float> rows) { writer.writeRows(rows); }, options);
+    addTableNotes(results);
+    writer.finish(record);
+    return results;
 }
 
 } // namespace orrery

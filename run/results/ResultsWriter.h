@@ -15,12 +15,12 @@ namespace orrery {
 /// Writes a results file row by row, in the order of the grid; nothing is in place before finish().
 class ResultsWriter {
 public:
-    /// Of the results all but the cells. They outlive this. @throws OrreryError as writeResultsFile, all members do
+    /// Of the results the grid and the responses; they outlive this. @throws OrreryError as writeResultsFile, as all do
     ResultsWriter(const std::string& path, const RunResults& results);
 
     /// The next rows: as many as the cells have, row-major.
     void writeRows(std::span<const float> cells);
-    /// After all rows.
+    /// After all rows, when also the results' notes and the count of rows found are known.
     void finish(const RunRecord& record);
 
 private:

@@ -110,4 +110,15 @@ ResultTable readResultTable(const std::string& path, const TableShape& shape, co
     return TableReading(read, shape, emptyTable(shape), path, options).read(threads);
 }
 
+ResultTable streamResultTable(const std::string& path, const TableShape& shape, const RowTaker& take,
+                              const TableReadOptions& options) {
+    const ReadableFile file = openResultTable(path);
+    const auto read = [&file](char* buffer, std::size_t capacity, std::uint64_t offset) {
+        return file.readAt(buffer, capacity, offset);
+    };
+    ResultTable empty;
+    empty.maxima.assign(shape.columns, noMaximum);
+    return TableReading(read, shape, std::move(empty), path, options).stream(take);
+}
+
 } // namespace orrery

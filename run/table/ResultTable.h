@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -80,5 +81,14 @@ void requireBlockFits(const TableShape& shape);
 /// @throws ResultTableMissing, or OrreryError when the file cannot be read, is not text, or the block does not fit
 [[nodiscard]] ResultTable readResultTable(const std::string& path, const TableShape& shape,
                                           const TableReadOptions& options = {});
+
+/// Takes some of a table's rows, whole ones, row-major.
+using RowTaker = std::function<void(std::span<const float> rows)>;
+
+/// The same without holding the table, by one thread: all rows of the shape are handed on in their order, and what is
+/// returned has no cells.
+/// @throws as readResultTable
+ResultTable streamResultTable(const std::string& path, const TableShape& shape, const RowTaker& take,
+                              const TableReadOptions& options = {});
 
 } // namespace orrery

@@ -122,12 +122,44 @@ ResultTable TableReading::read(unsigned threads) {
     if (threads > 1) {
         settleZeroMaxima();
     }
-    countInfiniteCells();
-    countRowsBeyond(workers.front().block);
+    finish(workers.front().block);
+    return std::move(m_table);
+}
+
+ResultTable TableReading::stream(RowTaker take) {
+    m_take = std::move(take);
+    Worker worker(m_options.blockSize, m_shape.columns);
+    while (takeBlock(worker)) {
+        fill(worker);
+        handOn(worker.cells);
+        report(worker.position);
+    }
+    gather(worker);
+    handOnMissingRows();
+    finish(worker.block);
+    return std::move(m_table);
+}
+
+void TableReading::handOn(std::span<const float> rows) const {
+    if (!rows.empty()) m_take(rows);
+}
+
+void TableReading::handOnMissingRows() const {
+    if (m_shape.columns == 0) return;
+    const std::size_t together = std::max<std::size_t>((std::size_t{64} << 10U) / m_shape.columns, 1);
+    const std::vector<float> zeros(together * m_shape.columns, 0.0F);
+    for (std::size_t missing = m_shape.rows - m_row; missing > 0;) {
+        const std::size_t rows = std::min(missing, together);
+        m_take(std::span(zeros).first(rows * m_shape.columns));
+        missing -= rows;
+    }
+}
+
+void TableReading::finish(TableBlock& block) {
+    countRowsBeyond(block);
     if (m_row < m_shape.rows) { // the rows that are missing are 0, and the maxima are those of all rows
         std::ranges::transform(m_table.maxima, m_table.maxima.begin(), [](float m) { return std::max(m, 0.0F); });
     }
-    return std::move(m_table);
 }
 
 void TableReading::work(Worker& worker, bool reports) {
@@ -160,6 +192,7 @@ bool TableReading::takeBlock(Worker& worker) {
     TableBlock& block = worker.block;
     block.read(m_bytes, m_position, longestLine);
     block.clearRows();
+    worker.cells = {};
     const bool lastLine = block.lines().empty();
     const std::string_view text = lastLine ? block.text() : block.lines();
     if (lastLine && !block.atEnd()) {
@@ -193,6 +226,10 @@ std::size_t TableReading::takeRows(Worker& worker, std::size_t begin) {
 std::span<float> TableReading::makeRows(std::size_t count) {
     const std::size_t before = std::size_t{m_row} * m_shape.columns;
     m_row += static_cast<std::uint32_t>(count);
+    if (m_take) {
+        m_streamed.assign(count * m_shape.columns, 0.0F);
+        return m_streamed;
+    }
     return {m_table.cells.data() + before, count * m_shape.columns};
 }
 
@@ -204,7 +241,7 @@ void TableReading::fill(Worker& worker) const {
         worker.cellsWithout += without;
     }
     raiseMaxima(worker.maxima, worker.cells);
-    worker.mayBeInfinite = worker.mayBeInfinite || holdsInfinite(worker.cells);
+    worker.infinite.add(infiniteIn(worker.cells, worker.firstRow));
 }
 
 // ---- Row by row: what is not a whole line, and lines that are too long for an index
@@ -237,7 +274,8 @@ const char* TableReading::takePlainRow(const char* begin, const char* end) {
         without = scanRow({begin, lineFeed, end, isCut}, cells);
     }
     raiseMaxima(m_table.maxima, cells);
-    m_mayBeInfinite = m_mayBeInfinite || holdsInfinite(cells);
+    addInfinite(infiniteIn(cells, m_row - 1));
+    handOn(m_take ? cells : std::span<float>());
     m_table.lastLineUnterminated = !terminated;
     if (!isCut) {
         addFindings(without, m_row - 1);
@@ -258,7 +296,7 @@ void TableReading::addFindings(std::uint64_t cellsWithout, std::uint32_t firstRo
 
 void TableReading::gather(const Worker& worker) {
     addFindings(worker.cellsWithout, worker.firstRowWithout);
-    m_mayBeInfinite = m_mayBeInfinite || worker.mayBeInfinite;
+    addInfinite(worker.infinite);
     for (std::size_t column = 0; column < m_shape.columns; ++column) {
         raise(m_table.maxima[column], worker.maxima[column]);
     }
@@ -275,13 +313,25 @@ void TableReading::settleZeroMaxima() {
     }
 }
 
-void TableReading::countInfiniteCells() {
-    if (!m_mayBeInfinite) return;
+TableReading::Infinite TableReading::infiniteIn(std::span<const float> rows, std::uint32_t firstRow) const {
+    if (!holdsInfinite(rows)) return {};
     const auto isInfinite = [](float cell) { return !std::isfinite(cell); };
-    const auto first = std::ranges::find_if(m_table.cells, isInfinite);
-    m_table.infiniteCells = static_cast<std::uint64_t>(std::count_if(first, m_table.cells.end(), isInfinite));
-    const auto cell = static_cast<std::size_t>(first - m_table.cells.begin());
-    m_table.firstInfiniteRow = static_cast<std::uint32_t>(cell / m_shape.columns);
+    const auto first = std::ranges::find_if(rows, isInfinite);
+    return {static_cast<std::uint64_t>(std::count_if(first, rows.end(), isInfinite)),
+            firstRow + static_cast<std::uint32_t>(static_cast<std::size_t>(first - rows.begin()) / m_shape.columns)};
+}
+
+void TableReading::Infinite::add(const Infinite& other) {
+    if (other.cells == 0) return;
+    firstRow = cells == 0 ? other.firstRow : std::min(firstRow, other.firstRow);
+    cells += other.cells;
+}
+
+void TableReading::addInfinite(const Infinite& found) {
+    Infinite all{m_table.infiniteCells, m_table.firstInfiniteRow};
+    all.add(found);
+    m_table.infiniteCells = all.cells;
+    m_table.firstInfiniteRow = all.firstRow;
 }
 
 /// Nothing of these rows is read but where they begin and end.

@@ -25,8 +25,17 @@ public:
 
     /// Reads the table; legal once. @throws OrreryError, also when `progress` cancels
     [[nodiscard]] ResultTable read(unsigned threads);
+    /// Reads it without holding it: the table that it was given has no cells. Legal once instead of read().
+    [[nodiscard]] ResultTable stream(RowTaker take);
 
 private:
+    /// Cells beyond the range of a single.
+    struct Infinite {
+        std::uint64_t cells = 0;
+        std::uint32_t firstRow = 0;
+
+        void add(const Infinite& other);
+    };
     /// What one thread works on, and what it found so far.
     struct Worker {
         Worker(std::size_t blockSize, std::size_t columns);
@@ -38,7 +47,7 @@ private:
         std::vector<float> maxima;
         std::uint64_t cellsWithout = 0;
         std::uint32_t firstRowWithout = 0;
-        bool mayBeInfinite = false; // a cell of its rows
+        Infinite infinite;
     };
 
     void work(Worker& worker, bool reports);
@@ -50,9 +59,13 @@ private:
     [[nodiscard]] std::span<float> makeRows(std::size_t count);
     void fill(Worker& worker) const;
     void addFindings(std::uint64_t cellsWithout, std::uint32_t firstRowWithout);
+    void addInfinite(const Infinite& found);
     void gather(const Worker& worker);
     void settleZeroMaxima();
-    void countInfiniteCells();
+    void finish(TableBlock& block);
+    void handOn(std::span<const float> rows) const;
+    void handOnMissingRows() const;
+    [[nodiscard]] Infinite infiniteIn(std::span<const float> rows, std::uint32_t firstRow) const;
     void countRowsBeyond(TableBlock& block);
     [[noreturn]] void throwLineTooLong(std::string_view line) const;
 
@@ -61,6 +74,8 @@ private:
     std::string m_fileName;
     TableReadOptions m_options;
     const TableKernels& m_kernels;
+    RowTaker m_take;               // where rows are handed on: one thread reads
+    std::vector<float> m_streamed; // then: the rows that are read next
 
     std::mutex m_mutex;           // for all below, until the threads have ended
     ResultTable m_table;          // maxima: of the rows that were taken plainly
@@ -70,7 +85,6 @@ private:
     std::size_t m_fieldsLeft;     // of its leading fields, which may stand on several lines
     bool m_headerPassed = false;
     bool m_done = false;
-    bool m_mayBeInfinite = false; // a cell of the table
 };
 
 } // namespace orrery

@@ -48,6 +48,9 @@ TEST_F(Tool, KeepsARunThatIsReadWithoutItsSetupModelAndTable) {
     EXPECT_EQ(refused.exitCode, 1);
     EXPECT_THAT(refused.err, Not(HasSubstr("computing"))) << "a night's run would be lost";
     EXPECT_EQ(run({"run", "setup.orrery", "--engine", engine, "--keep", "kept.nc", "--no-results"}).exitCode, 0);
+    EXPECT_EQ(run({"results", "setup.orrery", "--keep", "table.nc"}).err, "");
+    EXPECT_EQ(run({"results", "table.nc"}).out, run({"results", "kept.nc"}).out);
+    EXPECT_THAT(run({"results", "table.nc", "--keep", "again.nc"}).err, HasSubstr("kept already"));
     const std::vector<std::vector<std::string>> commands{
         {"results", "FILE"}, {"results", "FILE", "--csv", "-"}, {"plot", "FILE", "--axis1", "day", "--include", "#0"}};
     std::vector<std::string> answers;

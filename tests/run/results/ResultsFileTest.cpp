@@ -1,11 +1,13 @@
 // What is kept of a run comes back bit for bit; a file that is not a whole one of ours is refused in words.
 #include "run/results/ResultsFile.h"
 
+#include "model/ModelBuilding.h"
 #include "platform/Files.h"
 #include "platform/values/OrreryError.h"
 #include "run/ResultsMark.h"
 #include "support/TemporaryFolder.h"
 
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <netcdf.h>
@@ -121,6 +123,28 @@ TEST_F(ResultsFileTest, GivesTheRunBackBitForBit) {
     EXPECT_EQ(kept.record.engineText, record.engineText);
     EXPECT_EQ(kept.record.enginePath, record.enginePath);
     EXPECT_EQ(kept.record.started, record.started);
+}
+
+TEST_F(ResultsFileTest, ATableIsTurnedIntoTheSameFileWithoutBeingHeld) {
+    const ModelTree model = nodesFromDictionaries(
+        records({{"KSLEVEL", "r", {{"name", "Field"}}, {{"children", "p"}}},
+                 {"KSEXPRESSION", "p", {{"name", "Crop"}}, {{"parent", "r"}, {"outputs", "a b"}}},
+                 {"KSOUTPUT", "a", {{"name", "biomass"}, {"varid", "1"}, {"recordp", "1"}, {"unit", "g/m2"}}},
+                 {"KSOUTPUT", "b", {{"name", "grain"}, {"varid", "2"}, {"recordp", "1"}}}}));
+    std::string text = "row\twater\tday\tday\tbiomass\tgrain\n"; // rows are missing
+    for (std::size_t row = 0; row < 100000; ++row) {
+        text += fmt::format("1 2 3 4\t{}\t{}\n", cellAt(row), cellAt(2 * row));
+    }
+    const std::string table = folder.write("Zephyr.txt", text);
+    const RunResults whole = readRunResults(results.grid, model, table);
+    EXPECT_EQ(keepTable(path(), results.grid, model, table, record).notes, whole.notes);
+    const std::string streamed = readWholeFile(path());
+    writeResultsFile(path(), whole, record);
+    EXPECT_TRUE(readWholeFile(path()) == streamed);
+    const KeptRun kept = readResultsFile(path());
+    EXPECT_EQ(kept.results.table.rowsFound, 100000U);
+    EXPECT_EQ(kept.results.table.maxima, whole.table.maxima);
+    EXPECT_EQ(kept.results.responses.units, (std::vector<std::string>{"g/m2", ""}));
 }
 
 TEST_F(ResultsFileTest, NamesWhatOtherProgramsSee) {
