@@ -120,7 +120,8 @@ void writeRanges(JsonWriter& json, const std::vector<VertexRange>& ranges) {
     json.endArray();
 }
 
-void writePlot(JsonWriter& json, const PlotLayout& layout, const PlotSource& source) {
+void writePlot(JsonWriter& json, const PlotLayout& layout, const PlotRows& rows, const RunResults& results) {
+    const PlotSource source = rows.source(results);
     const bool drawn = layout.isDrawn();
     json.beginObject();
     json.member("dimensions", layout.dimensions);
@@ -128,7 +129,7 @@ void writePlot(JsonWriter& json, const PlotLayout& layout, const PlotSource& sou
     json.values(layout.labels);
     writeRanges(json, drawn ? vertexRanges(layout) : std::vector<VertexRange>());
     json.key("indices");
-    json.values(source.rows);
+    json.values(rows.rows());
     json.key("colors");
     json.beginArray();
     for (const Color& color : surfaceColors(source.responses)) {
@@ -142,10 +143,11 @@ void writePlot(JsonWriter& json, const PlotLayout& layout, const PlotSource& sou
     json.endObject();
 }
 
-void writeVertices(const std::string& target, const PlotLayout& layout, const PlotSource& source) {
+void writeVertices(const std::string& target, const PlotLayout& layout, const RunResults& results) {
+    const PlotRows rows(results, currentIndexSet(results.grid.variables));
     Output output(target);
     JsonWriter json(output);
-    writePlot(json, layout, source);
+    writePlot(json, layout, rows, results);
     output.write("\n");
     output.finish();
 }
@@ -163,8 +165,7 @@ int plot(const PlotOptions& options) {
         writePicture(options.picture.file, picture, plot, results);
     }
     if (!options.json.empty() || options.picture.file.empty()) {
-        const std::vector<std::uint32_t> rows = currentIndexSet(results.grid.variables);
-        writeVertices(options.json.empty() ? "-" : options.json, plot.layout(), plotSource(results, rows));
+        writeVertices(options.json.empty() ? "-" : options.json, plot.layout(), results);
     }
     return exitDone;
 }

@@ -19,7 +19,7 @@ std::span<const Command> commands() {
 }
 
 RunResults loadKeptResults(const std::string& path) {
-    return readResultsFile(path).results;
+    return openResultsFile(path).results;
 }
 
 void keepResults(const ResultSource& source, const std::string& path) {

@@ -8,6 +8,7 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <iterator>
 #include <limits>
 #include <string_view>
 
@@ -34,21 +35,31 @@ struct Statistics {
     [[nodiscard]] double mean() const { return sum / static_cast<double>(count); } // not a number without values
 };
 
-/// Per value of the first sweep variable, the mean of the column over all others; `all` takes every cell.
-std::vector<double> courseOverFirst(const RunResults& results, std::size_t column, Statistics& all) {
-    const IndependentVariable& first = results.grid.variables.front();
-    const std::size_t columns = results.responses.variables.size();
-    std::vector<double> course;
-    for (std::uint32_t index = 0; index < first.stridesPerCycle(); ++index) {
-        Statistics slice;
-        for (std::uint32_t row = index * first.stride(); row < (index + 1) * first.stride(); ++row) {
-            const double value = static_cast<double>(results.table.cells[row * columns + column]);
-            slice.add(value);
-            all.add(value);
-        }
-        course.push_back(slice.mean());
+/// A column's values: all of them, and those at each value of the first sweep variable.
+struct Course {
+    Statistics all;
+    std::vector<Statistics> slices;
+
+    [[nodiscard]] std::vector<double> means() const {
+        std::vector<double> means;
+        std::ranges::transform(slices, std::back_inserter(means), &Statistics::mean);
+        return means;
     }
-    return course;
+};
+
+/// Of every column, in one pass, since the results may lie in a file that is larger than memory.
+std::vector<Course> coursesOf(const RunResults& results) {
+    const IndependentVariable& first = results.grid.variables.front();
+    std::vector<Course> courses(results.responses.variables.size(),
+                                {.all = {}, .slices = std::vector<Statistics>(first.stridesPerCycle())});
+    forEachRow(results, [&](std::uint32_t row, std::span<const float> cells) {
+        for (std::size_t column = 0; column < cells.size(); ++column) {
+            const auto value = static_cast<double>(cells[column]);
+            courses[column].all.add(value);
+            courses[column].slices[row / first.stride()].add(value);
+        }
+    });
+    return courses;
 }
 
 /// Characters on the screen, counting one for each code point.
@@ -88,13 +99,13 @@ std::string responseText(const RunResults& results) {
     const std::size_t width = widest(responses);
     std::string text = fmt::format("{}  {:>10} {:>10} {:>10}  mean over {}\n", padded("Response", width + 2), "minimum",
                                    "mean", "maximum", results.grid.variables.front().name());
+    const std::vector<Course> courses = coursesOf(results);
     for (std::size_t column = 0; column < responses.size(); ++column) {
-        Statistics all;
-        const std::vector<double> course = courseOverFirst(results, column, all);
+        const Statistics& all = courses[column].all;
         text += fmt::format("  {}  ", padded(responses[column].name(), width));
         text += all.count == 0 ? "no numbers\n"
                                : fmt::format("{:>10.5} {:>10.5} {:>10.5}  {}\n", all.least, all.mean(), all.greatest,
-                                             blockCourse(course, courseWidth));
+                                             blockCourse(courses[column].means(), courseWidth));
     }
     return text;
 }

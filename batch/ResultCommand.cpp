@@ -49,19 +49,18 @@ void writeCsvHeader(Output& output, const RunResults& results) {
 /// One line per row: the value of every sweep variable there, then every response.
 void writeCsv(Output& output, const RunResults& results) {
     writeCsvHeader(output, results);
-    const std::size_t columns = results.responses.variables.size();
-    for (std::uint32_t row = 0; row < results.grid.nRowsOfData; ++row) {
+    forEachRow(results, [&](std::uint32_t row, std::span<const float> cells) {
         const char* separator = "";
         for (const IndependentVariable& variable : results.grid.variables) {
             const std::uint32_t index = row / variable.stride() % variable.stridesPerCycle();
             output.write(separator + shortestText(valueAtIndex(variable, index)));
             separator = ",";
         }
-        for (std::size_t column = 0; column < columns; ++column) {
-            output.write(separator + shortestText(results.table.cells[row * columns + column]));
+        for (const float cell : cells) {
+            output.write(separator + shortestText(cell));
         }
         output.write("\n");
-    }
+    });
 }
 
 int printResults(const ResultOptions& options) {

@@ -28,7 +28,13 @@ void writeResults(JsonWriter& json, const RunResults& results, bool summary) {
     json.values(results.table.maxima);
     if (!summary) {
         json.key("simulationData");
-        json.values(results.table.cells);
+        json.beginArray();
+        forEachRows(results, [&](std::uint32_t /*first*/, std::span<const float> cells) {
+            for (const float cell : cells) {
+                json.value(cell);
+            }
+        });
+        json.endArray();
     }
     json.endObject();
 }

@@ -53,18 +53,21 @@ void DocumentPlot::makePlotForDimensions(std::uint32_t dimensions, const std::ve
     PlotLayout wanted = layout();
     wanted.dimensions = dimensions;
     forget(); // the view's memory gets other rows than those of its last plot
+    const PlotRows rows(m_reading.results(), indices);
     whileDrawing([&](PlotView& view, const BuildOptions& options) {
-        orrery::makePlotForDimensions(view, wanted, plotSource(m_reading.results(), indices), options);
+        orrery::makePlotForDimensions(view, wanted, rows.source(m_reading.results()), options);
     });
 }
 
 std::vector<float> DocumentPlot::make2DVertexData(const std::vector<std::uint32_t>& indices) {
     m_camera.reset();
-    return orrery::make2DVertexData(layout(), plotSource(m_reading.results(), indices));
+    const PlotRows rows(m_reading.results(), indices);
+    return orrery::make2DVertexData(layout(), rows.source(m_reading.results()));
 }
 
 std::vector<float> DocumentPlot::make3DVertexData(const std::vector<std::uint32_t>& indices) const {
-    return orrery::make3DVertexData(layout(), plotSource(m_reading.results(), indices));
+    const PlotRows rows(m_reading.results(), indices);
+    return orrery::make3DVertexData(layout(), rows.source(m_reading.results()));
 }
 
 PlotState DocumentPlot::state() const {

@@ -7,7 +7,7 @@
 namespace orrery {
 
 RunResults readResponses(SweepGrid grid, const ModelTree& tree, const std::string& tablePath) {
-    RunResults results{.grid = std::move(grid), .responses = {}, .table = {}, .notes = {}};
+    RunResults results{.grid = std::move(grid), .responses = {}, .table = {}, .notes = {}, .stored = {}};
     results.responses = constructDependentVariables(tree, results.grid.variables, tablePath);
     results.notes = results.responses.notes;
     return results;

@@ -4,9 +4,11 @@
 #include "model/ModelTree.h"
 #include "platform/Calendar.h"
 #include "run/ResponseVariables.h"
+#include "run/StoredCells.h"
 #include "run/SweepVariables.h"
 #include "run/table/ResultTable.h"
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -16,8 +18,9 @@ namespace orrery {
 struct RunResults {
     SweepGrid grid;
     ResponseVariables responses;
-    ResultTable table;              // one row per point of the grid, one column per response variable
-    std::vector<std::string> notes; // what the user should know, one sentence or two each
+    ResultTable table;                         // one row per point of the grid, one column per response variable
+    std::vector<std::string> notes;            // what the user should know, one sentence or two each
+    std::shared_ptr<const StoredCells> stored; // where the table's cells lie, when it does not hold them
 
     [[nodiscard]] TableShape shape() const {
         return {grid.nRowsOfData, grid.variables.size() + 1, responses.variables.size()};

@@ -36,15 +36,10 @@ void PlotSession::layOut(const RunResults& results) {
 void PlotSession::show(PlotView& view, const RunResults& results, BuildOptions options) {
     options.built = &m_built;
     const bool drawn = m_layout.isDrawn();
-    const auto rows = drawn ? currentIndexSet(results.grid.variables) : std::vector<std::uint32_t>();
-    showPlot(view, m_layout, plotSource(results, rows), options);
-}
-
-PlotSource plotSource(const RunResults& results, std::span<const std::uint32_t> rows) {
-    return {.cells = results.table.cells,
-            .maxima = results.table.maxima,
-            .responses = results.responses.variables,
-            .rows = rows};
+    if (m_rows.choose(results, drawn ? currentIndexSet(results.grid.variables) : std::vector<std::uint32_t>())) {
+        m_built = {};
+    }
+    showPlot(view, m_layout, m_rows.source(results), options);
 }
 
 } // namespace orrery

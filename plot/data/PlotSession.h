@@ -1,12 +1,10 @@
 #pragma once
 
 #include "plot/data/PlotLayout.h"
+#include "plot/data/PlotRows.h"
 #include "plot/data/PlotView.h"
 #include "plot/data/VertexData.h"
 #include "run/RunResults.h"
-
-#include <cstdint>
-#include <vector>
 
 namespace orrery {
 
@@ -27,17 +25,18 @@ public:
     /// Lays out what is chosen of the results now.
     void layOut(const RunResults& results);
     [[nodiscard]] const PlotLayout& layout() const { return m_layout; }
-    /// Shows the plot that was laid out, of the rows that are chosen now. @throws as showPlot
+    /// Shows the plot that was laid out, of the rows that are chosen now. @throws as showPlot, PlotRows::choose
     void show(PlotView& view, const RunResults& results, BuildOptions options = {});
     /// The results are other ones: what the view's memory holds is of none of them.
-    void forget() { m_built = {}; }
+    void forget() {
+        m_built = {};
+        m_rows.forget();
+    }
 
 private:
     PlotLayout m_layout;
+    PlotRows m_rows;
     BuiltPlot m_built;
 };
-
-/// What a plot draws of the results: those rows of them.
-[[nodiscard]] PlotSource plotSource(const RunResults& results, std::span<const std::uint32_t> rows);
 
 } // namespace orrery

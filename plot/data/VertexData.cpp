@@ -66,6 +66,11 @@ void forEachIncluded(std::span<const ResponseVariable> responses, Write write) {
 
 /// Greatest finite value of the column, or of its absolute values; `least` when there is none above it.
 float greatestFinite(const PlotSource& source, std::size_t column, bool absolute, float least) {
+    if (!source.ranges.empty()) {
+        const ColumnRange& range = source.ranges[column];
+        if (range.least > range.greatest) return least;
+        return std::max(least, absolute ? std::max(std::fabs(range.least), std::fabs(range.greatest)) : range.greatest);
+    }
     for (std::size_t cell = column; cell < source.cells.size(); cell += source.responses.size()) {
         const float value = absolute ? std::fabs(source.cells[cell]) : source.cells[cell];
         least = std::isfinite(value) && value > least ? value : least;

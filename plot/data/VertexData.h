@@ -4,6 +4,7 @@
 #include "plot/data/PlotLayout.h"
 #include "plot/data/PlotView.h"
 #include "run/ResponseVariable.h"
+#include "run/StoredCells.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -19,6 +20,7 @@ struct PlotSource {
     std::span<const float> maxima;               // per column
     std::span<const ResponseVariable> responses; // one per column, included or not
     std::span<const std::uint32_t> rows;         // the current index set, ascending
+    std::span<const ColumnRange> ranges = {};    // per column, where the cells are not all rows of the results
 };
 
 /// The value that the plot's full height stands for: the largest maximum of the included columns. Where that is not

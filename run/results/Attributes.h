@@ -16,7 +16,8 @@ inline constexpr const char* heldAt = "held_at";
 // Of a response.
 inline constexpr const char* column = "column";
 inline constexpr const char* port = "port_id";
-inline constexpr const char* range = "actual_range"; // least and greatest value
+inline constexpr const char* range = "actual_range";       // least and greatest value
+inline constexpr const char* finiteRange = "finite_range"; // the same of the finite ones, where some are not
 // Of the mask.
 inline constexpr const char* rowsFound = "rows";
 // The group of the run's record.

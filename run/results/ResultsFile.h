@@ -26,8 +26,9 @@ void writeResultsFile(const std::string& path, const RunResults& results, const 
 RunResults keepTable(const std::string& path, SweepGrid grid, const ModelTree& tree, const std::string& tablePath,
                      const RunRecord& record, const TableReadOptions& options = {});
 
-/// Reads all of a results file. Model, engine and setup need not be in place.
+/// Opens a results file: the cells stay in it and are read as they are needed, so it stays open as long as the results
+/// are kept. Model, engine and setup need not be in place.
 /// @throws OrreryError when it is not one, or a cut or damaged one, or written by a later version
-[[nodiscard]] KeptRun readResultsFile(const std::string& path);
+[[nodiscard]] KeptRun openResultsFile(const std::string& path);
 
 } // namespace orrery

@@ -1,6 +1,5 @@
 #include "platform/values/OrreryError.h"
 #include "run/results/Attributes.h"
-#include "run/results/GridBlocks.h"
 #include "run/results/GridNames.h"
 #include "run/results/NetCdf.h"
 #include "run/results/ResultsFile.h"
@@ -10,6 +9,7 @@
 #include <algorithm>
 #include <limits>
 #include <map>
+#include <memory>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -18,7 +18,34 @@ namespace orrery {
 
 namespace {
 
-constexpr std::uint32_t rowsAtATime = 64U << 10U;
+/// Cells of a results file, which stays open for them.
+class FileCells : public StoredCells {
+public:
+    FileCells(NetCdfFile file, std::vector<int> columns, std::vector<ColumnRange> ranges)
+        : m_file(std::move(file)), m_columns(std::move(columns)), m_ranges(std::move(ranges)) {}
+
+    [[nodiscard]] CellBlock read(const GridBlock& box, std::span<const std::size_t> columns) const override {
+        requireBlockFits({.rows = static_cast<std::uint32_t>(box.rows), .columns = columns.size() + 1});
+        CellBlock cells(box.rows * columns.size());
+        std::vector<float> column(columns.size() > 1 ? box.rows : 0); // one lies there as it is wanted
+        float* const values = columns.size() > 1 ? column.data() : cells.data();
+        for (std::size_t i = 0; i < columns.size(); ++i) {
+            m_file.root().readFloats(m_columns[columns[i]], box.start, box.count, values);
+            float* cell = cells.data() + i;
+            for (const float value : column) {
+                *cell = value;
+                cell += columns.size();
+            }
+        }
+        return cells;
+    }
+    [[nodiscard]] std::span<const ColumnRange> ranges() const override { return m_ranges; }
+
+private:
+    NetCdfFile m_file;
+    std::vector<int> m_columns; // the variable of each response
+    std::vector<ColumnRange> m_ranges;
+};
 
 /// Reads the parts of one results file, in the order in which one needs the other.
 class Reader {
@@ -27,12 +54,18 @@ public:
         requireFormat();
     }
 
-    KeptRun read() {
+    KeptRun read() && {
         KeptRun kept;
         kept.results.grid = grid();
         kept.results.responses = responses();
         readRecord(kept);
-        readTable(kept.results);
+        describeTable(kept.results);
+        std::vector<ColumnRange> finite;
+        for (const int variable : m_columns) {
+            finite.push_back(
+                range(variable, results_key::finiteRange).value_or(range(variable, results_key::range).value()));
+        }
+        kept.results.stored = std::make_shared<FileCells>(std::move(m_file), std::move(m_columns), std::move(finite));
         return kept;
     }
 
@@ -143,36 +176,21 @@ private:
         return file;
     }
 
-    void readTable(RunResults& results) {
-        const std::size_t columns = m_columns.size();
-        const TableShape shape = results.shape();
-        requireBlockFits(shape);
-        results.table.cells = CellBlock(std::size_t{shape.rows} * columns);
-        results.table.maxima.assign(columns, noMaximum);
+    /// What the table was, but for its cells, which stay in the file.
+    void describeTable(RunResults& results) const {
         const std::int64_t found = m_root.integer(mask(), results_key::rowsFound).value_or(0);
-        results.table.rowsFound = static_cast<std::uint32_t>(std::clamp<std::int64_t>(found, 0, shape.rows));
-        for (std::size_t column = 0; column < columns; ++column) {
-            readColumn(results, column);
+        results.table.rowsFound =
+            static_cast<std::uint32_t>(std::clamp<std::int64_t>(found, 0, results.grid.nRowsOfData));
+        for (const int variable : m_columns) {
+            results.table.maxima.push_back(std::max(noMaximum, range(variable, results_key::range).value().greatest));
         }
     }
 
-    void readColumn(RunResults& results, std::size_t column) const {
-        const std::size_t columns = m_columns.size();
-        float* cell = results.table.cells.data() + column;
-        float& maximum = results.table.maxima[column];
-        std::vector<float> values;
-        for (std::uint32_t first = 0; first < results.grid.nRowsOfData; first += rowsAtATime) {
-            const std::uint32_t rows = std::min(rowsAtATime, results.grid.nRowsOfData - first);
-            forEachBlock(results.grid, first, rows, [&](const GridBlock& block) {
-                values.resize(block.rows);
-                m_root.readFloats(m_columns[column], block.start, block.count, values.data());
-                for (const float value : values) {
-                    *cell = value;
-                    cell += columns;
-                    maximum = std::max(maximum, value);
-                }
-            });
-        }
+    [[nodiscard]] std::optional<ColumnRange> range(int variable, const char* name) const {
+        const auto values = m_root.floats(variable, name);
+        if (!values && name == results_key::finiteRange) return std::nullopt;
+        if (!values || values->size() != 2) refuse("a response lacks its range");
+        return ColumnRange{values->front(), values->back()};
     }
 
     std::string m_path;
@@ -183,7 +201,7 @@ private:
 
 } // namespace
 
-KeptRun readResultsFile(const std::string& path) {
+KeptRun openResultsFile(const std::string& path) {
     return Reader(path).read();
 }
 

@@ -1,8 +1,8 @@
 #include "run/results/ResultsWriter.h"
 
 #include "platform/values/OrreryError.h"
+#include "run/GridBlocks.h"
 #include "run/results/Attributes.h"
-#include "run/results/GridBlocks.h"
 #include "run/results/GridNames.h"
 #include "run/results/ResultsFile.h"
 
@@ -11,7 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <cassert>
-#include <limits>
+#include <cmath>
 #include <utility>
 
 namespace orrery {
@@ -67,8 +67,7 @@ void writeFileOf(const NetCdfGroup& group, const std::string& name, const Record
 ResultsWriter::ResultsWriter(const std::string& path, const RunResults& results)
     : m_results(results), m_replacement(checkedPath(path, results)),
       m_file(NetCdfFile::create(m_replacement.lend(), path)), m_root(m_file.root()),
-      m_least(results.responses.variables.size(), std::numeric_limits<float>::infinity()),
-      m_greatest(results.responses.variables.size(), -std::numeric_limits<float>::infinity()) {
+      m_ranges(results.responses.variables.size()), m_finites(results.responses.variables.size()) {
     const GridNames names = gridNames(results);
     m_root.setText(NetCdfGroup::global, "Conventions", "CF-1.8");
     m_root.setInteger(NetCdfGroup::global, results_key::format, results_key::formatNumber);
@@ -148,8 +147,8 @@ void ResultsWriter::writeRows(std::span<const float> cells) {
             for (float& value : m_column) {
                 value = *cell;
                 cell += columns;
-                m_least[column] = std::min(m_least[column], value);
-                m_greatest[column] = std::max(m_greatest[column], value);
+                m_ranges[column].add(value);
+                if (std::isfinite(value)) m_finites[column].add(value);
             }
             const float* values = m_column.data();
             forEachBlock(m_results.grid, m_row, static_cast<std::uint32_t>(rows), [&](const GridBlock& block) {
@@ -164,7 +163,11 @@ void ResultsWriter::writeRows(std::span<const float> cells) {
 void ResultsWriter::finish(const RunRecord& record) {
     assert(m_columns.empty() || m_row == m_results.grid.nRowsOfData);
     for (std::size_t column = 0; column < m_columns.size(); ++column) {
-        m_root.setFloats(m_columns[column], results_key::range, std::array{m_least[column], m_greatest[column]});
+        const auto set = [&](const char* key, const ColumnRange& range) {
+            m_root.setFloats(m_columns[column], key, std::array{range.least, range.greatest});
+        };
+        set(results_key::range, m_ranges[column]);
+        if (m_finites[column] != m_ranges[column]) set(results_key::finiteRange, m_finites[column]);
     }
     writeMask();
     writeRecord(record);

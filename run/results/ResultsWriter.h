@@ -37,10 +37,10 @@ private:
     std::vector<int> m_dimensions; // per sweep variable, as the next
     std::vector<int> m_coordinates;
     int m_mask = 0;
-    std::vector<int> m_columns; // per response, as the next
-    std::vector<float> m_least;
-    std::vector<float> m_greatest;
-    std::vector<float> m_column; // one response of the rows that are written
+    std::vector<int> m_columns;         // per response, as the next
+    std::vector<ColumnRange> m_ranges;  // of all values
+    std::vector<ColumnRange> m_finites; // of the finite ones
+    std::vector<float> m_column;        // one response of the rows that are written
     std::uint32_t m_row = 0;
 };
 

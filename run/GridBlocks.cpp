@@ -1,4 +1,4 @@
-#include "run/results/GridBlocks.h"
+#include "run/GridBlocks.h"
 
 #include <algorithm>
 
