@@ -95,6 +95,10 @@ private:
     std::unique_ptr<State> m_state;
 };
 
+/// Removes from the directory what killed saves of this user left there, as every save does that is made in it: their
+/// temporary files that nobody has locked and that are older than a minute. Does what it can and reports nothing.
+void removeSaveLitter(const std::string& directory);
+
 /// The path made absolute against the current directory, "." and ".." removed as text; links are not followed.
 [[nodiscard]] std::string absolutePath(const std::string& path);
 

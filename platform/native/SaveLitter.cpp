@@ -1,5 +1,6 @@
 #include "platform/native/SaveLitter.h"
 
+#include "platform/Files.h"
 #include "platform/native/FileDescriptor.h"
 #include "platform/native/SystemCalls.h"
 #include "platform/values/OrreryError.h"
@@ -55,6 +56,11 @@ void removeSaveLitter(int directory) {
     while (const dirent* entry = readdir(entries.get())) {
         if (isSaveName(entry->d_name) && isAbandoned(directory, entry->d_name)) unlinkat(directory, entry->d_name, 0);
     }
+}
+
+void removeSaveLitter(const std::string& directory) {
+    const FileDescriptor opened(open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (opened.isOpen()) removeSaveLitter(opened.get());
 }
 
 } // namespace orrery

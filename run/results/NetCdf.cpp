@@ -220,7 +220,11 @@ NetCdfFile NetCdfFile::create(const std::string& path, const std::string& shownA
 
 NetCdfFile NetCdfFile::open(const std::string& path) {
     const std::string absolute = absolutePath(path); // a name that looks like an address would go to the network
-    (void)ReadableFile(absolute);
+    auto use = FileUse::tryBegin(absolute, FileUse::Kind::Shared);
+    if (!use) {
+        throw OrreryError("Another Orrery is writing this file, or removing it.", {.file = path},
+                          "Try again in a moment.");
+    }
     int identifier = 0;
     const int status = nc_open(absolute.c_str(), NC_NOWRITE, &identifier);
     if (status == NC_ENOTNC) {
@@ -231,11 +235,12 @@ NetCdfFile NetCdfFile::open(const std::string& path) {
         throw OrreryError(fmt::format("The results file is cut or damaged: {}.", words(status)), {.file = path},
                           "Use another copy of it, or run the simulation again.");
     }
-    return {identifier, path};
+    return {identifier, path, std::move(use)};
 }
 
 NetCdfFile::NetCdfFile(NetCdfFile&& other) noexcept
-    : m_id(other.m_id), m_name(std::move(other.m_name)), m_isOpen(std::exchange(other.m_isOpen, false)) {}
+    : m_id(other.m_id), m_name(std::move(other.m_name)), m_use(std::move(other.m_use)),
+      m_isOpen(std::exchange(other.m_isOpen, false)) {}
 
 NetCdfFile::~NetCdfFile() {
     if (m_isOpen) nc_close(m_id);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/FileUse.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -69,7 +71,8 @@ class NetCdfFile {
 public:
     /// A new file of the fourth format in place of the one at the path. @param shownAs for messages
     [[nodiscard]] static NetCdfFile create(const std::string& path, const std::string& shownAs);
-    /// @throws OrreryError also when it is not a NetCDF file, or a cut one
+    /// One to read, which is in shared use as long as it is open.
+    /// @throws OrreryError also when it is not a NetCDF file, or a cut one, or about to be removed
     [[nodiscard]] static NetCdfFile open(const std::string& path);
     NetCdfFile(NetCdfFile&& other) noexcept;
     NetCdfFile& operator=(NetCdfFile&& other) = delete;
@@ -82,10 +85,12 @@ public:
     void close();
 
 private:
-    NetCdfFile(int identifier, std::string name) : m_id(identifier), m_name(std::move(name)) {}
+    NetCdfFile(int identifier, std::string name, std::optional<FileUse> use = {})
+        : m_id(identifier), m_name(std::move(name)), m_use(std::move(use)) {}
 
     int m_id;
     std::string m_name;
+    std::optional<FileUse> m_use;
     bool m_isOpen = true;
 };
 

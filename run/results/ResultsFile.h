@@ -3,7 +3,9 @@
 #include "run/RunResults.h"
 #include "run/results/RunRecord.h"
 
+#include <cstdint>
 #include <string>
+#include <vector>
 
 namespace orrery {
 
@@ -30,5 +32,16 @@ RunResults keepTable(const std::string& path, SweepGrid grid, const ModelTree& t
 /// are kept. Model, engine and setup need not be in place.
 /// @throws OrreryError when it is not one, or a cut or damaged one, or written by a later version
 [[nodiscard]] KeptRun openResultsFile(const std::string& path);
+
+/// What a list of runs says of one, read without what takes time.
+struct ResultsHeader {
+    RunRecord record; // without the model's bytes and the engine's text
+    std::uint32_t rows = 0;
+    std::uint32_t rowsFound = 0;
+    std::vector<std::string> notes; // on the results
+};
+
+/// @throws OrreryError as openResultsFile
+[[nodiscard]] ResultsHeader readResultsHeader(const std::string& path);
 
 } // namespace orrery

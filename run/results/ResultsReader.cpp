@@ -58,7 +58,12 @@ public:
         KeptRun kept;
         kept.results.grid = grid();
         kept.results.responses = responses();
-        readRecord(kept);
+        const NetCdfGroup run = recordGroup();
+        kept.results.responses.labels = run.texts(NetCdfGroup::global, results_key::labels);
+        kept.results.notes = run.texts(NetCdfGroup::global, results_key::notes);
+        kept.record = briefRecord(run);
+        readBytes(kept.record.model, run, "model");
+        kept.record.engineText = bytes(run, "engine_text").value_or("");
         describeTable(kept.results);
         std::vector<ColumnRange> finite;
         for (const int variable : m_columns) {
@@ -67,6 +72,15 @@ public:
         }
         kept.results.stored = std::make_shared<FileCells>(std::move(m_file), std::move(m_columns), std::move(finite));
         return kept;
+    }
+
+    ResultsHeader header() && {
+        const NetCdfGroup run = recordGroup();
+        ResultsHeader header{.record = briefRecord(run),
+                             .rows = grid().nRowsOfData,
+                             .notes = run.texts(NetCdfGroup::global, results_key::notes)};
+        header.rowsFound = rowsFound(header.rows);
+        return header;
     }
 
 private:
@@ -149,17 +163,22 @@ private:
         return responses;
     }
 
-    void readRecord(KeptRun& kept) const {
+    NetCdfGroup recordGroup() const {
         const auto run = m_root.group(results_key::run);
         if (!run) refuse("the run's record is missing");
-        kept.results.responses.labels = run->texts(NetCdfGroup::global, results_key::labels);
-        kept.results.notes = run->texts(NetCdfGroup::global, results_key::notes);
-        kept.record.setup = file(*run, "setup");
-        kept.record.model = file(*run, "model");
-        kept.record.engineText = bytes(*run, "engine_text").value_or("");
-        for (const auto& [name, text] : recordTexts(kept.record)) {
-            *text = run->text(NetCdfGroup::global, name).value_or("");
+        return *run;
+    }
+
+    /// Without what may be long: the model's bytes and the engine's text.
+    static RunRecord briefRecord(const NetCdfGroup& run) {
+        RunRecord record;
+        record.setup = file(run, "setup");
+        readBytes(record.setup, run, "setup");
+        record.model = file(run, "model");
+        for (const auto& [name, text] : recordTexts(record)) {
+            *text = run.text(NetCdfGroup::global, name).value_or("");
         }
+        return record;
     }
 
     static std::optional<std::string> bytes(const NetCdfGroup& group, const std::string& name) {
@@ -168,19 +187,25 @@ private:
     }
 
     static RecordedFile file(const NetCdfGroup& group, const std::string& name) {
-        RecordedFile file{.path = group.text(NetCdfGroup::global, (name + "_path").c_str()).value_or(""),
-                          .sha256 = group.text(NetCdfGroup::global, (name + "_sha256").c_str()).value_or(""),
-                          .size = 0,
-                          .bytes = bytes(group, name)};
-        if (file.bytes) file.size = file.bytes->size();
-        return file;
+        return {.path = group.text(NetCdfGroup::global, (name + "_path").c_str()).value_or(""),
+                .sha256 = group.text(NetCdfGroup::global, (name + "_sha256").c_str()).value_or(""),
+                .size = 0,
+                .bytes = {}};
+    }
+
+    static void readBytes(RecordedFile& file, const NetCdfGroup& group, const std::string& name) {
+        file.bytes = bytes(group, name);
+        file.size = file.bytes ? file.bytes->size() : 0;
+    }
+
+    std::uint32_t rowsFound(std::uint32_t rows) const {
+        const std::int64_t found = m_root.integer(mask(), results_key::rowsFound).value_or(0);
+        return static_cast<std::uint32_t>(std::clamp<std::int64_t>(found, 0, rows));
     }
 
     /// What the table was, but for its cells, which stay in the file.
     void describeTable(RunResults& results) const {
-        const std::int64_t found = m_root.integer(mask(), results_key::rowsFound).value_or(0);
-        results.table.rowsFound =
-            static_cast<std::uint32_t>(std::clamp<std::int64_t>(found, 0, results.grid.nRowsOfData));
+        results.table.rowsFound = rowsFound(results.grid.nRowsOfData);
         for (const int variable : m_columns) {
             results.table.maxima.push_back(std::max(noMaximum, range(variable, results_key::range).value().greatest));
         }
@@ -203,6 +228,10 @@ private:
 
 KeptRun openResultsFile(const std::string& path) {
     return Reader(path).read();
+}
+
+ResultsHeader readResultsHeader(const std::string& path) {
+    return Reader(path).header();
 }
 
 } // namespace orrery
