@@ -75,6 +75,10 @@ void AppController::openDocument(QWidget* window) {
     beginOpenSetupPanel(window, defaults(), [this](const std::vector<std::string>& paths) { openFiles(paths); });
 }
 
+void AppController::openResults(QWidget* window) {
+    beginOpenResultsPanel(window, defaults(), [this](const std::vector<std::string>& paths) { openFiles(paths); });
+}
+
 void AppController::preferences() {
     if (!m_preferences) m_preferences = std::make_unique<PreferencesPanel>(*this);
     m_preferences->makeKeyAndOrderFront();

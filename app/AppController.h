@@ -40,6 +40,7 @@ public:
     // -- Commands that need no document; `window` is where a panel belongs ------------------------------------------
     void newDocument() { m_documents.newDocument(); }
     void openDocument(QWidget* window);
+    void openResults(QWidget* window);
     void preferences();
     void showReleaseNotes(); // a new window on every call
     void showHelp();

@@ -16,6 +16,7 @@ ApplicationMenu::ApplicationMenu(AppController& application, Ui::MainMenu& menu,
 void ApplicationMenu::connectItems() {
     connect(m_menu.actionNew, &QAction::triggered, this, [this] { m_application.newDocument(); });
     connect(m_menu.actionOpen, &QAction::triggered, this, [this] { m_application.openDocument(&m_window); });
+    connect(m_menu.actionOpenResults, &QAction::triggered, this, [this] { m_application.openResults(&m_window); });
     connect(m_menu.actionPreferences, &QAction::triggered, this, [this] { m_application.preferences(); });
     connect(m_menu.actionQuit, &QAction::triggered, this, [this] { m_application.quit(); });
     connect(m_menu.actionHelp, &QAction::triggered, this, [this] { m_application.showHelp(); });

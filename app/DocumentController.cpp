@@ -10,6 +10,7 @@
 #include "platform/Files.h"
 #include "platform/qt/QtAlerts.h"
 #include "platform/qt/QtText.h"
+#include "run/ResultsMark.h"
 
 #include <QApplication>
 #include <QMainWindow>
@@ -17,6 +18,15 @@
 #include <exception>
 
 namespace orrery {
+
+namespace {
+
+QString nameWithoutSuffix(const std::string& path) {
+    const QString name = shownFileName(path);
+    return name.left(name.lastIndexOf('.'));
+}
+
+} // namespace
 
 DocumentController::DocumentController(ApplicationServices& services)
     : m_services(services), m_recent(services.defaults()) {}
@@ -78,6 +88,7 @@ DocumentWindow* DocumentController::open(const std::string& path, OpenReport& re
     }
     const std::string absolute = absolutePath(path);
     if (isSampleSetup(absolute)) return openCopy(absolute, report);
+    if (looksLikeResultsFile(absolute)) return openResults(absolute, report);
     auto document = std::make_unique<MyDocument>(m_services.forDocuments());
     if (!read(absolute, report, [&] { document->readFromFile(absolute); })) return nullptr;
     m_recent.note(absolute);
@@ -86,11 +97,32 @@ DocumentWindow* DocumentController::open(const std::string& path, OpenReport& re
     return window;
 }
 
+DocumentWindow* DocumentController::openResults(const std::string& path, OpenReport& report) {
+    if (DocumentWindow* window = windowOfResults(path)) {
+        bringToFront(*window);
+        return window;
+    }
+    auto document = std::make_unique<MyDocument>(m_services.forDocuments());
+    if (!read(path, report, [&] { document->openRun(path); })) return nullptr;
+    DocumentWindow* window = show(std::move(document), nameWithoutSuffix(path));
+    window->showResults();
+    return window;
+}
+
+DocumentWindow* DocumentController::openSetupOf(const std::string& resultsPath) {
+    OpenReport report;
+    auto document = std::make_unique<MyDocument>(m_services.forDocuments());
+    DocumentWindow* window = nullptr;
+    if (read(resultsPath, report, [&] { document->openSetupOf(resultsPath); }))
+        window = show(std::move(document), tr("Setup of %1").arg(nameWithoutSuffix(resultsPath)));
+    tellOf(report, windowForMessages());
+    return window;
+}
+
 DocumentWindow* DocumentController::openCopy(const std::string& path, OpenReport& report) {
     auto document = std::make_unique<MyDocument>(m_services.forDocuments());
     if (!read(path, report, [&] { document->file().readCopyOf(path); })) return nullptr;
-    const QString name = shownFileName(path);
-    return show(std::move(document), tr("%1 copy").arg(name.left(name.lastIndexOf('.'))));
+    return show(std::move(document), tr("%1 copy").arg(nameWithoutSuffix(path)));
 }
 
 bool DocumentController::read(const std::string& path, OpenReport& report, const std::function<void()>& reading) {
@@ -127,6 +159,7 @@ DocumentWindow* DocumentController::show(std::unique_ptr<MyDocument> document, c
     });
     m_windows.push_back(window);
     connect(&window->files(), &DocumentFiles::saved, this, [this, window] { documentSaved(*window); });
+    connect(window, &DocumentWindow::setupWanted, this, [this](const std::string& results) { openSetupOf(results); });
     connect(window, &DocumentWindow::closed, this, [this, window] { documentClosed(*window); });
     connect(window, &QObject::destroyed, this, [this, window] {
         std::erase(m_windows, window);
@@ -144,6 +177,15 @@ DocumentWindow* DocumentController::windowOf(const std::string& path) const {
     const auto found = std::ranges::find_if(m_windows, [&](DocumentWindow* window) {
         const auto its = window->document().file().path();
         return its && isSameFile(*its, path);
+    });
+    return found == m_windows.end() ? nullptr : *found;
+}
+
+/// The window that was opened for the results file alone.
+DocumentWindow* DocumentController::windowOfResults(const std::string& path) const {
+    const auto found = std::ranges::find_if(m_windows, [&](DocumentWindow* window) {
+        const std::string& shown = window->document().keeping().path();
+        return !window->document().file().path() && !shown.empty() && isSameFile(shown, path);
     });
     return found == m_windows.end() ? nullptr : *found;
 }

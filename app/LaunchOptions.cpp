@@ -14,7 +14,7 @@ std::optional<LaunchOptions> launchOptions(int argc, char** argv, int& exitCode)
     parser.set_version_flag("--version", "orrery " ORRERY_VERSION);
     parser.add_flag("--new-instance", options.newInstance, "Start another Orrery even when one is running");
     parser.add_option("--picture", options.picture, "Save a picture of the window (PNG) and exit");
-    parser.add_option("files", options.files, "Setups to open");
+    parser.add_option("files", options.files, "Setups and results files to open");
     parser.footer("If Orrery is already running, it opens the files. Without a display, use orrery-batch.");
     try {
         parser.parse(argc, argv);

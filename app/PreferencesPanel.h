@@ -25,6 +25,8 @@ public:
 
 private:
     void refresh();
+    void setKeeping();
+    void showKeeping();
 
     AppController& m_application;
     std::unique_ptr<Ui::Preferences> m_ui;

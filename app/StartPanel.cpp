@@ -31,7 +31,7 @@ void hideDocumentItems(Ui::MainMenu& menu) {
             action->setEnabled(false);
         }
     }
-    for (QAction* action : {menu.actionSave, menu.actionSaveAs, menu.actionRevert}) {
+    for (QAction* action : {menu.actionSave, menu.actionSaveAs, menu.actionRevert, menu.actionKeepResultsAs}) {
         action->setEnabled(false);
     }
 }

@@ -8,6 +8,7 @@
 #include "platform/qt/QtGlSurface.h"
 #include "platform/qt/TerminationSignals.h"
 #include "plot/BasicOpenGLView.h"
+#include "run/results/RunStore.h"
 
 #include <unistd.h>
 
@@ -56,6 +57,7 @@ void pictureAndEnd(AppController& controller, const std::string& path) {
 
 int run(GuardedApplication& application, const LaunchOptions& options) {
     ApplicationServices services(std::make_unique<FileUserDefaults>(FileUserDefaults::standardPath()));
+    services.setStoreDirectory(RunStore::defaultDirectory());
     AppController controller(services);
     application.setFrontWindow([&controller] { return controller.frontWindow(); });
     SingleInstance instance([&controller](const std::vector<std::string>& files) { controller.reopen(files); });

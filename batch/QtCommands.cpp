@@ -1,5 +1,4 @@
 #include "batch/Command.h"
-#include "batch/KeptResults.h"
 #include "batch/SetupFiles.h"
 #include "platform/Calendar.h"
 #include "platform/values/OrreryError.h"

@@ -1,6 +1,5 @@
 #include "batch/Command.h"
 #include "batch/JsonWriter.h"
-#include "batch/KeptResults.h"
 #include "batch/Output.h"
 #include "batch/Report.h"
 #include "batch/ResultJson.h"
@@ -15,7 +14,6 @@
 #include "platform/qt/QtEventLoop.h"
 #include "platform/qt/TerminationSignals.h"
 #include "platform/values/OrreryError.h"
-#include "run/results/ResultsFile.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -59,18 +57,13 @@ public:
     void appendString(std::string_view text) override {
         if (text.empty()) return;
         writeToStandardError(text);
-        m_text += text;
         m_lineIsOpen = text.back() != '\n';
     }
     void endLine() {
         if (m_lineIsOpen) appendString("\n");
     }
 
-    /// All that was shown.
-    [[nodiscard]] const std::string& text() const { return m_text; }
-
 private:
-    std::string m_text;
     bool m_lineIsOpen = false;
 };
 
@@ -86,8 +79,7 @@ public:
 class HeadlessRun {
 public:
     explicit HeadlessRun(const RunOptions& options)
-        : m_engine(options.engine), m_keeps(!options.keep.empty()), m_launcher(m_loop.runLoop()),
-          m_document(services(options.overwriteOutputs)) {
+        : m_engine(options.engine), m_launcher(m_loop.runLoop()), m_document(services(options.overwriteOutputs)) {
         openDocument(absolutePath(options.setup));
         m_document.runControl().setWaitsForTurn(options.wait);
         DocumentOutlets outlets;
@@ -107,7 +99,6 @@ public:
         });
         giveUpWritesWhen(terminationAsked); // nobody may read what the engine writes
         setLogSink([](std::string_view line) { writeToStandardError(std::string(line) + '\n'); });
-        m_record.started = dateDescription(currentDate());
         m_document.runSimulation();
         if (m_document.runControl().state() != RunControl::State::Idle) m_loop.run();
         m_status.endLine();
@@ -115,14 +106,6 @@ public:
         return outcome().isWhole() ? exitDone : exitFailed;
     }
 
-    /// What there is to tell of the run.
-    [[nodiscard]] RunRecord record() {
-        RunRecord record = m_record;
-        record.engineEnd = engineEndInWords(outcome().end);
-        record.engineText = m_status.text();
-        record.ended = dateDescription(currentDate());
-        return record;
-    }
     [[nodiscard]] const MyDocument& document() const { return m_document; }
     [[nodiscard]] const RunOutcome& outcome() { return m_document.runControl().outcome(); }
 
@@ -151,7 +134,6 @@ private:
         ModelTree tree = loadModel(loadSetup(setupPath), setupPath);
         m_document.readFromFile(setupPath);
         m_document.model().setTree(std::move(tree));
-        if (m_keeps) recordFiles(setupPath);
         printProblems(m_document.setupProblems(), setupPath);
         if (!m_engine.empty() && !isExecutable(m_engine)) {
             throw OrreryError("This is not a program that can be run.", {.file = m_engine},
@@ -159,15 +141,7 @@ private:
         }
     }
 
-    /// As they are before the run, which may last.
-    void recordFiles(const std::string& setupPath) {
-        m_record = recordOfSetup(m_document.theDictionary(), setupPath);
-        m_record.enginePath = enginePath().value_or("");
-    }
-
     std::string m_engine;
-    bool m_keeps;
-    RunRecord m_record;
     FileUserDefaults m_defaults{FileUserDefaults::standardPath()};
     StatusOnStandardError m_status;
     CancelBySignal m_cancel;
@@ -204,7 +178,7 @@ void keepRun(HeadlessRun& run, const std::string& path) {
         throw OrreryError("The results were not kept: the result table is not from this run.", {.file = path},
                           "Look why the engine left no table.");
     }
-    writeResultsFile(path, run.document().results(), run.record());
+    (void)run.document().keepResultsAs(path); // there is no panel to cancel it by
 }
 
 int runSetup(const RunOptions& options) {

@@ -49,7 +49,19 @@ void DocumentFile::read(std::string path) {
 }
 
 void DocumentFile::readCopyOf(const std::string& path) {
-    read(path);
+    std::string bytes;
+    (void)KnownFile::read(path, bytes);
+    readCopy(bytes, path);
+}
+
+void DocumentFile::readCopy(std::string_view bytes, const std::string& path) {
+    m_path = path; // for messages
+    try {
+        load(bytes);
+    } catch (...) {
+        m_path.reset();
+        throw;
+    }
     m_setup.replaceModelPaths([&](const std::string& model) { return absoluteModelPath(model, path); });
     m_path.reset();
     m_known = {};

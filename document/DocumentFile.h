@@ -39,6 +39,8 @@ public:
     void read(std::string path);
     /// Reads the file as a copy that has no file yet and names the same model. @throws as read
     void readCopyOf(const std::string& path);
+    /// The same of bytes that were the file's. @throws as load
+    void readCopy(std::string_view bytes, const std::string& path);
     /// Writes the setup whole, or throws OrreryError and leaves the old file. Stores the user default "lastPath".
     void write(const std::string& path) { (void)write(m_setup.dictionary(), path); }
     /// Writes the setup as it moves to the path, and is at that path then. @throws as write

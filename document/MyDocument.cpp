@@ -21,7 +21,7 @@ MyDocument::MyDocument(DocumentServices services)
     : m_services(std::move(services)), m_setup([this] { return m_model.importFrom(m_file.modelPath()); },
                                                [this](const PlotChange& change) { m_plot.put(change); }),
       m_model([this] { m_setup.setupChanged(); }, [this](const AlertText& text) { m_messages.showSheet(text); }),
-      m_reading({m_setup, m_model, m_outlets, m_services, m_messages}, [this] { m_plot.forget(); }),
+      m_reading({m_setup, m_model, m_keeping, m_outlets, m_services, m_messages}, [this] { m_plot.forget(); }),
       m_handover(m_services, m_messages,
                  [this] { return exportPaths(theDictionary(), m_reading.tablePath(), m_file.absolutePath()); }),
       m_run(*this, m_services.run) {
@@ -95,7 +95,13 @@ void MyDocument::setOutlets(const DocumentOutlets& outlets) {
 }
 
 void MyDocument::awakeFromNib() {
-    if (!m_file.modelPath().empty()) importModelOrLeaveIt(false);
+    const std::string modelPath = m_file.modelPath();
+    if (m_keeping.path().empty()) {
+        if (!modelPath.empty()) importModelOrLeaveIt(false);
+    } else { // a kept run is shown, whether its model is still there or not
+        if (fileExists(modelPath)) importModelOrLeaveIt(false);
+        m_outlets.statusView->setString(m_keeping.record().engineText);
+    }
     if (m_services.run.runLoop != nullptr) m_camera.startTimer(*m_services.run.runLoop);
     resetCamera();
     setLightSliderMax(20);
@@ -180,10 +186,55 @@ void MyDocument::clearSweepForRun() {
     m_plot.redraw();
 }
 
+void MyDocument::keepStartedSetup() {
+    m_reading.keepStarted(m_file);
+    m_keeping.begin(theDictionary(), m_file);
+}
+
 const RunResults& MyDocument::buildResults() {
+    m_keeping.end(m_run.outcome());
     const RunResults& built = m_reading.build();
     m_plot.markOutdated();
+    m_keeping.keep(built);
     return built;
+}
+
+void MyDocument::openResults(const std::string& path) {
+    m_run.requireIdle();
+    showRun(path, openResultsFile(path));
+}
+
+void MyDocument::openRun(const std::string& resultsPath) {
+    KeptRun kept = openResultsFile(resultsPath);
+    readSetupOf(kept);
+    showRun(resultsPath, std::move(kept));
+}
+
+void MyDocument::readSetupOf(const KeptRun& kept) {
+    const RecordedFile& setup = kept.record.setup;
+    if (setup.bytes) {
+        m_file.readCopy(*setup.bytes, setup.path);
+    } else {
+        initWithType("");
+    }
+}
+
+void MyDocument::showRun(const std::string& path, KeptRun kept) {
+    m_outlets.statusView->setString(kept.record.engineText);
+    m_keeping.take(path, std::move(kept.record));
+    m_reading.show(std::move(kept.results));
+    m_run.showKept(results(), m_keeping.record().started);
+    m_plot.markOutdated();
+}
+
+bool MyDocument::hasResultsToKeep() const {
+    return m_run.state() == RunControl::State::Idle && !results().responses.variables.empty() && nRowsOfData() > 0;
+}
+
+void MyDocument::lookForLastRun() {
+    const auto path = m_file.path();
+    const bool isWanted = path && m_run.state() == RunControl::State::Idle && results().grid.variables.empty();
+    m_keeping.lookForLastRun(isWanted ? m_file.absolutePath() : "");
 }
 
 void MyDocument::runStateChanged() {

@@ -9,12 +9,14 @@
 #include "document/DocumentServices.h"
 #include "document/ResultHandover.h"
 #include "document/ResultReading.h"
+#include "document/RunKeeping.h"
 #include "document/SetupEditing.h"
 #include "document/Toolbar.h"
 #include "platform/Pasteboard.h"
 #include "platform/xml/XmlDocument.h"
 #include "run/RunControl.h"
 #include "run/SetupProblem.h"
+#include "run/results/ResultsFile.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -49,6 +51,7 @@ public:
     [[nodiscard]] DocumentModel& model() { return m_model; }
     [[nodiscard]] const DocumentModel& model() const { return m_model; }
     [[nodiscard]] RunControl& runControl() { return m_run; }
+    [[nodiscard]] const RunKeeping& keeping() const { return m_keeping; }
     [[nodiscard]] ResultReading& reading() { return m_reading; }
     [[nodiscard]] const ResultReading& reading() const { return m_reading; }
     [[nodiscard]] const RunResults& results() const { return m_reading.results(); } // of the last run
@@ -150,6 +153,17 @@ public:
     [[nodiscard]] std::uint32_t nRowsOfData() const { return results().grid.nRowsOfData; }
     [[nodiscard]] std::vector<std::uint32_t> makeCurrentIndexSet() const;
     void saveToDorado() { m_handover.start(); }
+    /// Takes the results of a run that was kept, in place of those that there are; setupPlotView draws them.
+    /// @throws OrreryError as openResultsFile, and while a run is under way, with nothing changed
+    void openResults(const std::string& path);
+    [[nodiscard]] bool hasResultsToKeep() const; // whole ones, of no run that is under way
+    bool keepResultsAs(const std::string& path) const { return m_keeping.keepAs(results(), path); } // @throws as that
+    /// Looks whether a run of this setup was kept, when there are no results to see; keeping() tells of it.
+    void lookForLastRun();
+    /// Makes this a new, untitled setup: the one that a kept run was of, which need not be in place any more; the
+    /// default one where the file does not hold it. openRun shows its results, too. @throws as openResultsFile
+    void openSetupOf(const std::string& resultsPath) { readSetupOf(openResultsFile(resultsPath)); }
+    void openRun(const std::string& resultsPath);
     [[nodiscard]] std::vector<std::string> usedFiles() const; // by commands and problems: absolute, some empty
 
     // -- The plot -------------------------------------------------------------------------------------------------
@@ -200,11 +214,14 @@ private:
     [[nodiscard]] std::optional<std::string> filePath() const override { return m_file.path(); }
     [[nodiscard]] bool isUnsavedCopy() const override { return m_file.isUnsavedCopy(); }
     bool mayRun() override { return m_file.mayRun(); }
-    void keepStartedSetup() override { m_reading.keepStarted(m_file); }
+    void keepStartedSetup() override;
+    void engineWrote(std::string_view text) override { m_keeping.hear(text); }
     void clearSweepForRun() override;
     const RunResults& buildResults() override;
     void runStateChanged() override;
 
+    void readSetupOf(const KeptRun& kept);
+    void showRun(const std::string& path, KeptRun kept);
     void importModelOrLeaveIt(bool treeIsOfSameModel);
     [[nodiscard]] RunResults& last() { return m_reading.results(); }
 
@@ -219,6 +236,7 @@ private:
     SetupEditing m_setup;
     DocumentFile m_file{m_setup, m_messages, m_services};
     DocumentModel m_model;
+    RunKeeping m_keeping{m_services, m_outlets};
     ResultReading m_reading;
     DocumentCamera m_camera{m_outlets};
     DocumentPlot m_plot{m_reading, m_camera, m_setup, m_outlets};

@@ -20,12 +20,20 @@ const RunResults& ResultReading::build() {
     std::vector<std::string> notes = layOutGrid();
     RunResults built;
     readTable([&](const TableReadOptions& options) {
-        built = readRunResults(m_results.grid, m_source.model.tree(), tablePath(), options);
+        built = m_source.keeping.read(m_results.grid, m_source.model.tree(), tablePath(), options);
     });
     built.notes.insert(built.notes.begin(), std::move_iterator(notes.begin()), std::move_iterator(notes.end()));
     setResults(std::move(built));
     restorePlotChoices();
     return m_results;
+}
+
+void ResultReading::show(RunResults results) {
+    keepPlotChoices();
+    m_startedSetup = {};
+    m_gridChoice = {};
+    setResults(std::move(results));
+    restorePlotChoices();
 }
 
 void ResultReading::setResults(RunResults results) {

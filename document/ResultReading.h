@@ -5,6 +5,7 @@
 #include "document/DocumentModel.h"
 #include "document/DocumentOutlets.h"
 #include "document/DocumentServices.h"
+#include "document/RunKeeping.h"
 #include "document/SetupEditing.h"
 #include "document/StartedSetup.h"
 #include "run/PlotChoices.h"
@@ -20,6 +21,7 @@ namespace orrery {
 struct ReadingSource {
     const SetupEditing& setup;
     const DocumentModel& model;
+    RunKeeping& keeping;
     const DocumentOutlets& outlets;
     const DocumentServices& services;
     const DocumentMessages& messages;
@@ -43,6 +45,8 @@ public:
     /// Reads the last run's table by the grid that is chosen, in one go: a failure leaves the new grid and nothing else
     /// behind. @throws ResultTableMissing after its alert, OrreryError
     const RunResults& build();
+    /// Shows results that were kept, of which all is known.
+    void show(RunResults results);
     /// By which grid the results are read, and how that differs from the setup which ran.
     [[nodiscard]] const GridChoice& gridChoice() const { return m_gridChoice; }
     /// Chooses the other grid: that of the setup which ran, or the document's. Nothing where the two agree. `rebuild`

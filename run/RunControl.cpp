@@ -263,6 +263,7 @@ void RunControl::processStarted() {
 }
 
 void RunControl::appendOutput(std::string_view text) {
+    m_host.engineWrote(text);
     appendStatus(text);
 }
 
@@ -369,6 +370,20 @@ bool RunControl::rebuildResults() {
     m_outcome.seconds = before.seconds;
     setState(State::Idle);
     return true;
+}
+
+void RunControl::showKept(const RunResults& results, std::string ranAt) {
+    requireIdle();
+    m_outcome = {};
+    m_tableRead.reset();
+    takeResults(results);
+    m_outcome.ranAt = std::move(ranAt);
+    setState(State::Idle);
+}
+
+void RunControl::requireIdle() const {
+    if (m_state == State::Idle) return;
+    throw OrreryError("A simulation of this document is running.", {}, "Wait for its end, or stop it first.");
 }
 
 void RunControl::failResults(const std::string& reason) {

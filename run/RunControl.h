@@ -43,6 +43,7 @@ public:
     virtual void keepStartedSetup() = 0;
     /// Clears the sweep variables and marks the plot view for redisplay.
     virtual void clearSweepForRun() = 0;
+    virtual void engineWrote(std::string_view /*text*/) {}
     /// Builds sweep variables, response variables and simulation data, in that order. What it throws ends the building.
     virtual const RunResults& buildResults() = 0;
     virtual void runStateChanged() = 0; // a run was started, waits for its turn or has ended
@@ -99,6 +100,10 @@ public:
     /// Has the results of the last run built anew from its table, for a host that now builds them otherwise. Returns
     /// false, having said why, when the table is no longer the one that was read, or a run is under way.
     bool rebuildResults();
+
+    void requireIdle() const; // @throws OrreryError while a run is under way
+    /// The host's results are those of a run that was kept, at that time. @throws as requireIdle
+    void showKept(const RunResults& results, std::string ranAt);
 
     /// Why there can be neither a run nor results; empty: there can.
     [[nodiscard]] const std::string& fault() const { return m_services.temporaryDirectoryFault; }

@@ -30,9 +30,13 @@ std::string durationText(double seconds) {
 }
 
 std::string resultsText(const RunOutcome& outcome, const Date& now) {
-    const std::string rest =
-        fmt::format("{}, {}", counted(outcome.responses, "response"), durationText(outcome.seconds));
+    const std::string responses = counted(outcome.responses, "response");
+    const std::string rest = fmt::format("{}, {}", responses, durationText(outcome.seconds));
     const std::string some = fmt::format("{} of {}", groupedThousands(outcome.rowsFound), counted(outcome.rows, "row"));
+    if (!outcome.ranAt.empty()) {
+        return fmt::format("Run of {}: {}, {}", outcome.ranAt,
+                           outcome.isPartial() ? "incomplete, " + some : counted(outcome.rows, "row"), responses);
+    }
     if (outcome.staleSince) {
         return fmt::format("Results of an earlier run ({} old{})", ageText(*outcome.staleSince, now),
                            outcome.isPartial() ? ", " + some : "");

@@ -24,6 +24,7 @@ struct RunOutcome {
     std::size_t responses = 0;
     double seconds = 0;             // from the engine's start until the table was read
     std::optional<Date> staleSince; // when the table was written, where that was not by this run
+    std::string ranAt;              // when, as text, where the results were kept and have been opened
     std::string failure;            // for the middle of a sentence
     ProcessEnd end;                 // is shown to people and decides nothing: a run ends with its output
 

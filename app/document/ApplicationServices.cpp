@@ -38,6 +38,7 @@ DocumentServices ApplicationServices::forDocuments() {
     services.run.temporaryDirectoryFault = m_temporaryDirectoryFault;
     services.userDefaults = m_defaults.get();
     services.namedServices = &m_namedServices;
+    services.storeDirectory = m_storeDirectory;
     return services;
 }
 

@@ -11,6 +11,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace orrery {
 
@@ -25,6 +26,9 @@ public:
     /// Empty when there is none to work in; then the fault says why.
     [[nodiscard]] const std::string& temporaryDirectory() const { return m_temporaryDirectory; }
     [[nodiscard]] const std::string& temporaryDirectoryFault() const { return m_temporaryDirectoryFault; }
+    /// Where runs are kept; empty, as at first: they are not.
+    void setStoreDirectory(std::string directory) { m_storeDirectory = std::move(directory); }
+    [[nodiscard]] const std::string& storeDirectory() const { return m_storeDirectory; }
     [[nodiscard]] TextRasterizer& rasterizer() { return m_rasterizer; }
     [[nodiscard]] RunLoop& runLoop() { return m_loop; }
 
@@ -34,6 +38,7 @@ private:
     std::unique_ptr<UserDefaults> m_defaults;
     QtTextRasterizer m_rasterizer;
     QtNamedServices m_namedServices;
+    std::string m_storeDirectory;
     std::string m_temporaryDirectory;
     std::string m_temporaryDirectoryFault;
 };

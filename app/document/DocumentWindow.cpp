@@ -1,10 +1,12 @@
 #include "app/document/DocumentWindow.h"
 
 #include "app/document/DocumentFiles.h"
+#include "app/document/ResultCommands.h"
 #include "app/document/RunPanel.h"
 #include "app/document/ShowEdit.h"
 #include "app/plot/PlotTab.h"
 #include "app/setup/SetupTab.h"
+#include "app/widgets/GuardedPlot.h"
 #include "app/widgets/Icons.h"
 #include "app/widgets/PendingEdit.h"
 #include "document/Toolbar.h"
@@ -46,6 +48,7 @@ DocumentWindow::DocumentWindow(ApplicationServices& services, std::unique_ptr<My
     m_setupTab = std::make_unique<SetupTab>(*m_document, *m_ui, *m_menu);
     m_plotTab = std::make_unique<PlotTab>(*m_document, *m_ui, *m_menu, m_services.rasterizer());
     m_runPanel = std::make_unique<RunPanel>(*m_document, *m_ui, *m_menu);
+    m_resultCommands = std::make_unique<ResultCommands>(*m_document, *this, m_alerts, m_services);
     connectOutlets();
     makeToolbar();
     connectMenu();
@@ -122,6 +125,11 @@ void DocumentWindow::connectMenu() {
     connect(m_menu->actionRevert, &QAction::triggered, this, [this] { m_files->revert(); });
     connect(m_menu->actionClose, &QAction::triggered, this, &QWidget::close);
     connect(m_menu->actionRun, &QAction::triggered, this, &DocumentWindow::runSimulation);
+    connect(m_menu->actionKeepResultsAs, &QAction::triggered, m_resultCommands.get(), &ResultCommands::keepAs);
+    connect(m_menu->actionShowRuns, &QAction::triggered, m_resultCommands.get(), &ResultCommands::showRuns);
+    connect(m_ui->plotLastRun, &QPushButton::clicked, m_resultCommands.get(), &ResultCommands::showLastRun);
+    connect(m_resultCommands.get(), &ResultCommands::shown, this, &DocumentWindow::showResults);
+    connect(m_resultCommands.get(), &ResultCommands::setupWanted, this, &DocumentWindow::setupWanted);
     connect(m_menu->actionSendToDorado, &QAction::triggered, this, [this] { m_document->saveToDorado(); });
 }
 
@@ -134,6 +142,8 @@ void DocumentWindow::validateCommands() {
             if (action->property("tag").toInt() == tag) action->setEnabled(enabled);
         }
     }
+    m_menu->actionKeepResultsAs->setEnabled(m_document->hasResultsToKeep());
+    m_menu->actionShowRuns->setEnabled(!m_services.storeDirectory().empty());
 }
 
 void DocumentWindow::changeEvent(QEvent* event) {
@@ -146,6 +156,12 @@ void DocumentWindow::lookForFiles() {
     m_resultFiles.watch(m_document->usedFiles());
     validateCommands();
     m_setupTab->showProblems();
+}
+
+void DocumentWindow::showResults() {
+    m_ui->tabView->setCurrentWidget(m_ui->plotTab);
+    guardedPlot(*m_document, [this] { m_document->setupPlotView(); });
+    m_plotTab->refresh();
 }
 
 void DocumentWindow::closeUnasked() {

@@ -9,12 +9,14 @@
 
 #include <QMainWindow>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace orrery {
 
 class DocumentFiles;
 class PlotTab;
+class ResultCommands;
 class RunPanel;
 class SetupTab;
 
@@ -31,10 +33,12 @@ public:
     [[nodiscard]] DocumentFiles& files() { return *m_files; }
     [[nodiscard]] QtAlerts& alerts() { return m_alerts; }
     [[nodiscard]] Ui::MainMenu& menu() { return *m_menu; }
+    void showResults();  // draws those that there are, in front
     void closeUnasked(); // ends a run and loses what was not saved
 
 signals:
-    void closed(); // once; the window is deleted later
+    void setupWanted(const std::string& resultsPath); // that of a run that was kept, as a document of its own
+    void closed();                                    // once; the window is deleted later
 
 protected:
     void closeEvent(QCloseEvent* event) override; // asks first when something would be lost
@@ -59,6 +63,7 @@ private:
     std::unique_ptr<SetupTab> m_setupTab;
     std::unique_ptr<PlotTab> m_plotTab;
     std::unique_ptr<RunPanel> m_runPanel;
+    std::unique_ptr<ResultCommands> m_resultCommands;
     ResultFileWatch m_resultFiles;
     std::vector<QAction*> m_taggedActions; // follow the enabling rule of their tag
     bool m_closesUnasked = false;

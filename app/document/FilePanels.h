@@ -20,4 +20,10 @@ void beginOpenSetupPanel(QWidget* window, UserDefaults& defaults,
 void beginSaveSetupPanel(QWidget* window, UserDefaults& defaults, const std::string& suggestion,
                          std::function<void(const std::string&)> answered);
 
+/// The same for results files, which have a folder of their own.
+void beginOpenResultsPanel(QWidget* window, UserDefaults& defaults,
+                           std::function<void(const std::vector<std::string>&)> chosen);
+void beginSaveResultsPanel(QWidget* window, UserDefaults& defaults, const std::string& suggestion,
+                           std::function<void(const std::string&)> answered);
+
 } // namespace orrery

@@ -94,6 +94,9 @@ void PlotTab::connectTabs() {
     connect(m_ui.tabView, &QTabWidget::currentChanged, this, [this] {
         const bool plot = m_ui.tabView->currentWidget() == m_ui.plotTab;
         m_document.tabViewDidSelectTabViewItem(plot ? plotIdentifier : setupIdentifier);
+        if (!plot) return;
+        m_document.lookForLastRun();
+        showNotice();
     });
     connect(m_menu.actionShowSetup, &QAction::triggered, this,
             [this] { m_ui.tabView->setCurrentWidget(m_ui.setupTab); });
@@ -164,6 +167,7 @@ void PlotTab::showNotice() {
     m_ui.plotNotice->setText(text);
     m_ui.plotNoticeRow->setVisible(!text.isEmpty());
     m_ui.plotNewResults->setVisible(newResultsWait());
+    m_ui.plotLastRun->setVisible(offersLastRun());
     const GridChoice& grid = m_document.reading().gridChoice();
     m_ui.plotOtherGrid->setVisible(!grid.difference.empty() &&
                                    m_document.runControl().state() == RunControl::State::Idle);
@@ -189,8 +193,16 @@ bool PlotTab::newResultsWait() const {
            PlotChoices{m_document.results().grid.variables, m_document.results().responses.variables}.chosen();
 }
 
+/// Whether there is nothing to see but what was kept.
+bool PlotTab::offersLastRun() const {
+    return m_document.keeping().lastRun() && m_document.results().grid.variables.empty() &&
+           m_document.runControl().state() == RunControl::State::Idle;
+}
+
 QString PlotTab::notice() const {
     if (!m_view->failure().empty()) return qtText(m_view->failure());
+    if (offersLastRun())
+        return tr("The last run of this setup, of %1, was kept.").arg(qtText(m_document.keeping().lastRun()->started));
     if (m_document.results().grid.variables.empty()) return noResultsText(m_document);
     if (newResultsWait()) {
         return m_showsSomething() ? tr("The plot shows an earlier run.") : tr("The new results are not plotted yet.");

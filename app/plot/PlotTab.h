@@ -41,6 +41,7 @@ private:
     void fitColumn();
     void showNotice();
     [[nodiscard]] bool newResultsWait() const;
+    [[nodiscard]] bool offersLastRun() const;
     [[nodiscard]] QString resultsNotice() const;
     [[nodiscard]] QString notice() const;
 

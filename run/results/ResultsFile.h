@@ -4,6 +4,7 @@
 #include "run/results/RunRecord.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -20,8 +21,10 @@ struct KeptRun {
 };
 
 /// Writes the run, in place of a file that may be there, whole or not at all.
+/// @param progress is called now and then with the part that is written; what it throws ends the writing
 /// @throws OrreryError also when there is not a row to keep, or there are more sweep variables than the format can have
-void writeResultsFile(const std::string& path, const RunResults& results, const RunRecord& record);
+void writeResultsFile(const std::string& path, const RunResults& results, const RunRecord& record,
+                      const std::function<void(double)>& progress = {});
 
 /// Turns a result table into such a file without holding it, and returns what was found of it without its cells.
 /// @throws OrreryError as writeResultsFile, readRunResults

@@ -189,9 +189,17 @@ void ResultsWriter::writeRecord(const RunRecord& record) {
     run.setTexts(NetCdfGroup::global, results_key::notes, m_results.notes);
 }
 
-void writeResultsFile(const std::string& path, const RunResults& results, const RunRecord& record) {
+void writeResultsFile(const std::string& path, const RunResults& results, const RunRecord& record,
+                      const std::function<void(double)>& progress) {
     ResultsWriter writer(path, results);
-    writer.writeRows(results.table.cells);
+    const std::size_t columns = results.responses.variables.size();
+    forEachRows(results, [&](std::uint32_t first, std::span<const float> cells) {
+        for (std::size_t row = 0; row * columns < cells.size(); row += rowsAtATime) {
+            if (progress) progress(static_cast<double>(first + row) / static_cast<double>(results.grid.nRowsOfData));
+            const std::span<const float> rest = cells.subspan(row * columns);
+            writer.writeRows(rest.first(std::min(rowsAtATime * columns, rest.size())));
+        }
+    });
     writer.finish(record);
 }
 

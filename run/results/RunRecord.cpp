@@ -1,5 +1,6 @@
 #include "run/results/RunRecord.h"
 
+#include "document/setup/ModelPath.h"
 #include "platform/Files.h"
 #include "platform/values/OrreryError.h"
 
@@ -56,6 +57,14 @@ RecordedFile recordFile(const std::string& path, std::uint64_t limit) {
     } catch (const OrreryError&) {
         record.size = 0; // the path alone: a record is no reason to lose results
     }
+    return record;
+}
+
+RunRecord recordOfSetup(const SetupDictionary& setup, const std::string& setupPath) {
+    RunRecord record;
+    record.setup = recordFile(setupPath);
+    record.model = recordFile(resolvedPath(setup.textOrEmpty(setup_key::modelPath), setupPath), largestKeptModel);
+    record.version = ORRERY_VERSION;
     return record;
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "document/setup/SetupDictionary.h"
+
 #include <array>
 #include <cstdint>
 #include <optional>
@@ -38,6 +40,9 @@ struct RunRecord {
     std::string ended;
     std::string version; // of Orrery
 };
+
+/// What the files say of a run of the setup, as they are now: nothing of the engine, and no times.
+[[nodiscard]] RunRecord recordOfSetup(const SetupDictionary& setup, const std::string& setupPath);
 
 /// The texts of a record (const or not) but for the engine's, with the name of each in a file.
 template <class Record>

@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
 #include <string_view>
 #include <system_error>
 #include <tuple>
@@ -184,8 +185,9 @@ std::vector<KeptRunInfo> RunStore::runs(const std::optional<std::string>& setupP
             run && (!setupPath || run->info.setupPath == *setupPath || run->info.setupPath == absolutePath(*setupPath));
         if (isWanted) listed.push_back(*std::move(run));
     }
-    std::ranges::sort(listed, [](const ListedRun& one, const ListedRun& other) {
-        return std::tie(other.date, other.info.path) < std::tie(one.date, one.info.path);
+    // Those of one second by the numbers after their names.
+    std::ranges::sort(listed, std::greater(), [](const ListedRun& each) {
+        return std::tuple(each.date, each.info.path.size(), std::string_view(each.info.path));
     });
     std::vector<KeptRunInfo> infos;
     infos.reserve(listed.size());
