@@ -80,6 +80,26 @@ TEST_F(RunStoreTest, ListsWhatARunWasTheNewestFirst) {
     EXPECT_EQ(run.note, "1 of 10 rows is missing.");
 }
 
+TEST_F(RunStoreTest, AnIndexSaysWhatTheFilesSay) {
+    const std::string path = keepRun(10);
+    const std::string other = keepRun(20, "/home/a/maize.orrery");
+    const std::string index = directory + "/.orrery-runs";
+    const KeptRunInfo read = store.runs().back();
+    ASSERT_TRUE(fileExists(index));
+    const auto written = fileIdentity(index);
+    const KeptRunInfo known = store.runs().back();
+    EXPECT_EQ(fileIdentity(index), written) << "nothing was new";
+    const auto all = [](const KeptRunInfo& run) {
+        return std::tuple(run.path, run.setupPath, run.setup, run.started, run.ended, run.engineEnd, run.rows,
+                          run.rowsFound, run.bytes, run.note);
+    };
+    EXPECT_EQ(all(known), all(read));
+    std::filesystem::rename(other, path);
+    EXPECT_EQ(store.runs().back().setupPath, "/home/a/maize.orrery") << "another file under a known name";
+    replaceFile(index, readWholeFile(index).replace(100, 1, "\xDD"));
+    EXPECT_THAT(paths(), ElementsAre(path)) << "a damaged index is none";
+}
+
 TEST_F(RunStoreTest, NamesAreNewAndFitForAFile) {
     const std::string first = keepRun(0);
     EXPECT_EQ(store.newPath("/home/a/wheat.orrery", "2026-11-26 09:00:00 +0000"),
