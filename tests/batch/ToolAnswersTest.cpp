@@ -76,7 +76,6 @@ INSTANTIATE_TEST_SUITE_P(
         Refusal{"modelWithoutRoot", 1, {"model", "setup.orrery"}, "No root"},
         Refusal{
             "noSuchRun", 1, {"runs", "--store", ".", "--pin", "none.nc"}, "none.nc: This is no run that is kept in"},
-        Refusal{"runElsewhere", 1, {"runs", "--store", "s", "--remove", "./table.txt"}, "This is no run that is kept"},
         Refusal{"missingTable",
                 1,
                 {"results", "setup.orrery", "--table", "none.txt"},

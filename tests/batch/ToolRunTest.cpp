@@ -94,15 +94,11 @@ TEST_F(Tool, ListsKeptRunsAndChangesWhatIsSaidOfThem) {
     EXPECT_EQ(runs[0]["path"], m_folder.path() + "kept/2.nc");
     EXPECT_THAT(runs[0]["changes"].get<std::string>(), HasSubstr("output added: yield"));
     EXPECT_FALSE(runs[1].contains("changes")) << "of the first one";
-    EXPECT_EQ(runs[0]["rows"], 60);
-    EXPECT_EQ(runs[0]["rowsFound"], 6);
     EXPECT_EQ(runs[0]["note"], "-1 °C");
     EXPECT_EQ(runs[1]["pinned"], true);
     const std::string table = run({"runs", "--store", "kept"}).out;
     EXPECT_THAT(table, HasSubstr("pinned  1.nc\n"));
     EXPECT_THAT(table, HasSubstr("  6 of 60  "));
-    EXPECT_THAT(table, HasSubstr("note: -1 °C\n"));
-    EXPECT_EQ(run({"runs", "other.orrery", "--store", "kept", "--json"}).json(), nlohmann::json::array());
     EXPECT_EQ(run({"runs", "--store", "kept", "--remove", "1.nc"}).exitCode, 1) << "it is pinned";
     EXPECT_EQ(run({"runs", "--store", "kept", "--unpin", "1.nc", "--remove", "1.nc"}).err, "");
     EXPECT_EQ(run({"runs", "--store", "kept", "--json"}).json().size(), 1U);
