@@ -1,4 +1,5 @@
-// The list of 500 kept runs of 100,000 rows: by their index (1), and as it is made (0), each file read anew.
+// The list of 500 kept runs, whose cells it does not read: by their index (1), and as it is made (0), each file read
+// anew.
 #include "platform/Files.h"
 #include "run/results/ResultsFile.h"
 #include "run/results/RunStore.h"
@@ -14,7 +15,7 @@ namespace orrery {
 namespace {
 
 constexpr int runCount = 500;
-constexpr std::uint32_t rowCount = 100'000;
+constexpr std::uint32_t rowCount = 1'000;
 
 /// A store of that many copies of one run, made once.
 std::string storeDirectory() {
