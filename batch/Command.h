@@ -30,6 +30,7 @@ struct Command {
 [[nodiscard]] std::span<const Command> commands();
 
 inline constexpr const char* runHelp = "Run a setup through the engine";
+inline constexpr const char* runsHelp = "List the runs that were kept, and say which are to stay";
 inline constexpr const char* resultsHelp = "Print the results of a run as JSON or CSV";
 inline constexpr const char* reportHelp = "Print the results of a run for people";
 inline constexpr const char* plotHelp = "Draw a plot of the results as a picture, or write its vertices";
@@ -40,6 +41,7 @@ inline constexpr const char* plotHelp = "Draw a plot of the results as a picture
 [[nodiscard]] Action buildModelCommand(CLI::App& parser);
 [[nodiscard]] Action buildSweepCommand(CLI::App& parser);
 [[nodiscard]] Action buildRunCommand(CLI::App& parser);
+[[nodiscard]] Action buildRunsCommand(CLI::App& parser);
 [[nodiscard]] Action buildResultsCommand(CLI::App& parser);
 [[nodiscard]] Action buildPlotCommand(CLI::App& parser);
 [[nodiscard]] Action buildReportCommand(CLI::App& parser);

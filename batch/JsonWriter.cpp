@@ -47,6 +47,11 @@ void JsonWriter::value(std::uint32_t number) {
     writeNumber(m_output, number);
 }
 
+void JsonWriter::value(std::uint64_t number) {
+    separate();
+    writeNumber(m_output, number);
+}
+
 void JsonWriter::value(bool flag) {
     separate();
     m_output.write(flag ? "true" : "false");

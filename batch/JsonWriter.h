@@ -28,6 +28,7 @@ public:
     void value(const char* text) { value(std::string_view(text)); }
     void value(float number);
     void value(std::uint32_t number);
+    void value(std::uint64_t number); // exact for readers up to 2 to the power of 53
     void value(bool flag);
     void values(std::span<const float> numbers);         // as an array
     void values(std::span<const std::uint32_t> numbers); // as an array

@@ -13,6 +13,7 @@ std::span<const Command> commands() {
         Command{"model", "Print a model's levels, parts and ports as JSON", buildModelCommand},
         Command{"sweep", "Print the grid that a setup sweeps as JSON", buildSweepCommand},
         Command{"run", runHelp, nullptr},
+        Command{"runs", runsHelp, nullptr},
         Command{"results", resultsHelp, buildResultsCommand},
         Command{"plot", plotHelp, nullptr},
         Command{"report", reportHelp, buildReportCommand},

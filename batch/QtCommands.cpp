@@ -1,6 +1,7 @@
 #include "batch/Command.h"
 #include "batch/SetupFiles.h"
 #include "platform/Calendar.h"
+#include "platform/Files.h"
 #include "platform/values/OrreryError.h"
 #include "run/ResultsMark.h"
 #include "run/results/ResultsFile.h"
@@ -12,6 +13,7 @@ namespace orrery {
 std::span<const Command> commands() {
     static constexpr std::array larger{
         Command{"run", runHelp, buildRunCommand}, Command{"plot", plotHelp, buildPlotCommand},
+        Command{"runs", runsHelp, buildRunsCommand},
         // Of a results file, which the other half passes on.
         Command{"results", resultsHelp, buildResultsCommand}, Command{"report", reportHelp, buildReportCommand}};
     return larger;
@@ -28,7 +30,7 @@ void keepResults(const ResultSource& source, const std::string& path) {
     const SetupDictionary setup = loadSetup(source.file);
     const RunResults kept =
         keepTable(path, constructIndependentVariables(setup, currentCalendar()), loadModel(setup, source.file),
-                  source.tablePath(), recordOfSetup(setup, source.file));
+                  source.tablePath(), recordOfSetup(setup, absolutePath(source.file)));
     printNotes(source, kept);
 }
 

@@ -2,18 +2,17 @@
 
 #include "app/widgets/FileNames.h"
 #include "app/widgets/WindowLayout.h"
-#include "document/setup/SetupDifference.h"
 #include "platform/qt/QtAlerts.h"
 #include "platform/qt/QtText.h"
 #include "platform/qt/ReadableText.h"
 #include "platform/values/Numbers.h"
 #include "run/RunOutcome.h"
+#include "run/results/RunHistory.h"
 #include "ui_Runs.h"
 
 #include <QHeaderView>
 #include <QPushButton>
 #include <QSignalBlocker>
-#include <algorithm>
 #include <exception>
 
 namespace orrery {
@@ -47,14 +46,9 @@ QString stateText(const KeptRunInfo& run) {
     return endedWell ? rows : rows + ", " + qtText(run.engineEnd);
 }
 
-/// In words, by the setups' own texts.
-QString changeText(const std::vector<KeptRunInfo>& runs, std::size_t number) {
-    const auto before =
-        std::find_if(runs.begin() + static_cast<std::ptrdiff_t>(number) + 1, runs.end(),
-                     [&](const KeptRunInfo& other) { return other.setupPath == runs[number].setupPath; });
-    if (before == runs.end()) return QObject::tr("the first that is kept");
-    const std::string difference = setupDifference(before->setup, runs[number].setup);
-    return difference.empty() ? QObject::tr("nothing") : qtText(difference);
+QString changeText(const std::optional<std::string>& change) {
+    if (!change) return QObject::tr("the first that is kept");
+    return change->empty() ? QObject::tr("nothing") : qtText(*change);
 }
 
 } // namespace
@@ -106,6 +100,7 @@ void RunsPanel::refreshOrTell() {
 void RunsPanel::refresh() {
     const bool all = m_ui->scope->currentIndex() == 1;
     m_runs = m_store.runs(all ? std::nullopt : std::optional(m_setupPath));
+    m_changes = changesSinceRunBefore(m_runs);
     const QSignalBlocker quiet(m_ui->runs);
     m_ui->runs->setRowCount(0);
     m_ui->runs->setRowCount(static_cast<int>(m_runs.size()));
@@ -126,7 +121,7 @@ void RunsPanel::fillRow(int row) {
     table.setItem(row, Started, textItem(qtText(run.started)));
     table.setItem(row, Setup, textItem(shownFileName(run.setupPath)));
     table.item(row, Setup)->setToolTip(shownPath(run.setupPath).toHtmlEscaped());
-    table.setItem(row, Changed, textItem(changeText(m_runs, static_cast<std::size_t>(row))));
+    table.setItem(row, Changed, textItem(changeText(m_changes[static_cast<std::size_t>(row)])));
     table.setItem(row, Rows, numberItem(coreText(rowsText(run))));
     table.setItem(row, State, textItem(stateText(run)));
     table.setItem(row, Size, numberItem(sizeText(run.bytes)));

@@ -5,6 +5,7 @@
 #include <QDialog>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -46,7 +47,8 @@ private:
 
     RunStore m_store;
     std::string m_setupPath;
-    std::vector<KeptRunInfo> m_runs; // a row each
+    std::vector<KeptRunInfo> m_runs;                   // a row each
+    std::vector<std::optional<std::string>> m_changes; // of each since the run before
     std::unique_ptr<Ui::Runs> m_ui;
 };
 

@@ -7,6 +7,7 @@
 #include "platform/values/OrreryError.h"
 #include "run/ResultsMark.h"
 #include "run/results/ResultsFile.h"
+#include "run/results/RunIndex.h"
 #include "run/results/RunNotes.h"
 
 #include <fmt/format.h>
@@ -73,12 +74,24 @@ struct ListedRun {
     Date date; // when it started, or else was written
 };
 
+/// What the index says of the file, or else the file, for the index, too; std::nullopt when that is none of ours.
+std::optional<ResultsHeader> knownHeader(const std::string& path, const FileIdentity& identity, RunIndex& index) {
+    const std::string name = fs::path(path).filename().string();
+    std::optional<ResultsHeader> header = index.find(name, identity);
+    if (header || !looksLikeResultsFile(path)) return header;
+    header = readResultsHeader(path);
+    index.add(name, identity, *header);
+    return header;
+}
+
 /// The run in the file; std::nullopt for one that is not ours or cannot be read.
-std::optional<ListedRun> listedRun(const std::string& path) {
+std::optional<ListedRun> listedRun(const std::string& path, RunIndex& index) {
     const auto identity = fileIdentity(path);
-    if (!identity || !looksLikeResultsFile(path)) return std::nullopt;
+    if (!identity) return std::nullopt;
     try {
-        ResultsHeader header = readResultsHeader(path);
+        auto known = knownHeader(path, *identity, index);
+        if (!known) return std::nullopt;
+        ResultsHeader& header = *known;
         RunNotes notes = readRunNotes(path);
         const Date date = dateWithString(header.record.started).value_or(identity->modified);
         return ListedRun{
@@ -178,13 +191,15 @@ std::string RunStore::newPath(const std::string& setupPath, const std::string& s
 }
 
 std::vector<KeptRunInfo> RunStore::runs(const std::optional<std::string>& setupPath) const {
+    RunIndex index(m_directory);
     std::vector<ListedRun> listed;
     for (const std::string& path : resultsFiles(m_directory)) {
-        std::optional<ListedRun> run = listedRun(path);
+        std::optional<ListedRun> run = listedRun(path, index);
         const bool isWanted =
             run && (!setupPath || run->info.setupPath == *setupPath || run->info.setupPath == absolutePath(*setupPath));
         if (isWanted) listed.push_back(*std::move(run));
     }
+    index.save();
     // Those of one second by the numbers after their names.
     std::ranges::sort(listed, std::greater(), [](const ListedRun& each) {
         return std::tuple(each.date, each.info.path.size(), std::string_view(each.info.path));

@@ -30,7 +30,8 @@ struct KeptRunInfo {
 };
 
 /// The results files of past runs in one directory. Pins and notes lie beside them, each in a small file of its own, so
-/// that results are never written again. Holds nothing but the directory's path: several programs use one store.
+/// that results are never written again, and an index of them lies there, so that a list need not open each. Holds
+/// nothing but the directory's path: several programs use one store.
 ///
 /// Files there that are not results files, or cannot be read, are left alone and not counted. A run that is open
 /// anywhere is not removed. @throws OrreryError from every member

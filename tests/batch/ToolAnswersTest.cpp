@@ -55,6 +55,8 @@ INSTANTIATE_TEST_SUITE_P(
         Refusal{"unknownKey", 2, {"new", "o", "--model", "m", "--set", "runLenght=1"}, "Did you mean “runLength”?"},
         Refusal{"noNumber", 2, {"new", "o", "--model", "m", "--set", "runLength=1,5"}, "does not end in a number."},
         Refusal{"noDate", 2, {"new", "o", "--model", "m", "--set", "startDay=2001-02-30"}, "yyyy-mm-dd"},
+        Refusal{"noteWithoutText", 2, {"runs", "--note", "a.nc"}, "--note"},
+        Refusal{"pinsAndLists", 2, {"runs", "--json", "--pin", "a.nc"}, "--json excludes --pin"},
         Refusal{"initWithoutValue", 2, {"new", "o", "--model", "m", "--init", "/A/b"}, "PORT=VALUE"},
         Refusal{"stepOfTwo", 2, {"new", "o", "--model", "m", "--step", "/A/b=0:1"}, "START:STEP:STOP"},
         Refusal{"stepOfFour", 2, {"new", "o", "--model", "m", "--step", "/A/b=0:1:2:3"}, "START:STEP:STOP"},
@@ -72,6 +74,8 @@ INSTANTIATE_TEST_SUITE_P(
         Refusal{"requiredElements", 1, {"rewrite", "partial.orrery", "out.orrery"}, "RunLength"},
         Refusal{"missingModel", 1, {"model", "none.xml"}, "none.xml: "},
         Refusal{"modelWithoutRoot", 1, {"model", "setup.orrery"}, "No root"},
+        Refusal{
+            "noSuchRun", 1, {"runs", "--store", ".", "--pin", "none.nc"}, "none.nc: This is no run that is kept in"},
         Refusal{"missingTable",
                 1,
                 {"results", "setup.orrery", "--table", "none.txt"},

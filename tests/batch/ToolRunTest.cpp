@@ -71,6 +71,39 @@ TEST_F(Tool, KeepsARunThatIsReadWithoutItsSetupModelAndTable) {
     EXPECT_THAT(run({"report", "kept.nc", "--table", "Zephyr.txt"}).err, HasSubstr("no result table beside it"));
 }
 
+TEST_F(Tool, ListsKeptRunsAndChangesWhatIsSaidOfThem) {
+    (void)m_folder.write("ready.txt", resultTable);
+    const std::string engine = makeEngine(goodEngine);
+    EXPECT_THAT(run({"runs", "--store", "kept"}).out, HasSubstr("No runs are kept in " + m_folder.path() + "kept"));
+    EXPECT_EQ(run({"runs", "--store", "kept", "--json"}).json(), nlohmann::json::array());
+    std::filesystem::create_directory(m_folder.path() + "kept");
+    const auto keep = [&](const std::string& name) {
+        return run({"run", "setup.orrery", "--engine", engine, "--keep", "kept/" + name, "--no-results"}).err;
+    };
+    (void)keep("1.nc");
+    EXPECT_EQ(run({"new", "setup.orrery", "--model", "model.xml", "--set", "runLength=2", "--set", "reportStep=1",
+                   "--step", "/Field/Crop/water=0:1:2", "--output", "/Field/Crop/yield"})
+                  .err,
+              "");
+    (void)keep("2.nc");
+    EXPECT_EQ(
+        run({"runs", "--store", "kept", "--pin", "1.nc", "--note", "kept/2.nc", "-1 °C", "--note", "1.nc", ""}).err,
+        "");
+    const nlohmann::json runs = run({"runs", "setup.orrery", "--store", "kept", "--json"}).json();
+    ASSERT_EQ(runs.size(), 2U);
+    EXPECT_EQ(runs[0]["path"], m_folder.path() + "kept/2.nc");
+    EXPECT_THAT(runs[0]["changes"].get<std::string>(), HasSubstr("output added: yield"));
+    EXPECT_FALSE(runs[1].contains("changes")) << "of the first one";
+    EXPECT_EQ(runs[0]["note"], "-1 °C");
+    EXPECT_EQ(runs[1]["pinned"], true);
+    const std::string table = run({"runs", "--store", "kept"}).out;
+    EXPECT_THAT(table, HasSubstr("pinned  1.nc\n"));
+    EXPECT_THAT(table, HasSubstr("  6 of 60  "));
+    EXPECT_EQ(run({"runs", "--store", "kept", "--remove", "1.nc"}).exitCode, 1) << "it is pinned";
+    EXPECT_EQ(run({"runs", "--store", "kept", "--unpin", "1.nc", "--remove", "1.nc"}).err, "");
+    EXPECT_EQ(run({"runs", "--store", "kept", "--json"}).json().size(), 1U);
+}
+
 struct EndCase {
     const char* name;
     bool earlierTable;  // lies there before the run

@@ -1,8 +1,6 @@
 // What a line of the list of runs says of a setup that was changed between two of them.
 #include "document/setup/SetupDifference.h"
 
-#include "platform/values/OrreryError.h"
-
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
@@ -41,64 +39,52 @@ TEST_P(SetupDifference, IsSaidInALine) {
     EXPECT_EQ(setupDifference(before, after), GetParam().words);
 }
 
-EntryList& list(SetupDictionary& setup, std::string_view key) {
-    return setup.mutableList(key);
-}
-
 INSTANTIATE_TEST_SUITE_P(
     Changes, SetupDifference,
     testing::Values(
-        DifferenceCase{"none", [](SetupDictionary&) {}, ""},
         DifferenceCase{"sameNumbersInOtherWords",
-                       [](SetupDictionary& setup) {
+                       [](auto& setup) {
                            setup.setText(setup_key::runLength, "100.0");
                            setup.setText(setup_key::dimensions, "{1,1}");
                            setup.setText(setup_key::gcd, "0");
-                           list(setup, setup_key::steppers)[0].set("stop", "3.0");
+                           setup.mutableList("steppers")[0].set("stop", "3.0");
                        },
                        ""},
         DifferenceCase{"settings",
-                       [](SetupDictionary& setup) {
+                       [](auto& setup) {
                            setup.setText(setup_key::modelPath, "/home/models/crop2.xml");
                            setup.setText(setup_key::runLength, "");
                            setup.setStartDay(dateWithString("2001-06-01 00:00:00 +0000"));
                        },
                        "model path crop2.xml (was crop.xml); start day 2001-06-01 (was 2001-01-01); "
                        "run length nothing (was 100)"},
-        DifferenceCase{"anotherFolder",
-                       [](SetupDictionary& setup) { setup.setText(setup_key::modelPath, "/mnt/crop.xml"); },
+        DifferenceCase{"anotherFolder", [](auto& setup) { setup.setText(setup_key::modelPath, "/mnt/crop.xml"); },
                        "model path /mnt/crop.xml (was /home/models/crop.xml)"},
         DifferenceCase{"stepperAndOutputs",
-                       [](SetupDictionary& setup) {
-                           list(setup, setup_key::steppers)[0].set("stop", "5");
-                           list(setup, setup_key::outputs)[0].set("outputPath", "/tmp/b.txt");
-                           list(setup, setup_key::outputs).push_back({{"portPath", "/Farm/Crop/biomass"}});
+                       [](auto& setup) {
+                           setup.mutableList("steppers")[0].set("stop", "5");
+                           setup.mutableList("outputs")[0].set("outputPath", "/tmp/b.txt");
+                           setup.mutableList("outputs").push_back({{"portPath", "/Farm/Crop/biomass"}});
                        },
                        "yield to b.txt (was a.txt); output added: biomass; rain 1…5 by 1 (was 1…3 by 1)"},
         DifferenceCase{"theRightOneOfTwoRowsOfAPort",
-                       [](SetupDictionary& setup) { list(setup, setup_key::initializations)[1].set("value", "4"); },
+                       [](auto& setup) { setup.mutableList("initializations")[1].set("value", "4"); },
                        "water at { 1, 0 } 4 (was 3)"},
-        DifferenceCase{
-            "oneOfTwoRowsGone",
-            [](SetupDictionary& setup) {
-                list(setup, setup_key::initializations).erase(list(setup, setup_key::initializations).begin());
-            },
-            "initialization removed: water"},
+        DifferenceCase{"oneOfTwoRowsGone",
+                       [](auto& setup) {
+                           setup.mutableList("initializations").erase(setup.mutableList("initializations").begin());
+                       },
+                       "initialization removed: water"},
         DifferenceCase{"portsThatShareAName",
-                       [](SetupDictionary& setup) {
-                           setup.setList(setup_key::steppers, {stepper("/Farm/Weather/rain", "1", "3"),
-                                                               stepper("/Farm/Pond/depth", "0", "1")});
-                       },
+                       [](auto& setup) { setup.mutableList("steppers")[1] = stepper("/Farm/Pond/depth", "0", "1"); },
                        "stepper added: /Farm/Pond/depth 0…1 by 1; stepper removed: /Farm/Soil/depth"},
-        DifferenceCase{"order",
-                       [](SetupDictionary& setup) {
-                           std::swap(list(setup, setup_key::steppers)[0], list(setup, setup_key::steppers)[1]);
-                       },
-                       "steppers in another order"},
+        DifferenceCase{
+            "order", [](auto& setup) { std::swap(setup.mutableList("steppers")[0], setup.mutableList("steppers")[1]); },
+            "steppers in another order"},
         DifferenceCase{"ofManyOnlyTheFirst",
-                       [](SetupDictionary& setup) {
+                       [](auto& setup) {
                            for (int i = 0; i < 100000; ++i) {
-                               list(setup, setup_key::outputs).push_back({{"portPath", fmt::format("/Farm/o{}", i)}});
+                               setup.mutableList("outputs").push_back({{"portPath", fmt::format("/Farm/o{}", i)}});
                            }
                        },
                        "outputs added: o0, o1, o2 and 99,997 more"}),
