@@ -57,7 +57,7 @@ QtGlSurface::QtGlSurface(QWidget* parent) : QWidget(parent) {
 }
 
 QtGlSurface::~QtGlSurface() {
-    (void)makeCurrent();
+    (void)QtGlSurface::makeCurrent();
     m_client.reset();
     m_frame.reset();
     if (m_context) m_context->doneCurrent();
@@ -97,7 +97,9 @@ QImage QtGlSurface::grabFramebuffer() {
 
 void QtGlSurface::paintEvent(QPaintEvent* /*event*/) {
     if (m_isStale || m_picture.size() != pixelSize()) drawFrame();
-    if (!m_picture.isNull()) QPainter(this).drawImage(0, 0, m_picture);
+    QPainter painter(this);
+    if (m_picture.isNull()) painter.fillRect(rect(), palette().window());
+    painter.drawImage(0, 0, m_picture);
 }
 
 void QtGlSurface::drawFrame() {
@@ -123,7 +125,13 @@ bool QtGlSurface::makeContext() {
     m_surface.setFormat(m_context->format());
     m_surface.create();
     if (m_context->makeCurrent(&m_surface)) m_frame = makeFrame(pixelSize());
-    if (makeCurrent() && m_client) guarded([this] { m_client->prepareOpenGL(); });
+    if (!makeCurrent()) {
+        m_frame.reset();
+        m_context.reset();
+        m_unavailable("This display's OpenGL gives no room to draw plots in.");
+        return false;
+    }
+    if (m_client) guarded([this] { m_client->prepareOpenGL(); });
     return true;
 }
 
