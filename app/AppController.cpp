@@ -18,8 +18,7 @@ namespace orrery {
 
 AppController::AppController(ApplicationServices& services)
     : m_services(services), m_documents(services),
-      m_fileDrops([this](const std::vector<std::string>& files) { openFiles(files); }),
-      m_startPanel(std::make_unique<StartPanel>(*this)) {
+      m_fileDrops([this](const std::vector<std::string>& files) { openFiles(files); }) {
     connect(qApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
         if (state != Qt::ApplicationActive) return;
         // By the run loop, which rests while a document waits for a calculation: nothing else may come in then.
@@ -27,7 +26,6 @@ AppController::AppController(ApplicationServices& services)
     });
     connect(&m_documents, &DocumentController::windowMade, this, [this](DocumentWindow* w) { windowMade(*w); });
     connect(&m_documents, &DocumentController::windowClosed, this, &AppController::showStartPanelWhenEmpty);
-    connect(m_startPanel.get(), &StartPanel::closed, this, &AppController::quit);
 }
 
 AppController::~AppController() {
@@ -46,8 +44,16 @@ void AppController::reopen(const std::vector<std::string>& files) {
     openFiles(files);
 }
 
+StartPanel& AppController::startPanel() {
+    if (!m_startPanel) {
+        m_startPanel = std::make_unique<StartPanel>(*this);
+        connect(m_startPanel.get(), &StartPanel::closed, this, &AppController::quit);
+    }
+    return *m_startPanel;
+}
+
 QWidget* AppController::frontWindow() {
-    if (m_documents.windows().empty()) return m_startPanel.get();
+    if (m_documents.windows().empty()) return &startPanel();
     for (DocumentWindow* window : m_documents.windows()) {
         if (window->isActiveWindow()) return window;
     }
@@ -60,7 +66,7 @@ void AppController::applicationDidBecomeActive() {
 
 void AppController::windowMade(DocumentWindow& window) {
     new ApplicationMenu(*this, window.menu(), window); // the window's child
-    m_startPanel->hide();
+    if (m_startPanel) m_startPanel->hide();
     if (auto* log = window.findChild<QWidget*>("statusView")) {
         applyLogFontSize(*log, defaults());
         connect(this, &AppController::preferencesChanged, log, [this, log] { applyLogFontSize(*log, defaults()); });
@@ -68,7 +74,7 @@ void AppController::windowMade(DocumentWindow& window) {
 }
 
 void AppController::showStartPanelWhenEmpty() {
-    if (!m_isQuitting && m_documents.windows().empty()) m_startPanel->present();
+    if (!m_isQuitting && m_documents.windows().empty()) startPanel().present();
 }
 
 void AppController::openDocument(QWidget* window) {

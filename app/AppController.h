@@ -51,7 +51,7 @@ public:
     void showStartPanelWhenEmpty();
     /// The active document window, else the one made last, else the start panel.
     [[nodiscard]] QWidget* frontWindow();
-    [[nodiscard]] StartPanel& startPanel() { return *m_startPanel; }
+    [[nodiscard]] StartPanel& startPanel(); // made when it is first asked for
 
 signals:
     void preferencesChanged();
@@ -64,7 +64,7 @@ private:
     ApplicationServices& m_services;
     DocumentController m_documents;
     FileDrops m_fileDrops;
-    std::unique_ptr<StartPanel> m_startPanel;
+    std::unique_ptr<StartPanel> m_startPanel; // none while it was not needed
     std::unique_ptr<PreferencesPanel> m_preferences;
     std::vector<QPointer<PageWindow>> m_pages; // closed ones are null
     std::set<DocumentWindow*> m_mayLose;       // agreed to while quitting

@@ -33,7 +33,7 @@ PlotTab::PlotTab(MyDocument& document, Ui::MyDocument& ui, Ui::MainMenu& menu, T
       m_responseSettings(document, ui), m_camera(document, ui, menu) {
     ui.plotSplitter->setStretchFactor(0, 1);
     ui.plotSplitter->setSizes({columnWidth * 2, columnWidth});
-    makeView(rasterizer);
+    makeSurface(rasterizer);
     connectTabs();
     ui.plotControlsContents->installEventFilter(this);
     new PlotMoveEnds(document, this);
@@ -43,20 +43,8 @@ PlotTab::PlotTab(MyDocument& document, Ui::MyDocument& ui, Ui::MainMenu& menu, T
 }
 
 PlotTab::~PlotTab() {
-    if (m_surface != nullptr) m_surface->setClient(nullptr); // it calls back here
-}
-
-void PlotTab::makeView(TextRasterizer& rasterizer) {
-    const std::string reason = QtGlSurface::whyUnavailable();
-    if (reason.empty()) {
-        makeSurface(rasterizer);
-        return;
-    }
-    showReason(reason);
-    auto view = std::make_unique<FollowedView<StoredPlotView>>([this] { follow(); });
-    m_showsSomething = [stored = view.get()] { return !stored->ranges().empty(); };
-    m_storedView = std::move(view);
-    m_view = m_storedView.get();
+    m_surface->setClient(nullptr); // it calls back here
+    m_surface->setUnavailableHandler([](const std::string&) {});
 }
 
 void PlotTab::makeSurface(TextRasterizer& rasterizer) {
@@ -77,9 +65,15 @@ void PlotTab::makeSurface(TextRasterizer& rasterizer) {
         [this] { QMetaObject::invokeMethod(this, &PlotTab::showNotice, Qt::QueuedConnection); });
     m_view = view.get();
     m_surface->setClient(std::move(view));
+    m_surface->setUnavailableHandler([this](const std::string& reason) { // while it is being painted
+        QMetaObject::invokeMethod(
+            this, [this, reason] { showReason(reason); }, Qt::QueuedConnection);
+    });
 }
 
+/// Instead of the surface. Its view keeps what it is given, as before a first frame.
 void PlotTab::showReason(const std::string& reason) {
+    m_surface->hide();
     auto* label = new QLabel(
         qtText(reason) + '\n' +
             tr("Install a graphics driver with OpenGL 2.1, or start Orrery on another display. Everything else works."),
@@ -126,8 +120,7 @@ void PlotTab::fitColumn() {
 /// Who works in the plot, or at the control's neighbours, sees the change there and keeps the keyboard.
 void PlotTab::showChange(const PlotChange& change) {
     QWidget* control = controlOf(change);
-    if (control == nullptr) control = m_surface;
-    if (control == nullptr) control = m_ui.resetCamera;
+    if (control == nullptr) control = m_surface->isHidden() ? m_ui.resetCamera : static_cast<QWidget*>(m_surface);
     const bool wasInFront = m_ui.tabView->currentWidget() == m_ui.plotTab;
     m_ui.tabView->setCurrentWidget(m_ui.plotTab);
     QWidget* focus = m_ui.centralWidget->window()->focusWidget();

@@ -9,7 +9,7 @@
 
 #include <QObject>
 #include <functional>
-#include <memory>
+#include <string>
 
 namespace orrery {
 
@@ -32,7 +32,6 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    void makeView(TextRasterizer& rasterizer);
     void makeSurface(TextRasterizer& rasterizer);
     void showReason(const std::string& reason);
     void connectTabs();
@@ -51,9 +50,8 @@ private:
     SweepSettings m_sweepSettings;
     ResponseSettings m_responseSettings;
     CameraControls m_camera;
-    QtGlSurface* m_surface = nullptr;       // the window's; none where there is no OpenGL
-    std::unique_ptr<PlotView> m_storedView; // instead of the surface's
-    PlotView* m_view = nullptr;             // the one or the other
+    QtGlSurface* m_surface = nullptr;       // the window's; hidden where there is no OpenGL
+    PlotView* m_view = nullptr;             // the surface's
     std::function<bool()> m_showsSomething; // whether the view has anything to draw
 };
 
