@@ -4,6 +4,7 @@
 #include "app/document/DocumentFiles.h"
 
 #include <QCheckBox>
+#include <QDialog>
 #include <QMenu>
 #include <QPixmap>
 #include <QScreen>
@@ -144,6 +145,22 @@ TEST_F(Screenshots, Runs) {
     save("running");
     document.abortSimulation();
     save("aborted");
+}
+
+TEST_F(Screenshots, KeptRuns) {
+    services->setStoreDirectory(files.path() + "runs");
+    MyDocument& document = openSized("crop-two-steppers.orrery");
+    run(*window);
+    document.setup().editText(setup_key::runLength, "20");
+    document.saveToFile(*document.file().path());
+    run(*window);
+    action(*window, "actionShowRuns").trigger();
+    auto& runs = find<QDialog>(*window, "runsPanel");
+    activate(runs);
+    save("runs");
+    runs.close();
+    controller->preferences();
+    save("preferences-keeping");
 }
 
 TEST_F(Screenshots, StartPanel) {
