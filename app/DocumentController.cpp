@@ -88,7 +88,7 @@ DocumentWindow* DocumentController::open(const std::string& path, OpenReport& re
     }
     const std::string absolute = absolutePath(path);
     if (isSampleSetup(absolute)) return openCopy(absolute, report);
-    if (looksLikeResultsFile(absolute)) return openResults(absolute, report);
+    if (looksLikeResultsFile(absolute) || absolute.ends_with(resultsFileEnding)) return openResults(absolute, report);
     auto document = std::make_unique<MyDocument>(m_services.forDocuments());
     if (!read(absolute, report, [&] { document->readFromFile(absolute); })) return nullptr;
     m_recent.note(absolute);

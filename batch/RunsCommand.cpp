@@ -3,7 +3,6 @@
 #include "batch/Output.h"
 #include "platform/values/Numbers.h"
 #include "platform/values/Utf8.h"
-#include "run/RunOutcome.h"
 #include "run/results/RunHistory.h"
 #include "run/results/RunStore.h"
 
@@ -85,11 +84,6 @@ void writeJson(Output& output, const std::vector<KeptRunInfo>& runs, const Chang
     output.write("\n");
 }
 
-std::string rowsText(const KeptRunInfo& run) {
-    const std::string rows = groupedThousands(run.rows);
-    return run.rowsFound == run.rows ? rows : fmt::format("{} of {}", groupedThousands(run.rowsFound), rows);
-}
-
 std::string dateText(const KeptRunInfo& run) {
     constexpr std::string_view utc = " +0000";
     if (!run.started.ends_with(utc)) return run.started.empty() ? "unknown" : run.started;
@@ -99,11 +93,6 @@ std::string dateText(const KeptRunInfo& run) {
 /// A line below the run's own, when there is something to say.
 std::string detail(std::string_view what, std::string_view text) {
     return text.empty() ? "" : fmt::format("    {}: {}\n", what, escapedForLine(text));
-}
-
-/// As engineFailure, of its words.
-bool isWorthTelling(const std::string& engineEnd) {
-    return engineEnd != engineEndInWords({ProcessEnd::Kind::Exited, 0}) && engineEnd != engineEndInWords({});
 }
 
 std::string changesText(const std::optional<std::string>& changes) {
@@ -123,8 +112,7 @@ void writeTable(Output& output, const RunStore& store, const std::vector<KeptRun
                                  sizeText(run.bytes), run.pinned ? "pinned" : "",
                                  escapedForLine(std::string_view(run.path).substr(store.directory().size() + 1))));
         output.write(detail("setup", run.setupPath) + detail("changed since the run before", changesText(changes[i])));
-        if (isWorthTelling(run.engineEnd)) output.write(detail("end", run.engineEnd));
-        output.write(detail("note", run.note));
+        output.write(detail("end", badEnd(run)) + detail("note", run.note));
     }
     output.write(fmt::format("{} {}, {}\n", runs.size(), runs.size() == 1 ? "run" : "runs", sizeText(bytes)));
 }

@@ -156,7 +156,7 @@ public:
     /// Takes the results of a run that was kept, in place of those that there are; setupPlotView draws them.
     /// @throws OrreryError as openResultsFile, and while a run is under way, with nothing changed
     void openResults(const std::string& path);
-    [[nodiscard]] bool hasResultsToKeep() const; // whole ones, of no run that is under way
+    [[nodiscard]] bool hasResultsToKeep() const; // of no run that is under way
     bool keepResultsAs(const std::string& path) const { return m_keeping.keepAs(results(), path); } // @throws as that
     /// Looks whether a run of this setup was kept, when there are no results to see; keeping() tells of it.
     void lookForLastRun();

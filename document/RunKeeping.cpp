@@ -3,6 +3,8 @@
 #include "document/KeepingPreferences.h"
 #include "platform/Calendar.h"
 #include "platform/Files.h"
+#include "platform/values/OrreryError.h"
+#include "run/ResultsMark.h"
 #include "run/results/ResultsFile.h"
 
 #include <fmt/format.h>
@@ -15,6 +17,8 @@
 namespace orrery {
 
 namespace {
+
+constexpr const char* notKept = "\nThe results were not kept: {}";
 
 struct KeepingCancelled {}; // the user does not want to wait
 
@@ -61,38 +65,45 @@ RunResults RunKeeping::read(SweepGrid grid, const ModelTree& tree, const std::st
     return readFromFile(std::move(grid), tree, tablePath, options);
 }
 
-/// Of a run that is not to be kept, the file is beside the table, which was large enough to fit there, too.
+/// Where to keep the results, once; std::nullopt when they are not to be kept, or cannot, which is told.
+std::optional<std::string> RunKeeping::pathInStore() {
+    if (!isWanted()) return std::nullopt;
+    m_isOwn = false;
+    try {
+        return RunStore(m_services.storeDirectory).newPath(m_record.setup.path, m_record.started);
+    } catch (const std::exception& failure) {
+        tell(fmt::format(notKept, failure.what()));
+        return std::nullopt;
+    }
+}
+
+/// Of a run that is not kept, the file is beside the table, which was large enough to fit there, too.
 RunResults RunKeeping::readFromFile(SweepGrid grid, const ModelTree& tree, const std::string& tablePath,
                                     const TableReadOptions& options) {
-    if (!isWanted()) {
-        const std::string path = tablePath + ".nc";
-        keepTable(path, std::move(grid), tree, tablePath, m_record, options);
-        return openAndUnlink(path).results;
-    }
-    const std::string path = RunStore(m_services.storeDirectory).newPath(m_record.setup.path, m_record.started);
+    const std::optional<std::string> kept = pathInStore();
+    const std::string path = kept.value_or(tablePath + resultsFileEnding);
     keepTable(path, std::move(grid), tree, tablePath, m_record, options);
+    if (!kept) return openAndUnlink(path).results;
     RunResults results = openResultsFile(path).results;
     m_path = path;
-    m_isOwn = false;
     keepTheLimits();
     return results;
 }
 
 void RunKeeping::keep(const RunResults& results) {
-    if (!isWanted() || results.grid.nRowsOfData == 0) return;
-    m_isOwn = false;
+    const std::optional<std::string> path = results.grid.nRowsOfData != 0 ? pathInStore() : std::nullopt;
+    if (!path) return;
     try {
-        const std::string path = RunStore(m_services.storeDirectory).newPath(m_record.setup.path, m_record.started);
-        if (!writeWhileWaiting(results, path)) {
-            tell("\nThe results were not kept: that was cancelled. Keep them with File > Keep Results As… if you want "
-                 "them.");
+        if (!writeWhileWaiting(results, *path)) {
+            tell(fmt::format(notKept, "that was cancelled. Keep them with File > Keep Results As… if you want them."));
             return;
         }
-        m_path = path;
-        keepTheLimits();
     } catch (const std::exception& failure) {
-        tell(fmt::format("\nThe results were not kept: {}", failure.what()));
+        tell(fmt::format(notKept, failure.what()));
+        return;
     }
+    m_path = *path;
+    keepTheLimits();
 }
 
 bool RunKeeping::writeWhileWaiting(const RunResults& results, const std::string& path) const {
@@ -115,7 +126,11 @@ bool RunKeeping::writeWhileWaiting(const RunResults& results, const std::string&
 void RunKeeping::keepTheLimits() const {
     const KeepingPreferences preferences =
         m_services.userDefaults != nullptr ? keepingPreferences(*m_services.userDefaults) : KeepingPreferences();
-    (void)RunStore(m_services.storeDirectory).applyLimits(preferences.limits, m_path);
+    try {
+        (void)RunStore(m_services.storeDirectory).applyLimits(preferences.limits, m_path);
+    } catch (const std::exception& failure) {
+        tell(fmt::format("\nOlder runs could not be removed: {}", failure.what()));
+    }
 }
 
 bool RunKeeping::keepAs(const RunResults& results, const std::string& path) const {
@@ -131,8 +146,11 @@ void RunKeeping::take(const std::string& path, RunRecord record) {
 void RunKeeping::lookForLastRun(const std::string& setupPath) {
     m_lastRun.reset();
     if (setupPath.empty() || m_services.storeDirectory.empty()) return;
-    std::vector<KeptRunInfo> runs = RunStore(m_services.storeDirectory).runs(setupPath);
-    if (!runs.empty()) m_lastRun = std::move(runs.front());
+    try {
+        std::vector<KeptRunInfo> runs = RunStore(m_services.storeDirectory).runs(setupPath);
+        if (!runs.empty()) m_lastRun = std::move(runs.front());
+    } catch (const OrreryError&) { // the list of runs, where somebody asked for them, says why
+    }
 }
 
 void RunKeeping::tell(std::string_view what) const {

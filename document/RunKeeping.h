@@ -9,7 +9,6 @@
 #include "run/results/RunRecord.h"
 #include "run/results/RunStore.h"
 
-#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -54,6 +53,7 @@ public:
 
 private:
     [[nodiscard]] bool isWanted() const;
+    [[nodiscard]] std::optional<std::string> pathInStore();
     [[nodiscard]] bool fitsMemory(const SweepGrid& grid, const ModelTree& tree, const std::string& tablePath) const;
     [[nodiscard]] RunResults readFromFile(SweepGrid grid, const ModelTree& tree, const std::string& tablePath,
                                           const TableReadOptions& options);

@@ -6,7 +6,6 @@
 #include "platform/qt/QtText.h"
 #include "platform/qt/ReadableText.h"
 #include "platform/values/Numbers.h"
-#include "run/RunOutcome.h"
 #include "run/results/RunHistory.h"
 #include "ui_Runs.h"
 
@@ -34,16 +33,10 @@ QTableWidgetItem* numberItem(const std::string& number) {
     return item;
 }
 
-QString rowsText(const KeptRunInfo& run) {
-    const QString rows = qtText(groupedThousands(run.rows));
-    return run.rowsFound < run.rows ? QObject::tr("%1 of %2").arg(qtText(groupedThousands(run.rowsFound)), rows) : rows;
-}
-
-/// Whether the results are whole; how the engine ended is told where that was not well.
 QString stateText(const KeptRunInfo& run) {
     const QString rows = run.rowsFound < run.rows ? QObject::tr("incomplete") : QObject::tr("whole");
-    const bool endedWell = run.engineEnd.empty() || run.engineEnd == engineEndInWords({ProcessEnd::Kind::Exited, 0});
-    return endedWell ? rows : rows + ", " + qtText(run.engineEnd);
+    const std::string end = badEnd(run);
+    return end.empty() ? rows : rows + ", " + qtText(end);
 }
 
 QString changeText(const std::optional<std::string>& change) {
@@ -72,7 +65,7 @@ void RunsPanel::connectControls() {
     connect(m_ui->scope, &QComboBox::currentIndexChanged, this, &RunsPanel::refreshOrTell);
     connect(m_ui->runs, &QTableWidget::itemSelectionChanged, this, &RunsPanel::enableButtons);
     connect(m_ui->runs, &QTableWidget::itemChanged, this, [this](const QTableWidgetItem* item) {
-        guarded("The change was not kept.", [this, item] { edit(*item); });
+        if (!guarded("The change was not kept.", [this, item] { edit(*item); })) refreshOrTell(); // as it still is
     });
     connect(m_ui->runs, &QTableWidget::itemDoubleClicked, this, [this](const QTableWidgetItem* item) {
         if (item->column() != Note && item->column() != Pinned) m_ui->show->click();
@@ -94,7 +87,7 @@ void RunsPanel::list(const std::string& setupPath) {
 }
 
 void RunsPanel::refreshOrTell() {
-    guarded("The runs cannot be listed.", [this] { refresh(); });
+    (void)guarded("The runs cannot be listed.", [this] { refresh(); });
 }
 
 void RunsPanel::refresh() {
@@ -122,7 +115,7 @@ void RunsPanel::fillRow(int row) {
     table.setItem(row, Setup, textItem(shownFileName(run.setupPath)));
     table.item(row, Setup)->setToolTip(shownPath(run.setupPath).toHtmlEscaped());
     table.setItem(row, Changed, textItem(changeText(m_changes[static_cast<std::size_t>(row)])));
-    table.setItem(row, Rows, numberItem(coreText(rowsText(run))));
+    table.setItem(row, Rows, numberItem(rowsText(run)));
     table.setItem(row, State, textItem(stateText(run)));
     table.setItem(row, Size, numberItem(sizeText(run.bytes)));
     QTableWidgetItem* pinned = textItem({});
@@ -155,7 +148,7 @@ void RunsPanel::removeChosen() {
                                1},
                               [this, path = run->path](std::size_t button) {
                                   if (button != 0) return;
-                                  guarded("The run was not removed.", [&] { m_store.remove(path); });
+                                  (void)guarded("The run was not removed.", [&] { m_store.remove(path); });
                                   refreshOrTell();
                               });
 }
@@ -173,11 +166,13 @@ void RunsPanel::enableButtons() {
     m_ui->openSetup->setEnabled(isOne && !chosen()->setup.empty());
 }
 
-void RunsPanel::guarded(const char* failed, const std::function<void()>& act) {
+bool RunsPanel::guarded(const char* failed, const std::function<void()>& act) {
     try {
         act();
+        return true;
     } catch (const std::exception& failure) {
         QtAlerts(this).beginSheet({failed, failure.what()}, {});
+        return false;
     }
 }
 

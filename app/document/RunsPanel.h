@@ -42,8 +42,8 @@ private:
     [[nodiscard]] const KeptRunInfo* chosen() const;
     void enableButtons();
     void refreshOrTell();
-    /// What it throws is told under that heading.
-    void guarded(const char* failed, const std::function<void()>& act);
+    /// What it throws is told under that heading; false then.
+    bool guarded(const char* failed, const std::function<void()>& act);
 
     RunStore m_store;
     std::string m_setupPath;

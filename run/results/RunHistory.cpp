@@ -1,6 +1,10 @@
 #include "run/results/RunHistory.h"
 
 #include "document/setup/SetupDifference.h"
+#include "platform/values/Numbers.h"
+#include "run/RunOutcome.h"
+
+#include <fmt/format.h>
 
 #include <cstddef>
 #include <map>
@@ -18,6 +22,18 @@ std::vector<std::optional<std::string>> changesSinceRunBefore(std::span<const Ke
         before->second = &runs[i];
     }
     return changes;
+}
+
+std::string rowsText(const KeptRunInfo& run) {
+    const std::string rows = groupedThousands(run.rows);
+    return run.rowsFound == run.rows ? rows : fmt::format("{} of {}", groupedThousands(run.rowsFound), rows);
+}
+
+/// As engineFailure, of its words.
+std::string badEnd(const KeptRunInfo& run) {
+    const bool isGood =
+        run.engineEnd == engineEndInWords({ProcessEnd::Kind::Exited, 0}) || run.engineEnd == engineEndInWords({});
+    return isGood ? "" : run.engineEnd;
 }
 
 } // namespace orrery

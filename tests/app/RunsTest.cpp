@@ -91,8 +91,12 @@ TEST_F(RunsTest, AResultsFileOpensWithoutItsSetupAndModelAndOnce) {
     EXPECT_EQ(alertOf(opened), nullptr);
     std::filesystem::copy_file(path, files.path() + "cut.nc");
     std::filesystem::resize_file(files.path() + "cut.nc", 3000);
-    controller->openFiles({files.path() + "cut.nc"});
-    answer(opened, "“cut.nc” could not be opened.", "OK");
+    files.write("foreign.nc", "CDF\1 of another program");
+    for (const char* name : {"cut.nc", "foreign.nc"}) {
+        controller->openFiles({files.path() + name});
+        answer(opened, QString("“%1” could not be opened.").arg(name), "OK");
+    }
+    EXPECT_EQ(windows().size(), 1U);
 }
 
 TEST_F(RunsTest, ASetupThatIsOpenedAgainOffersItsLastRun) {

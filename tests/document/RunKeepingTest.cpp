@@ -102,6 +102,11 @@ TEST_F(RunKeepingTest, WhatCannotBeKeptIsToldAndShownAllTheSame) {
     EXPECT_THAT(window.status, HasSubstr("The results were not kept: "));
     EXPECT_EQ(running.nRowsOfData(), 6U);
     EXPECT_TRUE(running.runControl().outcome().isWhole());
+    MyDocument large(keepingServices(1)); // whose table goes into a file elsewhere then
+    openCrop(large);
+    large.lookForLastRun();
+    run(large);
+    EXPECT_TRUE(large.results().stored) << window.status;
 }
 
 TEST_F(RunKeepingTest, ATableThatIsTooLargeToHoldIsReadFromAFile) {
