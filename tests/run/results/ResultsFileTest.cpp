@@ -108,8 +108,9 @@ TEST_F(ResultsFileTest, GivesTheRunBackBitForBit) {
     std::size_t same = 0;
     forEachRows(kept.results, [&](std::uint32_t first, std::span<const float> cells) {
         for (std::size_t i = 0; i < cells.size(); ++i) {
-            same += static_cast<std::size_t>(std::bit_cast<std::uint32_t>(cells[i]) ==
-                                             std::bit_cast<std::uint32_t>(results.table.cells[first * 3 + i]));
+            same += static_cast<std::size_t>(
+                std::bit_cast<std::uint32_t>(cells[i]) ==
+                std::bit_cast<std::uint32_t>(results.table.cells[(std::size_t{first} * 3) + i]));
         }
     });
     EXPECT_EQ(same, results.table.cells.size());
